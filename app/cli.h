@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QJsonValue>
+#include <QStringList>
+#include <QTextStream>
+#include <stdexcept>
+#include <vector>
+
+// Bad input on the command line: one line on stderr and exit status 2.
+class CliError final : public std::runtime_error
+{
+public:
+    explicit CliError(const QString &message) : std::runtime_error(message.toStdString()) {}
+    QString message() const { return QString::fromStdString(what()); }
+};
+
+// What every command gets: its own arguments (after the command words) and
+// the streams to write to.
+struct CommandContext {
+    QStringList args;
+    QTextStream &out;
+    QTextStream &err;
+};
+
+// One command of the program: "mctask <group> <name> ..." (name may be empty
+// for single-word commands such as "mctask error").
+struct CommandEntry {
+    QString group;
+    QString name;
+    QString usage;   // argument synopsis shown by --help
+    QString summary; // one line
+    int (*run)(CommandContext &context);
+};
+
+// The table of all commands; each command file adds its entries here.
+const std::vector<CommandEntry> &allCommands();
+
+// Helpers shared by the commands.
+void printTable(QTextStream &out, const QStringList &headers, const std::vector<QStringList> &rows);
+void printJson(QTextStream &out, const QJsonValue &value);
