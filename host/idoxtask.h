@@ -19,7 +19,7 @@ public:
 };
 
 // The task being set up, inside the host's set-up dialog.
-class IDoxTaskProperties : public IDoxVariables
+class IDoxTaskProperties : public virtual IDoxVariables
 {
 public:
     virtual HRESULT SetTaskFlags(std::int32_t flags) = 0;
@@ -34,7 +34,7 @@ public:
 };
 
 // One execution of a task: launched on a client, run on the task host.
-class IDoxTaskInstance : public IDoxVariables
+class IDoxTaskInstance : public virtual IDoxVariables
 {
 public:
     virtual HRESULT GetInstanceGuid(QString &guid) = 0;
