@@ -1,0 +1,404 @@
+#include "cadsim/engine/value.h"
+
+#include "cadsim/engine/scriptobject.h"
+
+#include <QDate>
+#include <QStringList>
+
+#include <cmath>
+#include <limits>
+
+namespace cadsim {
+
+namespace {
+
+double roundHalfEven(double v)
+{
+    return std::nearbyint(v); // default rounding mode rounds halves to even, as VBA does
+}
+
+[[noreturn]] void typeMismatch()
+{
+    throw ScriptError(ErrNo::TypeMismatch);
+}
+
+[[noreturn]] void invalidNull()
+{
+    throw ScriptError(94);
+}
+
+} // namespace
+
+bool parseVbNumber(const QString &text, double *out)
+{
+    const QString t = text.trimmed();
+    if (t.isEmpty())
+        return false;
+    if (t.startsWith(QLatin1String("&H"), Qt::CaseInsensitive) || t.startsWith(QLatin1String("&O"), Qt::CaseInsensitive)) {
+        bool ok = false;
+        const qlonglong v = t.mid(2).toLongLong(&ok, t.at(1).toUpper() == QLatin1Char('H') ? 16 : 8);
+        if (!ok)
+            return false;
+        *out = static_cast<double>(v <= 0xFFFF && t.size() <= 6 ? static_cast<std::int16_t>(v)
+                                                                  : static_cast<std::int32_t>(v));
+        return true;
+    }
+    // Only plain decimal notation: no "inf", "nan" or hexadecimal floats.
+    for (const QChar c : t) {
+        if (!(c.isDigit() || c == QLatin1Char('.') || c == QLatin1Char('-') || c == QLatin1Char('+')
+              || c == QLatin1Char('e') || c == QLatin1Char('E') || c == QLatin1Char(',')))
+            return false;
+    }
+    QString plain = t;
+    plain.remove(QLatin1Char(','));
+    bool ok = false;
+    const double v = plain.toDouble(&ok);
+    if (!ok)
+        return false;
+    *out = v;
+    return true;
+}
+
+double oleDateFromParts(int year, int month, int day, int hour, int minute, int second)
+{
+    const QDate base(1899, 12, 30);
+    const double days = static_cast<double>(base.daysTo(QDate(year, month, day)));
+    const double frac = (hour * 3600.0 + minute * 60.0 + second) / 86400.0;
+    return days >= 0 ? days + frac : days - frac;
+}
+
+QString formatOleDate(double oleDate)
+{
+    double days = std::trunc(oleDate);
+    double frac = std::fabs(oleDate - days);
+    int secs = static_cast<int>(std::lround(frac * 86400.0));
+    if (secs >= 86400) {
+        secs -= 86400;
+        days += oleDate < 0 ? -1 : 1;
+    }
+    const QDate date = QDate(1899, 12, 30).addDays(static_cast<qint64>(days));
+    const QString datePart = QStringLiteral("%1/%2/%3").arg(date.month()).arg(date.day()).arg(date.year());
+    const int h = secs / 3600;
+    const QString timePart = QStringLiteral("%1:%2:%3 %4")
+                                 .arg(h % 12 == 0 ? 12 : h % 12)
+                                 .arg((secs / 60) % 60, 2, 10, QLatin1Char('0'))
+                                 .arg(secs % 60, 2, 10, QLatin1Char('0'))
+                                 .arg(h < 12 ? QStringLiteral("AM") : QStringLiteral("PM"));
+    if (days == 0 && secs != 0)
+        return timePart;
+    if (secs == 0)
+        return datePart;
+    return datePart + QLatin1Char(' ') + timePart;
+}
+
+ScriptValue ScriptValue::null()
+{
+    ScriptValue v;
+    v.m_type = ValueType::Null;
+    return v;
+}
+
+ScriptValue ScriptValue::fromBool(bool b)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Boolean;
+    v.m_int = b ? -1 : 0;
+    return v;
+}
+
+ScriptValue ScriptValue::fromInteger(std::int16_t i)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Integer;
+    v.m_int = i;
+    return v;
+}
+
+ScriptValue ScriptValue::fromLong(std::int32_t i)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Long;
+    v.m_int = i;
+    return v;
+}
+
+ScriptValue ScriptValue::fromDouble(double d)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Double;
+    v.m_double = d;
+    return v;
+}
+
+ScriptValue ScriptValue::fromDate(double oleDate)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Date;
+    v.m_double = oleDate;
+    return v;
+}
+
+ScriptValue ScriptValue::fromString(const QString &s)
+{
+    ScriptValue v;
+    v.m_type = ValueType::String;
+    v.m_string = s;
+    return v;
+}
+
+ScriptValue ScriptValue::fromObject(std::shared_ptr<ScriptObject> o)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Object;
+    v.m_object = std::move(o);
+    return v;
+}
+
+ScriptValue ScriptValue::fromArray(std::shared_ptr<ScriptArray> a)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Array;
+    v.m_array = std::move(a);
+    return v;
+}
+
+ScriptValue ScriptValue::fromError(std::int32_t code)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Error;
+    v.m_int = code;
+    return v;
+}
+
+ScriptValue ScriptValue::missing()
+{
+    return fromError(kMissing);
+}
+
+ScriptValue ScriptValue::fromNumber(double d)
+{
+    if (d == std::trunc(d) && std::fabs(d) <= 2147483647.0) {
+        if (d >= -32768 && d <= 32767)
+            return fromInteger(static_cast<std::int16_t>(d));
+        return fromLong(static_cast<std::int32_t>(d));
+    }
+    return fromDouble(d);
+}
+
+ScriptValue ScriptValue::fromList(const std::vector<ScriptValue> &items)
+{
+    auto a = ScriptArray::create({{0, static_cast<std::int32_t>(items.size()) - 1}});
+    a->items = items;
+    return fromArray(a);
+}
+
+ScriptValue ScriptValue::fromStringList(const QStringList &items)
+{
+    std::vector<ScriptValue> values;
+    values.reserve(items.size());
+    for (const QString &s : items)
+        values.push_back(fromString(s));
+    return fromList(values);
+}
+
+bool ScriptValue::isNumeric() const
+{
+    switch (m_type) {
+    case ValueType::Empty:
+    case ValueType::Integer:
+    case ValueType::Long:
+    case ValueType::Double:
+    case ValueType::Boolean:
+    case ValueType::Date:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool ScriptValue::toBool() const
+{
+    switch (m_type) {
+    case ValueType::Empty:
+        return false;
+    case ValueType::Boolean:
+    case ValueType::Integer:
+    case ValueType::Long:
+        return m_int != 0;
+    case ValueType::Double:
+    case ValueType::Date:
+        return m_double != 0;
+    case ValueType::String: {
+        if (m_string.trimmed().compare(QLatin1String("True"), Qt::CaseInsensitive) == 0)
+            return true;
+        if (m_string.trimmed().compare(QLatin1String("False"), Qt::CaseInsensitive) == 0)
+            return false;
+        double d = 0;
+        if (parseVbNumber(m_string, &d))
+            return d != 0;
+        typeMismatch();
+    }
+    case ValueType::Null:
+        invalidNull();
+    default:
+        typeMismatch();
+    }
+}
+
+double ScriptValue::toDouble() const
+{
+    switch (m_type) {
+    case ValueType::Empty:
+        return 0;
+    case ValueType::Boolean:
+    case ValueType::Integer:
+    case ValueType::Long:
+        return m_int;
+    case ValueType::Double:
+    case ValueType::Date:
+        return m_double;
+    case ValueType::String: {
+        double d = 0;
+        if (parseVbNumber(m_string, &d))
+            return d;
+        if (m_string.trimmed().compare(QLatin1String("True"), Qt::CaseInsensitive) == 0)
+            return -1;
+        if (m_string.trimmed().compare(QLatin1String("False"), Qt::CaseInsensitive) == 0)
+            return 0;
+        typeMismatch();
+    }
+    case ValueType::Null:
+        invalidNull();
+    default:
+        typeMismatch();
+    }
+}
+
+std::int32_t ScriptValue::toLong() const
+{
+    if (m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean)
+        return m_int;
+    const double d = roundHalfEven(toDouble());
+    if (!(d >= -2147483648.0 && d <= 2147483647.0))
+        throw ScriptError(ErrNo::Overflow);
+    return static_cast<std::int32_t>(d);
+}
+
+std::int16_t ScriptValue::toInteger() const
+{
+    const double d = m_type == ValueType::Double || m_type == ValueType::Date || m_type == ValueType::String
+                         ? roundHalfEven(toDouble())
+                         : static_cast<double>(toLong());
+    if (!(d >= -32768.0 && d <= 32767.0))
+        throw ScriptError(ErrNo::Overflow);
+    return static_cast<std::int16_t>(d);
+}
+
+QString ScriptValue::toString() const
+{
+    switch (m_type) {
+    case ValueType::Empty:
+        return QString();
+    case ValueType::Boolean:
+        return m_int ? QStringLiteral("True") : QStringLiteral("False");
+    case ValueType::Integer:
+    case ValueType::Long:
+        return QString::number(m_int);
+    case ValueType::Double: {
+        if (m_double == std::trunc(m_double) && std::fabs(m_double) < 1e15)
+            return QString::number(static_cast<qint64>(m_double));
+        QString s = QString::number(m_double, 'g', 15);
+        const int e = s.indexOf(QLatin1Char('e'));
+        if (e >= 0) {
+            // VBA writes exponents as E+15 / E-05.
+            QString mant = s.left(e);
+            QString exp = s.mid(e + 1);
+            const QChar sign = exp.at(0);
+            exp = exp.mid(1);
+            while (exp.size() < 2)
+                exp.prepend(QLatin1Char('0'));
+            s = mant + QLatin1Char('E') + sign + exp;
+        }
+        return s;
+    }
+    case ValueType::Date:
+        return formatOleDate(m_double);
+    case ValueType::String:
+        return m_string;
+    case ValueType::Null:
+        invalidNull();
+    case ValueType::Error:
+        return QStringLiteral("Error %1").arg(m_int);
+    default:
+        typeMismatch();
+    }
+}
+
+std::shared_ptr<ScriptObject> ScriptValue::toObject() const
+{
+    if (m_type != ValueType::Object)
+        throw ScriptError(ErrNo::ObjectRequired);
+    return m_object;
+}
+
+ScriptValue ScriptValue::copied() const
+{
+    if (m_type != ValueType::Array || !m_array)
+        return *this;
+    auto copy = std::make_shared<ScriptArray>();
+    copy->bounds = m_array->bounds;
+    copy->items.reserve(m_array->items.size());
+    for (const ScriptValue &item : m_array->items)
+        copy->items.push_back(item.copied());
+    return fromArray(copy);
+}
+
+QString ScriptValue::typeName() const
+{
+    switch (m_type) {
+    case ValueType::Empty: return QStringLiteral("Empty");
+    case ValueType::Null: return QStringLiteral("Null");
+    case ValueType::Integer: return QStringLiteral("Integer");
+    case ValueType::Long: return QStringLiteral("Long");
+    case ValueType::Double: return QStringLiteral("Double");
+    case ValueType::Date: return QStringLiteral("Date");
+    case ValueType::String: return QStringLiteral("String");
+    case ValueType::Object: return m_object ? m_object->typeName() : QStringLiteral("Nothing");
+    case ValueType::Error: return QStringLiteral("Error");
+    case ValueType::Boolean: return QStringLiteral("Boolean");
+    case ValueType::Array: return QStringLiteral("Variant()");
+    }
+    return QString();
+}
+
+std::shared_ptr<ScriptArray> ScriptArray::create(const std::vector<Bound> &bounds)
+{
+    auto a = std::make_shared<ScriptArray>();
+    a->bounds = bounds;
+    std::size_t n = bounds.empty() ? 0 : 1;
+    for (const Bound &b : bounds) {
+        if (b.count() < 0)
+            throw ScriptError(ErrNo::SubscriptOutOfRange);
+        n *= static_cast<std::size_t>(b.count());
+    }
+    if (n > 64u * 1024u * 1024u)
+        throw ScriptError(7);
+    a->items.resize(n);
+    return a;
+}
+
+ScriptValue &ScriptArray::at(const std::vector<std::int32_t> &indexes)
+{
+    if (indexes.size() != bounds.size())
+        throw ScriptError(ErrNo::SubscriptOutOfRange);
+    std::size_t flat = 0;
+    for (std::size_t i = 0; i < bounds.size(); ++i) {
+        const Bound &b = bounds[i];
+        if (indexes[i] < b.lower || indexes[i] > b.upper)
+            throw ScriptError(ErrNo::SubscriptOutOfRange);
+        flat = flat * static_cast<std::size_t>(b.count()) + static_cast<std::size_t>(indexes[i] - b.lower);
+    }
+    return items[flat];
+}
+
+} // namespace cadsim

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "cadsim/engine/scripterror.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace cadsim {
+
+class ScriptObject;
+struct ScriptArray;
+
+// The type of a ScriptValue, as VarType reports it.
+enum class ValueType {
+    Empty = 0,
+    Null = 1,
+    Integer = 2, // 16-bit
+    Long = 3,    // 32-bit
+    Double = 5,
+    Date = 7,    // days since 30 Dec 1899, fraction = time of day
+    String = 8,
+    Object = 9,  // a null object is Nothing
+    Error = 10,
+    Boolean = 11,
+    Array = 8192,
+};
+
+// A macro value (a variant). Arrays are held by pointer; assignment in the engine copies them,
+// as VBA does.
+class ScriptValue final {
+public:
+    ScriptValue() = default;
+    static ScriptValue null();
+    static ScriptValue nothing() { return fromObject(nullptr); }
+    static ScriptValue fromBool(bool v);
+    static ScriptValue fromInteger(std::int16_t v);
+    static ScriptValue fromLong(std::int32_t v);
+    static ScriptValue fromDouble(double v);
+    static ScriptValue fromDate(double oleDate);
+    static ScriptValue fromString(const QString &v);
+    static ScriptValue fromObject(std::shared_ptr<ScriptObject> v);
+    static ScriptValue fromArray(std::shared_ptr<ScriptArray> v);
+    static ScriptValue fromError(std::int32_t code);
+    // A number: Integer, Long or Double as small as holds it.
+    static ScriptValue fromNumber(double v);
+    // An array of one dimension 0..n-1 holding the given values.
+    static ScriptValue fromList(const std::vector<ScriptValue> &items);
+    static ScriptValue fromStringList(const QStringList &items);
+
+    ValueType type() const { return m_type; }
+    bool isEmpty() const { return m_type == ValueType::Empty; }
+    bool isNull() const { return m_type == ValueType::Null; }
+    bool isObject() const { return m_type == ValueType::Object; }
+    bool isNothing() const { return m_type == ValueType::Object && !m_object; }
+    bool isArray() const { return m_type == ValueType::Array; }
+    bool isString() const { return m_type == ValueType::String; }
+    bool isNumeric() const; // Integer, Long, Double, Boolean, Date or Empty
+    bool isMissing() const { return m_type == ValueType::Error && m_int == kMissing; }
+
+    // Conversions with VBA's rules; they raise ScriptError 13 (or 6 on overflow).
+    bool toBool() const;
+    std::int16_t toInteger() const;
+    std::int32_t toLong() const;
+    double toDouble() const;
+    QString toString() const;
+    std::shared_ptr<ScriptObject> toObject() const; // raises 424 unless an object (or Nothing)
+    const std::shared_ptr<ScriptObject> &object() const { return m_object; }
+    const std::shared_ptr<ScriptArray> &array() const { return m_array; }
+    std::int32_t errorCode() const { return m_int; }
+
+    // A deep copy of arrays (values of other types are shared or copied anyway).
+    ScriptValue copied() const;
+    // The argument marker for an omitted optional parameter.
+    static ScriptValue missing();
+
+    QString typeName() const;
+
+private:
+    static constexpr std::int32_t kMissing = static_cast<std::int32_t>(0x80020004u);
+
+    ValueType m_type = ValueType::Empty;
+    std::int32_t m_int = 0; // Boolean (-1/0), Integer, Long, Error
+    double m_double = 0;    // Double, Date
+    QString m_string;
+    std::shared_ptr<ScriptObject> m_object;
+    std::shared_ptr<ScriptArray> m_array;
+};
+
+// A variant array with per-dimension bounds; elements are kept in row-major order
+// (the last index varies fastest).
+struct ScriptArray {
+    struct Bound {
+        std::int32_t lower = 0;
+        std::int32_t upper = -1;
+        std::int32_t count() const { return upper - lower + 1; }
+    };
+    std::vector<Bound> bounds;
+    std::vector<ScriptValue> items;
+    bool fixed = false; // declared with bounds: ReDim is refused
+
+    // Element by index list; raises 9 when out of range or of the wrong rank.
+    ScriptValue &at(const std::vector<std::int32_t> &indexes);
+    static std::shared_ptr<ScriptArray> create(const std::vector<Bound> &bounds);
+};
+
+} // namespace cadsim
+
+namespace cadsim {
+
+// Reads a number the way VBA converts strings ("  12.5 ", "-3", "1E3", "&HFF"): the whole text
+// must be the number, apart from surrounding blanks.
+bool parseVbNumber(const QString &text, double *out);
+
+// OLE dates: days since 30 Dec 1899.
+double oleDateFromParts(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
+// The US-English text of a date as CStr gives it ("11/23/2026 9:05:00 AM").
+QString formatOleDate(double oleDate);
+
+} // namespace cadsim
