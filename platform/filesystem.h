@@ -1,0 +1,69 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+// The add-in's file-system operations on native paths, behind an interface
+// so tests can run on memory. Windows paths are turned into native ones by
+// the DriveMap first.
+class FileSystem
+{
+public:
+    virtual ~FileSystem() = default;
+
+    virtual bool exists(const QString &path) const = 0;
+    virtual bool isDirectory(const QString &path) const = 0;
+    virtual std::optional<QByteArray> read(const QString &path) const = 0;
+    // Replaces the file's content (atomically for the real file system);
+    // the folder must exist. False when not possible (e.g. read-only file).
+    virtual bool write(const QString &path, const QByteArray &data) = 0;
+    virtual bool append(const QString &path, const QByteArray &data) = 0;
+    // Removes a file (not a folder); false when it is missing or read-only.
+    virtual bool remove(const QString &path) = 0;
+    virtual bool isWritable(const QString &path) const = 0;
+    virtual bool setWritable(const QString &path, bool writable) = 0;
+    // Creates the folder and its parents.
+    virtual bool mkpath(const QString &path) = 0;
+    // Names of the entries of a folder, sorted.
+    virtual QStringList entries(const QString &directory) const = 0;
+    virtual qint64 size(const QString &path) const = 0; // -1 when missing
+    virtual QDateTime lastModified(const QString &path) const = 0;
+
+    // The process-wide file system: the real one unless a test installed another.
+    static FileSystem &instance();
+    static FileSystem *setInstance(FileSystem *fileSystem);
+};
+
+class RealFileSystem final : public FileSystem
+{
+public:
+    bool exists(const QString &path) const override;
+    bool isDirectory(const QString &path) const override;
+    std::optional<QByteArray> read(const QString &path) const override;
+    bool write(const QString &path, const QByteArray &data) override;
+    bool append(const QString &path, const QByteArray &data) override;
+    bool remove(const QString &path) override;
+    bool isWritable(const QString &path) const override;
+    bool setWritable(const QString &path, bool writable) override;
+    bool mkpath(const QString &path) override;
+    QStringList entries(const QString &directory) const override;
+    qint64 size(const QString &path) const override;
+    QDateTime lastModified(const QString &path) const override;
+};
+
+// Installs a file system for the lifetime of the guard (tests).
+class ScopedFileSystem final
+{
+public:
+    explicit ScopedFileSystem(FileSystem &fileSystem) : m_previous(FileSystem::setInstance(&fileSystem)) {}
+    ~ScopedFileSystem() { FileSystem::setInstance(m_previous); }
+    ScopedFileSystem(const ScopedFileSystem &) = delete;
+    ScopedFileSystem &operator=(const ScopedFileSystem &) = delete;
+
+private:
+    FileSystem *m_previous;
+};

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+
+// The per-user folder where the registry store, the drive map, the object
+// table and the pipes live: $MCTASK_HOME, else ~/.local/share/mctask.
+// The folder is not created here.
+QString mctaskHome();
+
+// A file or folder directly under mctaskHome().
+QString mctaskHomePath(const QString &name);
+
+// mctaskHome(), created when missing; empty when it cannot be created.
+QString ensureMctaskHome();
