@@ -1,0 +1,387 @@
+#include "addin/mctaskaddin.h"
+
+#include "addin/tasksettings.h"
+#include "host/hosterror.h"
+#include "host/idoxtask.h"
+#include "host/idoxvault.h"
+
+namespace {
+
+constexpr std::int32_t TaskTypeConvert = 1;
+constexpr std::int32_t TaskTypePrint = 2;
+constexpr std::int32_t TaskTypeScript = 3;
+
+// Hooks are registered in this order.
+constexpr std::int32_t HookedCommands[] = {DoxCmd_TaskSetup, DoxCmd_TaskSetupButton, DoxCmd_TaskDetails,
+                                           DoxCmd_TaskLaunch, DoxCmd_TaskLaunchButton, DoxCmd_TaskRun};
+
+QString addInDescription()
+{
+    return QStringLiteral("Add-in used to run custom Mecadra macros\r\n")
+        + QStringLiteral("Version %1, SP%2, Build %3").arg(2013).arg(0).arg(511);
+}
+
+} // namespace
+
+CMcTaskAddIn::CMcTaskAddIn(AddInServices services) : m_services(std::move(services)) {}
+
+CMcTaskAddIn::~CMcTaskAddIn() = default;
+
+QString CMcTaskAddIn::text(std::int32_t number, const QString &english) const
+{
+    return m_services.text ? m_services.text(number, english) : english;
+}
+
+HRESULT CMcTaskAddIn::GetAddInInfo(DoxAddInInfo *info, const std::shared_ptr<IDoxVault> &,
+                                   const std::shared_ptr<IDoxCmdMgr> &cmdMgr)
+{
+    if (!info || !cmdMgr)
+        return E_POINTER;
+    info->addInName = QStringLiteral("Mecadra Task Add-in");
+    info->company = QStringLiteral("Mecadra Corporation");
+    info->description = addInDescription();
+    info->addInVersion = AddInVersion;
+    info->requiredVersionMajor = 13;
+    info->requiredVersionMinor = 0;
+    HRESULT hr = S_OK;
+    for (const std::int32_t command : HookedCommands)
+        hr = combineResult(hr, cmdMgr->AddHook(command, 0));
+    return failed(hr) ? hr : S_OK;
+}
+
+HRESULT CMcTaskAddIn::OnCmd(DoxCmd *cmd, DoxCmdDataArray *data)
+{
+    if (!cmd || !data)
+        return E_POINTER;
+    std::shared_ptr<IDoxVault> vault;
+    if (cmd->vault) {
+        vault = queryInterface<IDoxVault>(cmd->vault);
+        if (!vault)
+            return E_NOINTERFACE;
+    }
+    try {
+        switch (cmd->commandType) {
+        case DoxCmd_TaskSetup: return onSetup(*cmd, vault);
+        case DoxCmd_TaskSetupButton: return onSetupButton(*cmd);
+        case DoxCmd_TaskDetails: return onDetails(*cmd, vault);
+        case DoxCmd_TaskRun: return onRun(*cmd, *data, vault);
+        case DoxCmd_TaskLaunch: return onLaunch(*cmd, *data, vault);
+        case DoxCmd_TaskLaunchButton: return onLaunchButton(*cmd);
+        default: return S_OK;
+        }
+    } catch (const HostError &e) {
+        return e.code();
+    } catch (const std::bad_alloc &) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+HRESULT CMcTaskAddIn::readTaskType(IDoxVariables &holder)
+{
+    std::int32_t type = TaskTypeScript;
+    const HRESULT hr = readIntVariable(holder, TaskKeys::Type, TaskTypeScript, type);
+    if (failed(hr))
+        return hr;
+    m_taskType = type;
+    return S_OK;
+}
+
+HRESULT CMcTaskAddIn::createAndLoad(std::unique_ptr<TaskPage> &slot, std::unique_ptr<TaskPage> page,
+                                    HostWindow parent, IDoxVariables &holder)
+{
+    if (!page)
+        return E_FAIL;
+    slot = std::move(page);
+    slot->create(parent);
+    return slot->load(holder);
+}
+
+void CMcTaskAddIn::releasePages()
+{
+    m_menuPage.reset();
+    m_conversionPage.reset();
+    m_fileCardPage.reset();
+    m_outputDetailsPage.reset();
+    m_scriptPage.reset();
+    m_printerPage.reset();
+    m_paperPage.reset();
+    m_marginsPage.reset();
+    m_filesPage.reset();
+}
+
+HRESULT CMcTaskAddIn::onSetup(DoxCmd &cmd, const std::shared_ptr<IDoxVault> &vault)
+{
+    const auto props = queryInterface<IDoxTaskProperties>(cmd.extra);
+    if (!props)
+        return E_POINTER;
+    if (!cmd.window)
+        return E_INVALIDARG;
+    if (const HRESULT hr = props->SetTaskFlags(TaskFlags); failed(hr))
+        return hr;
+    if (const HRESULT hr = readTaskType(*props); failed(hr))
+        return hr;
+
+    releasePages();
+    PageContext context;
+    context.vault = vault;
+    context.taskType = m_taskType;
+    PageFactory &factory = *m_services.pages;
+
+    m_menuPage = factory.createMenuCommandPage(context);
+    if (!m_menuPage)
+        return E_FAIL;
+    m_menuPage->create(cmd.window);
+    if (const HRESULT hr = m_menuPage->load(*props); failed(hr))
+        return hr;
+
+    std::vector<SetupPage> pages;
+    const HostObjectPtr self = shared_from_this();
+    pages.push_back({text(AddInText::MenuCommand, QStringLiteral("Menu Command")), m_menuPage->window(), self});
+
+    auto addPage = [&](std::unique_ptr<TaskPage> &slot, std::unique_ptr<TaskPage> page, std::int32_t captionId,
+                       const char *english) -> HRESULT {
+        const HRESULT hr = createAndLoad(slot, std::move(page), cmd.window, *props);
+        if (failed(hr))
+            return hr;
+        pages.push_back({text(captionId, QString::fromLatin1(english)), slot->window(), self});
+        return S_OK;
+    };
+
+    HRESULT hr = S_OK;
+    if (m_taskType == TaskTypeConvert) {
+        m_conversionPage = factory.createConversionSettingsPage(context);
+        if (!m_conversionPage)
+            return E_FAIL;
+        m_conversionPage->create(cmd.window);
+        if (hr = m_conversionPage->load(*props); failed(hr))
+            return hr;
+        pages.push_back({text(AddInText::ConversionSettings, QStringLiteral("Conversion Settings")),
+                         m_conversionPage->window(), self});
+        if (hr = addPage(m_fileCardPage, factory.createPage(PageId::FileCard, context), AddInText::FileCard,
+                         "File Card");
+            failed(hr))
+            return hr;
+        if (hr = addPage(m_outputDetailsPage, factory.createPage(PageId::OutputFileDetails, context),
+                         AddInText::OutputFileDetails, "Output File Details");
+            failed(hr))
+            return hr;
+    } else if (m_taskType == TaskTypePrint) {
+        const struct {
+            std::unique_ptr<TaskPage> &slot;
+            PageId id;
+            std::int32_t caption;
+            const char *english;
+        } printPages[] = {
+            {m_printerPage, PageId::Printer, AddInText::Printer, "Printer"},
+            {m_paperPage, PageId::PaperSize, AddInText::PaperSize, "Paper Size and Orientation"},
+            {m_marginsPage, PageId::Margins, AddInText::Margins, "Margins"},
+            {m_filesPage, PageId::PrintFiles, AddInText::Files, "Files"},
+        };
+        for (const auto &p : printPages)
+            if (hr = addPage(p.slot, factory.createPage(p.id, context), p.caption, p.english); failed(hr))
+                return hr;
+    } else {
+        if (hr = addPage(m_scriptPage, factory.createPage(PageId::Script, context), AddInText::Script, "Script");
+            failed(hr))
+            return hr;
+    }
+    return props->SetSetupPages(pages);
+}
+
+HRESULT CMcTaskAddIn::onSetupButton(DoxCmd &cmd)
+{
+    if (cmd.comment != QLatin1String("OK"))
+        return S_OK;
+    const auto props = queryInterface<IDoxTaskProperties>(cmd.extra);
+    if (!props)
+        return E_POINTER;
+
+    if (m_menuPage) {
+        const HRESULT hr = m_menuPage->save(*props);
+        if (failed(hr))
+            return hr;
+        if (hr == S_FALSE) {
+            cmd.cancel = -1;
+            cmd.comment = text(AddInText::MenuCommand, QStringLiteral("Menu Command"));
+            return S_OK;
+        }
+    }
+
+    // The kind's own pages; their results do not reach the host, the menu
+    // command is published whatever they returned.
+    if (m_taskType == TaskTypeConvert) {
+        if (m_conversionPage && m_conversionPage->save(*props) == S_OK && m_fileCardPage
+            && m_fileCardPage->save(*props) == S_OK && m_outputDetailsPage)
+            m_outputDetailsPage->save(*props);
+    } else if (m_taskType == TaskTypePrint) {
+        savePrintPages(cmd, *props);
+    } else if (m_taskType == TaskTypeScript) {
+        if (m_scriptPage)
+            m_scriptPage->save(*props);
+    }
+    return publishMenuCommand(*props);
+}
+
+HRESULT CMcTaskAddIn::savePrintPages(DoxCmd &cmd, IDoxTaskProperties &props)
+{
+    const struct {
+        TaskPage *page;
+        std::int32_t caption;
+        const char *english;
+    } printPages[] = {
+        {m_printerPage.get(), AddInText::Printer, "Printer"},
+        {m_paperPage.get(), AddInText::PaperSize, "Paper Size and Orientation"},
+        {m_marginsPage.get(), AddInText::Margins, "Margins"},
+        {m_filesPage.get(), AddInText::Files, "Files"},
+    };
+    for (const auto &p : printPages) {
+        if (p.page && !p.page->takeControlValues()) {
+            cmd.cancel = -1;
+            cmd.comment = text(p.caption, QString::fromLatin1(p.english));
+            return S_FALSE;
+        }
+    }
+    for (const auto &p : printPages) {
+        if (!p.page)
+            continue;
+        if (const HRESULT hr = p.page->save(props); failed(hr))
+            return hr;
+    }
+    return S_OK;
+}
+
+HRESULT CMcTaskAddIn::publishMenuCommand(IDoxTaskProperties &props)
+{
+    std::vector<TaskMenuCommand> commands;
+    if (m_menuPage && m_menuPage->displayMenuCommand())
+        commands.push_back({m_taskType, m_menuPage->menuText(), TaskMenuCommandFlags, m_menuPage->statusBarHelp()});
+    return props.SetMenuCommands(commands);
+}
+
+HRESULT CMcTaskAddIn::onDetails(DoxCmd &cmd, const std::shared_ptr<IDoxVault> &vault)
+{
+    if (!cmd.extra)
+        return E_POINTER;
+    const auto instance = queryInterface<IDoxTaskInstance>(cmd.extra);
+    if (!instance)
+        return E_NOINTERFACE;
+    std::int32_t status = 0;
+    if (const HRESULT hr = instance->GetStatus(status); failed(hr))
+        return hr;
+    const bool finished = isFinishedStatus(status);
+    if (const HRESULT hr = readTaskType(*instance); failed(hr))
+        return hr;
+
+    PageContext context;
+    context.vault = vault;
+    context.taskType = m_taskType;
+    context.instance = instance;
+    context.finished = finished;
+    m_detailsPage = m_services.pages->createPage(PageId::Details, context);
+    if (!m_detailsPage)
+        return E_FAIL;
+    const HostWindow window = m_detailsPage->create(cmd.window);
+
+    QString caption;
+    if (finished && m_taskType == TaskTypeConvert)
+        caption = text(AddInText::ConvertedFiles, QStringLiteral("Converted Files"));
+    else if (finished && m_taskType == TaskTypePrint)
+        caption = text(AddInText::PrintedFiles, QStringLiteral("Printed Files"));
+    else
+        caption = text(AddInText::SelectedFiles, QStringLiteral("Selected Files"));
+    cmd.comment = caption;
+    cmd.extra = shared_from_this();
+    cmd.window = window;
+    return S_OK;
+}
+
+HRESULT CMcTaskAddIn::onLaunch(DoxCmd &cmd, DoxCmdDataArray &data, const std::shared_ptr<IDoxVault> &vault)
+{
+    if (!vault || !cmd.extra)
+        return E_POINTER;
+    const auto instance = queryInterface<IDoxTaskInstance>(cmd.extra);
+    if (!instance)
+        return E_NOINTERFACE;
+    QString root;
+    if (const HRESULT hr = vault->GetRootFolderPath(root); failed(hr))
+        return hr;
+
+    if (data.empty()) {
+        const HRESULT hr = m_services.launchDialogs->runSelectionDialog(cmd.window, vault, root, data);
+        if (failed(hr))
+            return hr;
+        cmd.cancel = hr == S_OK ? 0 : -1;
+    }
+
+    if (const HRESULT hr = readTaskType(*instance); failed(hr))
+        return hr;
+
+    if (m_taskType == TaskTypeConvert) {
+        PageContext context;
+        context.vault = vault;
+        context.taskType = m_taskType;
+        context.launchMode = true;
+        m_conversionPage = m_services.pages->createConversionSettingsPage(context);
+        if (!m_conversionPage)
+            return E_FAIL;
+        const HostWindow window = m_conversionPage->create(cmd.window);
+        if (const HRESULT hr = m_conversionPage->load(*instance); failed(hr))
+            return hr;
+        if (m_conversionPage->hasLaunchPrompt()) {
+            cmd.window = window;
+            cmd.comment = text(AddInText::ConversionSettings, QStringLiteral("Conversion Settings"));
+            cmd.extra = shared_from_this();
+        }
+    } else if (m_taskType == TaskTypePrint && cmd.cancel == 0) {
+        bool show = true;
+        if (const HRESULT hr = readBoolVariable(*instance, TaskKeys::PrinterShowPrintDlg, true, show); failed(hr))
+            return hr;
+        if (!m_services.launchDialogs->runPrintLaunchDialog(vault, cmd, data, show))
+            cmd.cancel = -1;
+    }
+
+    if (cmd.cancel == 0) {
+        if (const HRESULT hr = m_services.selectionStore->storeSelection(vault, instance, data); failed(hr))
+            return hr;
+    }
+    return S_OK;
+}
+
+HRESULT CMcTaskAddIn::onLaunchButton(DoxCmd &cmd)
+{
+    if (cmd.comment != QLatin1String("OK"))
+        return S_OK;
+    const auto instance = queryInterface<IDoxTaskInstance>(cmd.extra);
+    if (!instance)
+        return E_POINTER;
+    if (m_taskType == TaskTypeConvert && m_conversionPage)
+        return m_conversionPage->save(*instance);
+    return S_OK;
+}
+
+HRESULT CMcTaskAddIn::onRun(DoxCmd &cmd, DoxCmdDataArray &data, const std::shared_ptr<IDoxVault> &vault)
+{
+    const auto instance = queryInterface<IDoxTaskInstance>(cmd.extra);
+    if (!instance)
+        return E_POINTER;
+    if (const HRESULT hr = readTaskType(*instance); failed(hr))
+        return hr;
+
+    RunDriver &driver = *m_services.runDriver;
+    driver.suspendStartupAddIns(false);
+    HRESULT result = E_UNEXPECTED;
+    try {
+        result = driver.run(vault, instance, cmd, data);
+    } catch (const HostError &e) {
+        result = e.code();
+    } catch (...) {
+        driver.suspendStartupAddIns(true);
+        throw;
+    }
+    driver.suspendStartupAddIns(true);
+
+    if (result == S_FALSE)
+        cmd.cancel = -1;
+    const HRESULT reported = driver.finish(instance, result);
+    return failed(result) ? result : reported;
+}
