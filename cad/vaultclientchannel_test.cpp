@@ -1,0 +1,113 @@
+#include "cad/vaultclientchannel.h"
+
+#include "platform/ipc/namedmutex.h"
+#include "platform/ipc/vaultclientlistener.h"
+#include "platform/ipc/vaultclientmessage.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+namespace {
+
+class VaultClientChannelTest : public ::testing::Test
+{
+protected:
+    QTemporaryDir m_dir;
+    VaultClientListener m_listener{m_dir.path()};
+};
+
+TEST_F(VaultClientChannelTest, SendsCodeAndPathAsOneMessagePerCall)
+{
+    ASSERT_TRUE(m_listener.start());
+    const VaultClientChannel channel(m_dir.path());
+    const QString path = QStringLiteral("V:\\Projekt\\Teil.PDF");
+    for (int i = 0; i < 3; ++i)
+        channel.notify(1, path);
+    channel.notify(2, QString());
+
+    const auto messages = m_listener.messages();
+    ASSERT_EQ(messages.size(), 4u);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(messages[i].valid);
+        EXPECT_EQ(messages[i].code, 1);
+        EXPECT_EQ(messages[i].path, path);
+        EXPECT_EQ(messages[i].byteCount, 4 + 2 * path.size() + 2);
+    }
+    EXPECT_EQ(messages[3].code, 2);
+    EXPECT_TRUE(messages[3].path.isEmpty());
+    EXPECT_EQ(messages[3].byteCount, 6);
+}
+
+TEST_F(VaultClientChannelTest, LongPathIsCutTo260Characters)
+{
+    ASSERT_TRUE(m_listener.start());
+    QString path = QStringLiteral("V:\\");
+    while (path.size() < 300)
+        path.append(QStringLiteral("abcdefghij"));
+    path.truncate(300);
+    VaultClientChannel(m_dir.path()).notify(1, path);
+
+    const auto messages = m_listener.messages();
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].path, path.left(260));
+    EXPECT_EQ(messages[0].byteCount, 4 + 2 * 260 + 2);
+}
+
+TEST_F(VaultClientChannelTest, WithoutServerReturnsAndLeavesTheMutexFree)
+{
+    VaultClientChannel(m_dir.path()).notify(1, QStringLiteral("V:\\a.pdf"));
+    NamedMutex probe(VaultClientMessage::MutexName, m_dir.path());
+    EXPECT_TRUE(probe.tryLock());
+
+    // A folder that cannot even hold the lock file: still silent.
+    VaultClientChannel(QStringLiteral("/proc/nowhere")).notify(1, QStringLiteral("V:\\a.pdf"));
+}
+
+TEST_F(VaultClientChannelTest, HoldsTheMutexForTheWholeExchange)
+{
+    std::atomic<int> heldDuringExchange{-1};
+    m_listener.setObserver([&](const VaultClientListener::Message &) {
+        NamedMutex probe(VaultClientMessage::MutexName, m_dir.path());
+        heldDuringExchange = probe.tryLock() ? 0 : 1;
+    });
+    ASSERT_TRUE(m_listener.start());
+    VaultClientChannel(m_dir.path()).notify(1, QStringLiteral("V:\\a.pdf"));
+    EXPECT_EQ(heldDuringExchange, 1);
+
+    NamedMutex after(VaultClientMessage::MutexName, m_dir.path());
+    EXPECT_TRUE(after.tryLock());
+}
+
+TEST_F(VaultClientChannelTest, LockExcludesSendersUntilDestroyed)
+{
+    {
+        VaultClientLock lock(m_dir.path());
+        EXPECT_TRUE(lock.isLocked());
+        NamedMutex probe(VaultClientMessage::MutexName, m_dir.path());
+        EXPECT_FALSE(probe.tryLock());
+    }
+    NamedMutex probe(VaultClientMessage::MutexName, m_dir.path());
+    EXPECT_TRUE(probe.tryLock());
+}
+
+TEST_F(VaultClientChannelTest, FreeFunctionsUseTheHomeFolder)
+{
+    qputenv("MCTASK_HOME", m_dir.path().toLocal8Bit());
+    ASSERT_TRUE(m_listener.start());
+    NotifyVaultClient(1, QStringLiteral("V:\\home.pdf"));
+    {
+        VaultClientLock lock;
+        NamedMutex probe(VaultClientMessage::MutexName, m_dir.path());
+        EXPECT_FALSE(probe.tryLock());
+    }
+    qunsetenv("MCTASK_HOME");
+
+    const auto messages = m_listener.messages();
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].path, QStringLiteral("V:\\home.pdf"));
+}
+
+} // namespace
