@@ -1,7 +1,8 @@
 #pragma once
 
+#include "platform/filestamp.h"
+
 #include <QChar>
-#include <QDateTime>
 #include <QString>
 
 #include <map>
@@ -67,14 +68,13 @@ public:
 
 private:
     void reloadIfChanged() const;
+    void load() const;
     bool save() const;
-    std::map<QChar, QString> snapshot() const;
 
     QString m_file;
     mutable std::recursive_mutex m_mutex;
     mutable std::map<QChar, QString> m_mounts;
-    mutable QDateTime m_loadedStamp;
-    mutable qint64 m_loadedSize = -1;
+    mutable FileStamp m_loaded;
 };
 
 // Installs a drive map for the lifetime of the guard (tests).

@@ -3,7 +3,8 @@
 #include "platform/registrystore.h"
 #include "platform/registrytree.h"
 
-#include <QDateTime>
+#include "platform/filestamp.h"
+
 #include <mutex>
 
 // A registry store kept in one JSON file that several processes share.
@@ -31,6 +32,8 @@ public:
 
 private:
     void reloadIfChanged() const;
+    void load() const;
+    bool save() const;
     // Runs change on the newest content under the lock file and saves when it
     // returns true. Returns what change returned and false when saving failed.
     template <class Change>
@@ -39,6 +42,5 @@ private:
     QString m_file;
     mutable std::recursive_mutex m_mutex;
     mutable RegistryTree m_tree;
-    mutable QDateTime m_loadedStamp;
-    mutable qint64 m_loadedSize = -1;
+    mutable FileStamp m_loaded;
 };

@@ -27,6 +27,15 @@ public:
     Key *create(RegistryRoot root, RegistryView view, const QString &path);
     bool remove(RegistryRoot root, RegistryView view, const QString &path);
 
+    // The store operations on this tree (see RegistryStore).
+    std::optional<RegistryValue> readValue(RegistryRoot root, RegistryView view, const QString &path,
+                                           const QString &name) const;
+    bool writeValue(RegistryRoot root, RegistryView view, const QString &path, const QString &name,
+                    const RegistryValue &value);
+    bool deleteValue(RegistryRoot root, RegistryView view, const QString &path, const QString &name);
+    QStringList subKeys(RegistryRoot root, RegistryView view, const QString &path) const;
+    QStringList valueNames(RegistryRoot root, RegistryView view, const QString &path) const;
+
     QJsonObject toJson() const;
     // Replaces the content; false (content emptied) when json is not a store.
     bool fromJson(const QJsonObject &json);

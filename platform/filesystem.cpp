@@ -1,0 +1,117 @@
+#include "platform/filesystem.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <atomic>
+
+namespace {
+
+std::atomic<FileSystem *> g_override{nullptr};
+
+constexpr QFileDevice::Permissions kWriteBits =
+    QFileDevice::WriteOwner | QFileDevice::WriteUser | QFileDevice::WriteGroup | QFileDevice::WriteOther;
+
+} // namespace
+
+FileSystem &FileSystem::instance()
+{
+    if (FileSystem *fs = g_override.load())
+        return *fs;
+    static RealFileSystem real;
+    return real;
+}
+
+FileSystem *FileSystem::setInstance(FileSystem *fileSystem)
+{
+    return g_override.exchange(fileSystem);
+}
+
+bool RealFileSystem::exists(const QString &path) const
+{
+    return QFileInfo::exists(path);
+}
+
+bool RealFileSystem::isDirectory(const QString &path) const
+{
+    return QFileInfo(path).isDir();
+}
+
+std::optional<QByteArray> RealFileSystem::read(const QString &path) const
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return file.readAll();
+}
+
+bool RealFileSystem::write(const QString &path, const QByteArray &data)
+{
+    // A read-only file stays untouched, as on Windows; QSaveFile would
+    // otherwise replace it by renaming over it.
+    const QFileInfo info(path);
+    if (info.exists() && (!info.isFile() || !info.isWritable()))
+        return false;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    if (file.write(data) != data.size()) {
+        file.cancelWriting();
+        return false;
+    }
+    return file.commit();
+}
+
+bool RealFileSystem::append(const QString &path, const QByteArray &data)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
+        return false;
+    return file.write(data) == data.size();
+}
+
+bool RealFileSystem::remove(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.isFile() || !info.isWritable())
+        return false;
+    return QFile::remove(path);
+}
+
+bool RealFileSystem::isWritable(const QString &path) const
+{
+    return QFileInfo(path).isWritable();
+}
+
+bool RealFileSystem::setWritable(const QString &path, bool writable)
+{
+    if (!QFileInfo::exists(path))
+        return false;
+    const QFileDevice::Permissions current = QFile::permissions(path);
+    const QFileDevice::Permissions wanted =
+        writable ? current | QFileDevice::WriteOwner | QFileDevice::WriteUser : current & ~kWriteBits;
+    return QFile::setPermissions(path, wanted);
+}
+
+bool RealFileSystem::mkpath(const QString &path)
+{
+    return QDir().mkpath(path);
+}
+
+QStringList RealFileSystem::entries(const QString &directory) const
+{
+    return QDir(directory).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                                     QDir::Name);
+}
+
+qint64 RealFileSystem::size(const QString &path) const
+{
+    const QFileInfo info(path);
+    return info.exists() ? info.size() : -1;
+}
+
+QDateTime RealFileSystem::lastModified(const QString &path) const
+{
+    return QFileInfo(path).lastModified();
+}
