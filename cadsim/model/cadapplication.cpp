@@ -1,0 +1,281 @@
+#include "cadsim/model/cadapplication.h"
+
+#include "cadsim/model/cadconstants.h"
+#include "cadsim/model/modelobserver.h"
+
+#include <algorithm>
+
+CadSettings CadSettings::fromEnvironment(const QProcessEnvironment &env)
+{
+    CadSettings settings;
+    if (env.contains(QStringLiteral("MCSIM_PRINTERS"))) {
+        const QStringList entries =
+            env.value(QStringLiteral("MCSIM_PRINTERS")).split(QLatin1Char(';'), Qt::SkipEmptyParts);
+        for (const QString &entry : entries) {
+            const qsizetype eq = entry.indexOf(QLatin1Char('='));
+            if (eq < 0)
+                settings.printers.append({entry.trimmed(), QString()});
+            else
+                settings.printers.append({entry.left(eq).trimmed(), entry.mid(eq + 1)});
+        }
+    }
+    settings.defaultPrinter = env.value(QStringLiteral("MCSIM_DEFAULT_PRINTER"));
+    settings.spoolFile = env.value(QStringLiteral("MCSIM_SPOOL_FILE"));
+    if (env.contains(QStringLiteral("MCSIM_REVISION")))
+        settings.revision = env.value(QStringLiteral("MCSIM_REVISION"));
+    return settings;
+}
+
+CadApplication::CadApplication(PathResolver resolver, CadSettings settings, std::shared_ptr<ModelFiles> files)
+    : m_resolver(std::move(resolver)), m_settings(std::move(settings)), m_files(std::move(files))
+{
+}
+
+CadApplication::~CadApplication()
+{
+    // Macros may still hold documents; they must not reach a dead application.
+    for (const ModelDocPtr &doc : m_documents)
+        doc->detach();
+}
+
+template <class F> void CadApplication::notify(F &&f)
+{
+    // An observer may remove itself while being told.
+    const std::vector<ModelObserver *> observers = m_observers;
+    for (ModelObserver *o : observers)
+        f(*o);
+}
+
+std::unique_ptr<DocumentSpecification> CadApplication::getOpenDocSpec(const QString &fileName) const
+{
+    auto spec = std::make_unique<DocumentSpecification>();
+    spec->fileName = fileName;
+    const DocumentType type = nativeTypeOfExtension(winpath::extension(fileName));
+    spec->documentType = static_cast<std::int32_t>(type);
+    return spec;
+}
+
+ModelDocPtr CadApplication::openDoc7(DocumentSpecification &spec)
+{
+    spec.error = 0;
+    spec.warning = 0;
+    const auto type = static_cast<DocumentType>(spec.documentType);
+    if (spec.documentType < cad::mcDocPART || spec.documentType > cad::mcDocDRAWING) {
+        spec.error = cad::mcInvalidFileTypeError;
+        return nullptr;
+    }
+    return openNative(spec.fileName, type, spec.configurationName, spec.error);
+}
+
+ModelDocPtr CadApplication::openDoc6(const QString &fileName, std::int32_t type, std::int32_t /*options*/,
+                                     const QString &configuration, std::int32_t &errors, std::int32_t &warnings)
+{
+    errors = 0;
+    warnings = 0;
+    if (type < cad::mcDocPART || type > cad::mcDocDRAWING) {
+        errors = cad::mcInvalidFileTypeError;
+        return nullptr;
+    }
+    return openNative(fileName, static_cast<DocumentType>(type), configuration, errors);
+}
+
+ModelDocPtr CadApplication::openNative(const QString &fileName, DocumentType type, const QString &configuration,
+                                       std::int32_t &errors)
+{
+    if (ModelDocPtr open = findDocument(fileName)) {
+        if (!configuration.isEmpty())
+            open->showConfiguration(configuration);
+        activate(open);
+        return open;
+    }
+    const QString native = resolve(fileName);
+    const std::optional<QByteArray> bytes = native.isEmpty() ? std::nullopt : m_files->read(native);
+    if (!bytes) {
+        errors = cad::mcFileNotFoundError;
+        return nullptr;
+    }
+    const ParseResult parsed = parseDocument(QString::fromUtf8(*bytes));
+    if (!parsed.data) {
+        errors = cad::mcGenericError;
+        return nullptr;
+    }
+    if (parsed.data->futureVersion) {
+        errors = cad::mcFutureVersion;
+        return nullptr;
+    }
+    if (parsed.data->type != type) {
+        errors = cad::mcInvalidFileTypeError;
+        return nullptr;
+    }
+    auto doc = std::make_shared<ModelDoc>(this, *parsed.data, fileName, fileName, winpath::fileName(fileName));
+    if (!configuration.isEmpty())
+        doc->showConfiguration(configuration);
+    adopt(doc);
+    return doc;
+}
+
+ModelDocPtr CadApplication::loadFile4(const QString &fileName, const QString & /*argString*/, std::int32_t &errors)
+{
+    errors = 0;
+    if (ModelDocPtr open = findDocument(fileName)) {
+        activate(open);
+        return open;
+    }
+    const DocumentType type = importTypeOfExtension(winpath::extension(fileName));
+    if (type == DocumentType::None) {
+        errors = cad::mcInvalidFileTypeError;
+        return nullptr;
+    }
+    const QString native = resolve(fileName);
+    const std::optional<QByteArray> bytes = native.isEmpty() ? std::nullopt : m_files->read(native);
+    if (!bytes) {
+        errors = cad::mcFileNotFoundError;
+        return nullptr;
+    }
+    // Foreign geometry becomes a fresh document of the import's type; a file
+    // in our own text form (used to give an import flags) is read as such.
+    DocumentData data;
+    const QString text = QString::fromUtf8(*bytes);
+    if (looksLikeDocumentText(text)) {
+        const ParseResult parsed = parseDocument(text);
+        if (!parsed.data) {
+            errors = cad::mcGenericError;
+            return nullptr;
+        }
+        data = *parsed.data;
+        if (data.futureVersion) {
+            errors = cad::mcFutureVersion;
+            return nullptr;
+        }
+    } else {
+        data.type = type;
+        if (type == DocumentType::Drawing) {
+            data.sheets << QStringLiteral("Sheet1");
+            data.activeSheet = data.sheets.first();
+        } else {
+            data.configurations << QStringLiteral("Default");
+            data.activeConfiguration = data.configurations.first();
+        }
+    }
+    // An import has no file of its own until saved: empty path name.
+    auto doc = std::make_shared<ModelDoc>(this, data, QString(), fileName, winpath::baseName(fileName));
+    adopt(doc);
+    return doc;
+}
+
+ModelDocPtr CadApplication::activateDoc2(const QString &name, bool /*silent*/, std::int32_t &errors)
+{
+    errors = 0;
+    ModelDocPtr doc = findDocument(name);
+    if (!doc) {
+        errors = cad::mcGenericError;
+        return nullptr;
+    }
+    activate(doc);
+    return doc;
+}
+
+ModelDocPtr CadApplication::findDocument(const QString &name) const
+{
+    if (name.isEmpty())
+        return nullptr;
+    for (const ModelDocPtr &doc : m_documents) {
+        if (doc->title().compare(name, Qt::CaseInsensitive) == 0
+            || (!doc->pathName().isEmpty() && winpath::samePath(doc->pathName(), name))
+            || winpath::samePath(doc->sourcePath(), name))
+            return doc;
+    }
+    return nullptr;
+}
+
+bool CadApplication::closeDoc(const QString &name)
+{
+    ModelDocPtr doc = findDocument(name);
+    if (!doc)
+        return false;
+    close(doc);
+    return true;
+}
+
+void CadApplication::closeAllDocuments(bool /*includeUnsaved*/)
+{
+    while (!m_documents.empty())
+        close(m_documents.back());
+}
+
+void CadApplication::adopt(const ModelDocPtr &doc)
+{
+    m_documents.push_back(doc);
+    notify([&](ModelObserver &o) { o.documentOpened(*doc); });
+    activate(doc);
+}
+
+void CadApplication::activate(const ModelDocPtr &doc)
+{
+    m_active = doc;
+    notify([&](ModelObserver &o) { o.documentActivated(*doc); });
+}
+
+void CadApplication::close(const ModelDocPtr &doc)
+{
+    const ModelDocPtr keep = doc; // the reference may live in m_documents
+    notify([&](ModelObserver &o) { o.documentDestroyed(*keep); });
+    m_documents.erase(std::remove(m_documents.begin(), m_documents.end(), keep), m_documents.end());
+    keep->markClosed();
+    if (m_active == keep)
+        m_active = m_documents.empty() ? nullptr : m_documents.back();
+}
+
+std::shared_ptr<ExportPdfData> CadApplication::exportFileData(std::int32_t type) const
+{
+    return type == cad::mcExportPdfData ? m_pdfData : nullptr;
+}
+
+const PrinterInfo *CadApplication::findPrinter(const QString &name) const
+{
+    if (name.isEmpty())
+        return nullptr;
+    for (const PrinterInfo &p : m_settings.printers) {
+        if (p.name.compare(name, Qt::CaseInsensitive) == 0)
+            return &p;
+    }
+    return nullptr;
+}
+
+QString CadApplication::defaultPrinter() const
+{
+    if (const PrinterInfo *p = findPrinter(m_settings.defaultPrinter))
+        return p->name;
+    return m_settings.printers.isEmpty() ? QString() : m_settings.printers.first().name;
+}
+
+QStringList CadApplication::takeErrorMessages()
+{
+    return std::exchange(m_errorMessages, QStringList());
+}
+
+void CadApplication::addObserver(ModelObserver *observer)
+{
+    if (std::find(m_observers.begin(), m_observers.end(), observer) == m_observers.end())
+        m_observers.push_back(observer);
+}
+
+void CadApplication::removeObserver(ModelObserver *observer)
+{
+    m_observers.erase(std::remove(m_observers.begin(), m_observers.end(), observer), m_observers.end());
+}
+
+QString CadApplication::resolve(const QString &windowsPath) const
+{
+    return m_resolver ? m_resolver(windowsPath) : QString();
+}
+
+void CadApplication::notifySaving(ModelDoc &doc, const QString &fileName)
+{
+    notify([&](ModelObserver &o) { o.fileSaving(doc, fileName); });
+}
+
+void CadApplication::notifyPrinted(ModelDoc &doc, ModelView &view)
+{
+    notify([&](ModelObserver &o) { o.printed(doc, view); });
+}

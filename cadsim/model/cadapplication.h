@@ -1,0 +1,121 @@
+#pragma once
+
+#include "cadsim/model/documentspec.h"
+#include "cadsim/model/modeldoc.h"
+#include "cadsim/model/modelfiles.h"
+#include "cadsim/model/preferences.h"
+#include "cadsim/model/windowspath.h"
+
+#include <QList>
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+#include <memory>
+#include <vector>
+
+class ModelObserver;
+
+// A printer the stand-in offers; a non-empty failure makes every print on
+// it fail with that message.
+struct PrinterInfo
+{
+    QString name;
+    QString failure;
+};
+
+struct CadSettings
+{
+    QList<PrinterInfo> printers;
+    QString defaultPrinter; // empty: the first printer
+    QString spoolFile;      // native path of the print spool
+    QString revision = QStringLiteral("21.0.0");
+
+    // MCSIM_PRINTERS ("name;name=failure text;..."), MCSIM_DEFAULT_PRINTER,
+    // MCSIM_SPOOL_FILE and MCSIM_REVISION, each when set.
+    static CadSettings fromEnvironment(const QProcessEnvironment &env);
+};
+
+// The main frame of the application window.
+struct Frame
+{
+    bool keepInvisible = false;
+};
+
+// The stand-in's application object: the open documents, opening and
+// closing them, preferences, printers and the error messages of prints.
+// Not thread-safe: one thread uses it at a time.
+class CadApplication final
+{
+public:
+    explicit CadApplication(PathResolver resolver, CadSettings settings = {},
+                            std::shared_ptr<ModelFiles> files = std::make_shared<DiskModelFiles>());
+    ~CadApplication();
+    CadApplication(const CadApplication &) = delete;
+    CadApplication &operator=(const CadApplication &) = delete;
+
+    // Opening and closing. Errors are type-library bits (mcFileNotFoundError...).
+    std::unique_ptr<DocumentSpecification> getOpenDocSpec(const QString &fileName) const;
+    ModelDocPtr openDoc7(DocumentSpecification &spec);
+    ModelDocPtr openDoc6(const QString &fileName, std::int32_t type, std::int32_t options,
+                         const QString &configuration, std::int32_t &errors, std::int32_t &warnings);
+    ModelDocPtr loadFile4(const QString &fileName, const QString &argString, std::int32_t &errors);
+    ModelDocPtr activateDoc2(const QString &name, bool silent, std::int32_t &errors);
+    // By title, path or the file a document came from; false when none matches.
+    bool closeDoc(const QString &name);
+    void closeAllDocuments(bool includeUnsaved);
+
+    ModelDocPtr activeDocument() const { return m_active; }
+    const std::vector<ModelDocPtr> &documents() const { return m_documents; }
+    ModelDocPtr findDocument(const QString &name) const;
+
+    // Application state.
+    QString revisionNumber() const { return m_settings.revision; }
+    void setRevisionNumber(const QString &revision) { m_settings.revision = revision; }
+    bool isVisible() const { return m_visible; }
+    void setVisible(bool visible) { m_visible = visible; }
+    Frame &frame() { return m_frame; }
+    Preferences &preferences() { return m_preferences; }
+    const Preferences &preferences() const { return m_preferences; }
+    std::shared_ptr<ExportPdfData> exportFileData(std::int32_t type) const;
+
+    // Printers and the spool.
+    const QList<PrinterInfo> &printers() const { return m_settings.printers; }
+    void setPrinters(const QList<PrinterInfo> &printers) { m_settings.printers = printers; }
+    const PrinterInfo *findPrinter(const QString &name) const;
+    QString defaultPrinter() const;
+    QString spoolFile() const { return m_settings.spoolFile; }
+    void setSpoolFile(const QString &nativePath) { m_settings.spoolFile = nativePath; }
+
+    // Messages of the prints since the last call; reading them clears them.
+    QStringList takeErrorMessages();
+    void addErrorMessage(const QString &message) { m_errorMessages << message; }
+
+    void addObserver(ModelObserver *observer);
+    void removeObserver(ModelObserver *observer);
+
+    // For the documents.
+    QString resolve(const QString &windowsPath) const;
+    ModelFiles &files() { return *m_files; }
+    void notifySaving(ModelDoc &doc, const QString &fileName);
+    void notifyPrinted(ModelDoc &doc, ModelView &view);
+
+private:
+    ModelDocPtr openNative(const QString &fileName, DocumentType type, const QString &configuration,
+                           std::int32_t &errors);
+    void adopt(const ModelDocPtr &doc);
+    void activate(const ModelDocPtr &doc);
+    void close(const ModelDocPtr &doc);
+    template <class F> void notify(F &&f);
+
+    PathResolver m_resolver;
+    CadSettings m_settings;
+    std::shared_ptr<ModelFiles> m_files;
+    std::vector<ModelDocPtr> m_documents;
+    ModelDocPtr m_active;
+    Preferences m_preferences;
+    std::shared_ptr<ExportPdfData> m_pdfData = std::make_shared<ExportPdfData>();
+    QStringList m_errorMessages;
+    std::vector<ModelObserver *> m_observers;
+    bool m_visible = true;
+    Frame m_frame;
+};

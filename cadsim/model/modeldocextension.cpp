@@ -1,0 +1,201 @@
+#include "cadsim/model/modeldocextension.h"
+
+#include "cadsim/model/cadapplication.h"
+#include "cadsim/model/cadconstants.h"
+#include "cadsim/model/exportdescription.h"
+#include "cadsim/model/modeldoc.h"
+#include "cadsim/model/printspool.h"
+
+namespace {
+
+// Names that all exist in available, in the document's spelling; empty when
+// one is missing.
+std::optional<QStringList> pickExisting(const QStringList &wanted, const QStringList &available)
+{
+    QStringList picked;
+    for (const QString &name : wanted) {
+        const auto it = std::find_if(available.cbegin(), available.cend(), [&](const QString &a) {
+            return a.compare(name, Qt::CaseInsensitive) == 0;
+        });
+        if (it == available.cend())
+            return std::nullopt;
+        picked << *it;
+    }
+    return picked;
+}
+
+bool isViewerFormat(const QString &ext)
+{
+    return ext == QLatin1String("gprt") || ext == QLatin1String("gasm") || ext == QLatin1String("glmp");
+}
+
+// What a viewer-format export holds, by the selection-option preference.
+std::optional<QStringList> viewerSelection(const Preferences &prefs, const QStringList &all, const QString &active)
+{
+    switch (prefs.integer(cad::mcGlimpseSaveAsSelectionOption)) {
+    case cad::mcGlimpseSaveAll: return all;
+    case cad::mcGlimpseSaveActive: return QStringList{active};
+    case cad::mcGlimpseSaveSelected: {
+        const QStringList wanted = prefs.stringList(cad::mcGlimpseModelSelectionList);
+        if (wanted.isEmpty())
+            return std::nullopt;
+        return pickExisting(wanted, all);
+    }
+    default: return std::nullopt;
+    }
+}
+
+} // namespace
+
+bool ModelDocExtension::saveAs(const QString &name, std::int32_t version, std::int32_t options,
+                               const ExportPdfData *exportData, std::int32_t &errors, std::int32_t &warnings)
+{
+    errors = 0;
+    warnings = 0;
+    CadApplication *app = m_doc.application();
+    if (!app || m_doc.isClosed()) {
+        errors = cad::mcGenericSaveError;
+        return false;
+    }
+    if (winpath::fileName(name).isEmpty()) {
+        errors = cad::mcFileNameEmpty;
+        return false;
+    }
+    const QString ext = winpath::extension(name);
+    if (!canExportTo(m_doc.type(), ext)) {
+        errors = cad::mcFileSaveAsBadExtension;
+        return false;
+    }
+    const bool native = nativeTypeOfExtension(ext) == m_doc.type();
+    if (!native && m_doc.data().oleObjects) {
+        errors = cad::mcFileSaveAsNotSupported;
+        warnings = cad::mcFileSaveWarning_MissingOLEObjects;
+        return false;
+    }
+    const QString nativePath = app->resolve(name);
+    if (nativePath.isEmpty()) {
+        errors = cad::mcGenericSaveError;
+        return false;
+    }
+
+    QByteArray content;
+    if (native) {
+        DocumentData data = m_doc.data();
+        data.paperSize = m_doc.pageSetup().paperSize;
+        data.orientation = m_doc.pageSetup().orientation;
+        content = writeDocument(data).toUtf8();
+    } else {
+        ExportDescription d;
+        d.target = name;
+        d.format = ext;
+        d.imported = m_doc.pathName().isEmpty();
+        d.source = d.imported ? m_doc.sourcePath() : m_doc.pathName();
+        d.documentType = m_doc.type();
+        d.version = version;
+        d.options = options;
+        const Preferences &prefs = app->preferences();
+        std::optional<QStringList> items;
+        if (m_doc.type() == DocumentType::Drawing) {
+            const QStringList all = m_doc.sheetNames();
+            if (isViewerFormat(ext)) {
+                items = viewerSelection(prefs, all, m_doc.currentSheet());
+            } else if (ext == QLatin1String("pdf")) {
+                if (!exportData || exportData->which() == cad::mcExportData_ExportAllSheets)
+                    items = all;
+                else if (exportData->which() == cad::mcExportData_ExportCurrentSheet)
+                    items = QStringList{m_doc.currentSheet()};
+                else if (exportData->which() == cad::mcExportData_ExportSpecifiedSheets)
+                    items = pickExisting(exportData->sheets(), all);
+                if (items && items->isEmpty())
+                    items.reset();
+            } else {
+                items = QStringList{m_doc.currentSheet()};
+            }
+            if (items)
+                d.sheets = *items;
+        } else {
+            if (isViewerFormat(ext))
+                items = viewerSelection(prefs, m_doc.configurationNames(), m_doc.activeConfiguration());
+            else
+                items = QStringList{m_doc.activeConfiguration()};
+            if (items)
+                d.configurations = *items;
+        }
+        if (!items) {
+            errors = cad::mcGenericSaveError;
+            return false;
+        }
+        content = exportDescriptionText(d, prefs);
+    }
+
+    app->notifySaving(m_doc, name);
+    if (!app->files().write(nativePath, content)) {
+        errors = cad::mcGenericSaveError;
+        return false;
+    }
+    return true;
+}
+
+bool ModelDocExtension::printOut2(const std::optional<std::vector<std::int32_t>> &sheets, std::int32_t copies,
+                                  bool collate, const QString &printer, const QString &printToFile)
+{
+    CadApplication *app = m_doc.application();
+    if (!app || m_doc.isClosed())
+        return false;
+    const QString printerName = printer.isEmpty() ? m_doc.printer() : printer;
+    const PrinterInfo *info = app->findPrinter(printerName);
+    if (!info) {
+        app->addErrorMessage(QStringLiteral("The printer '%1' is not available.").arg(printerName));
+        return false;
+    }
+    if (!info->failure.isEmpty()) {
+        app->addErrorMessage(info->failure);
+        return false;
+    }
+    if (copies < 1) {
+        app->addErrorMessage(QStringLiteral("The number of copies must be at least 1."));
+        return false;
+    }
+
+    PrintRecord r;
+    r.document = m_doc.pathName().isEmpty() ? m_doc.sourcePath() : m_doc.pathName();
+    r.printer = info->name;
+    const PageSetup &page = m_doc.pageSetup();
+    r.paperSize = page.paperSize;
+    r.orientation = page.orientation;
+    r.pageSetupInUse = m_usePageSetup;
+    const Preferences &prefs = app->preferences();
+    r.usePrinterMargins = prefs.toggle(cad::mcPageSetupPrinterUsePrinterMargin);
+    r.marginTop = prefs.real(cad::mcPageSetupPrinterTopMargin);
+    r.marginBottom = prefs.real(cad::mcPageSetupPrinterBottomMargin);
+    r.marginLeft = prefs.real(cad::mcPageSetupPrinterLeftMargin);
+    r.marginRight = prefs.real(cad::mcPageSetupPrinterRightMargin);
+    r.header = page.header;
+    r.footer = page.footer;
+    r.copies = copies;
+    r.collate = collate;
+    r.printToFile = printToFile;
+    if (m_doc.type() == DocumentType::Drawing) {
+        const QStringList all = m_doc.sheetNames();
+        if (!sheets) {
+            r.sheets = all;
+        } else {
+            for (std::int32_t position : *sheets) {
+                if (position < 1 || position > all.size()) {
+                    app->addErrorMessage(QStringLiteral("Sheet %1 does not exist.").arg(position));
+                    return false;
+                }
+                r.sheets << all.at(position - 1);
+            }
+        }
+    } else {
+        r.configuration = m_doc.activeConfiguration();
+    }
+
+    if (app->spoolFile().isEmpty() || !app->files().append(app->spoolFile(), printRecordLine(r))) {
+        app->addErrorMessage(QStringLiteral("The print job for '%1' could not be spooled.").arg(r.document));
+        return false;
+    }
+    app->notifyPrinted(m_doc, *m_doc.views().front());
+    return true;
+}
