@@ -1,0 +1,6 @@
+#pragma once
+
+#include "addin/addinservices.h"
+
+// The services the module's add-in object runs with.
+AddInServices makeModuleServices();
