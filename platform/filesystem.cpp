@@ -10,6 +10,13 @@ namespace {
 
 std::atomic<FileSystem *> g_override{nullptr};
 
+// Writable means the owner's write bit is set, like the read-only attribute
+// on Windows. access() would say yes to root for every file.
+bool ownerWritable(const QFileInfo &info)
+{
+    return info.exists() && (info.permissions() & QFileDevice::WriteOwner);
+}
+
 constexpr QFileDevice::Permissions kWriteBits =
     QFileDevice::WriteOwner | QFileDevice::WriteUser | QFileDevice::WriteGroup | QFileDevice::WriteOther;
 
@@ -51,7 +58,7 @@ bool RealFileSystem::write(const QString &path, const QByteArray &data)
     // A read-only file stays untouched, as on Windows; QSaveFile would
     // otherwise replace it by renaming over it.
     const QFileInfo info(path);
-    if (info.exists() && (!info.isFile() || !info.isWritable()))
+    if (info.exists() && (!info.isFile() || !ownerWritable(info)))
         return false;
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
@@ -65,6 +72,9 @@ bool RealFileSystem::write(const QString &path, const QByteArray &data)
 
 bool RealFileSystem::append(const QString &path, const QByteArray &data)
 {
+    const QFileInfo info(path);
+    if (info.exists() && (!info.isFile() || !ownerWritable(info)))
+        return false;
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
         return false;
@@ -74,14 +84,14 @@ bool RealFileSystem::append(const QString &path, const QByteArray &data)
 bool RealFileSystem::remove(const QString &path)
 {
     const QFileInfo info(path);
-    if (!info.isFile() || !info.isWritable())
+    if (!info.isFile() || !ownerWritable(info))
         return false;
     return QFile::remove(path);
 }
 
 bool RealFileSystem::isWritable(const QString &path) const
 {
-    return QFileInfo(path).isWritable();
+    return ownerWritable(QFileInfo(path));
 }
 
 bool RealFileSystem::setWritable(const QString &path, bool writable)

@@ -24,6 +24,7 @@ public:
     virtual bool append(const QString &path, const QByteArray &data) = 0;
     // Removes a file (not a folder); false when it is missing or read-only.
     virtual bool remove(const QString &path) = 0;
+    // Writable = not marked read-only (the owner's write bit on disk).
     virtual bool isWritable(const QString &path) const = 0;
     virtual bool setWritable(const QString &path, bool writable) = 0;
     // Creates the folder and its parents.

@@ -11,9 +11,10 @@ bool hasDrive(const QString &path)
     return path.size() >= 2 && path[1] == QLatin1Char(':') && path[0].isLetter() && path[0].unicode() < 128;
 }
 
+// "\\server..." with a server name.
 bool isUnc(const QString &path)
 {
-    return path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1]);
+    return path.size() >= 3 && isSeparator(path[0]) && isSeparator(path[1]) && !isSeparator(path[2]);
 }
 
 // Splits a path into its root ("C:\", "\\server\share\", "\" or "") and the rest.
