@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cadsim/model/documentdata.h"
+#include "cadsim/model/modeldocextension.h"
 
 #include <QString>
 #include <QStringList>
