@@ -1,0 +1,76 @@
+#include "macro/ansitext.h"
+
+#include <cerrno>
+#include <iconv.h>
+
+namespace {
+
+// One conversion descriptor per thread: iconv keeps state between calls.
+class Windows1252Encoder final
+{
+public:
+    Windows1252Encoder() : m_cd(iconv_open("WINDOWS-1252", "UTF-16LE")) {}
+    ~Windows1252Encoder()
+    {
+        if (m_cd != reinterpret_cast<iconv_t>(-1))
+            iconv_close(m_cd);
+    }
+    Windows1252Encoder(const Windows1252Encoder &) = delete;
+    Windows1252Encoder &operator=(const Windows1252Encoder &) = delete;
+
+    QByteArray encode(const QString &text)
+    {
+        QByteArray out;
+        out.reserve(text.size());
+        if (m_cd == reinterpret_cast<iconv_t>(-1)) {
+            // No converter at all: keep what Latin-1 and the code page share.
+            for (const QChar c : text)
+                out.append(c.unicode() < 0x80 || (c.unicode() >= 0xA0 && c.unicode() <= 0xFF)
+                               ? static_cast<char>(c.unicode())
+                               : '?');
+            return out;
+        }
+        iconv(m_cd, nullptr, nullptr, nullptr, nullptr);
+        // Host byte order is little-endian on the platforms we build for;
+        // QString units are converted explicitly all the same.
+        QByteArray utf16;
+        utf16.resize(text.size() * 2);
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            const char16_t u = text[i].unicode();
+            utf16[2 * i] = static_cast<char>(u & 0xFF);
+            utf16[2 * i + 1] = static_cast<char>(u >> 8);
+        }
+        char *in = utf16.data();
+        size_t inLeft = static_cast<size_t>(utf16.size());
+        char buffer[512];
+        while (inLeft > 0) {
+            char *dst = buffer;
+            size_t dstLeft = sizeof buffer;
+            const size_t rc = iconv(m_cd, &in, &inLeft, &dst, &dstLeft);
+            out.append(buffer, static_cast<qsizetype>(dst - buffer));
+            if (rc == static_cast<size_t>(-1)) {
+                if (errno == E2BIG)
+                    continue;
+                // Unmappable or broken unit (a lone surrogate half, or a
+                // pair the code page lacks): one "?" per character.
+                out.append('?');
+                const bool pair = inLeft >= 4 && (static_cast<unsigned char>(in[1]) & 0xFC) == 0xD8;
+                const size_t skip = pair ? 4 : 2;
+                in += skip;
+                inLeft -= std::min(inLeft, skip);
+            }
+        }
+        return out;
+    }
+
+private:
+    iconv_t m_cd;
+};
+
+} // namespace
+
+QByteArray toWindows1252(const QString &text)
+{
+    thread_local Windows1252Encoder encoder;
+    return encoder.encode(text);
+}
