@@ -1,0 +1,222 @@
+#include "vault/sqlitedb.h"
+
+#include "host/hosterror.h"
+
+#include <sqlite3.h>
+
+#include <atomic>
+
+int checkSqlite(int rc, sqlite3 *db, const char *what)
+{
+    if (rc == SQLITE_OK || rc == SQLITE_ROW || rc == SQLITE_DONE)
+        return rc;
+    const QString message = db ? QString::fromUtf8(sqlite3_errmsg(db)) : QString::fromUtf8(sqlite3_errstr(rc));
+    throw HostError(E_DOX_DATABASE_ACCESS, QStringLiteral("%1: %2").arg(QString::fromUtf8(what), message));
+}
+
+Statement::~Statement()
+{
+    sqlite3_finalize(m_stmt);
+}
+
+Statement &Statement::bind(int index, std::int64_t value)
+{
+    checkSqlite(sqlite3_bind_int64(m_stmt, index, value), m_db, "bind");
+    return *this;
+}
+
+Statement &Statement::bind(int index, double value)
+{
+    checkSqlite(sqlite3_bind_double(m_stmt, index, value), m_db, "bind");
+    return *this;
+}
+
+Statement &Statement::bind(int index, const QString &value)
+{
+    const QByteArray utf8 = value.toUtf8();
+    checkSqlite(sqlite3_bind_text(m_stmt, index, utf8.constData(), static_cast<int>(utf8.size()), SQLITE_TRANSIENT),
+                m_db, "bind");
+    return *this;
+}
+
+Statement &Statement::bindBlob(int index, const QByteArray &value)
+{
+    // A zero-length blob must still be a blob, not NULL.
+    checkSqlite(sqlite3_bind_blob64(m_stmt, index, value.isEmpty() ? "" : value.constData(),
+                                    static_cast<sqlite3_uint64>(value.size()), SQLITE_TRANSIENT),
+                m_db, "bind");
+    return *this;
+}
+
+Statement &Statement::bindNull(int index)
+{
+    checkSqlite(sqlite3_bind_null(m_stmt, index), m_db, "bind");
+    return *this;
+}
+
+bool Statement::step()
+{
+    const int rc = sqlite3_step(m_stmt);
+    if (rc != SQLITE_ROW && rc != SQLITE_DONE) {
+        // Reset gives the statement back to the cache in a clean state; the
+        // error text is read before that.
+        const QString message = QString::fromUtf8(sqlite3_errmsg(m_db));
+        const QString sql = QString::fromUtf8(sqlite3_sql(m_stmt));
+        sqlite3_reset(m_stmt);
+        throw HostError(E_DOX_DATABASE_ACCESS, QStringLiteral("%1 (%2)").arg(message, sql));
+    }
+    return rc == SQLITE_ROW;
+}
+
+void Statement::exec()
+{
+    while (step()) {
+    }
+    reset();
+}
+
+void Statement::reset()
+{
+    sqlite3_reset(m_stmt);
+    sqlite3_clear_bindings(m_stmt);
+}
+
+bool Statement::isNull(int column) const
+{
+    return sqlite3_column_type(m_stmt, column) == SQLITE_NULL;
+}
+
+std::int64_t Statement::int64(int column) const
+{
+    return sqlite3_column_int64(m_stmt, column);
+}
+
+double Statement::real(int column) const
+{
+    return sqlite3_column_double(m_stmt, column);
+}
+
+QString Statement::text(int column) const
+{
+    const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(m_stmt, column));
+    return data ? QString::fromUtf8(data, sqlite3_column_bytes(m_stmt, column)) : QString();
+}
+
+QByteArray Statement::blob(int column) const
+{
+    const void *data = sqlite3_column_blob(m_stmt, column);
+    const int size = sqlite3_column_bytes(m_stmt, column);
+    return data ? QByteArray(static_cast<const char *>(data), size) : QByteArray();
+}
+
+SqliteDb::SqliteDb(const QString &path, int busyTimeoutMs)
+{
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+    const int rc = sqlite3_open_v2(path.toUtf8().constData(), &m_db, flags, nullptr);
+    if (rc != SQLITE_OK) {
+        const QString message = m_db ? QString::fromUtf8(sqlite3_errmsg(m_db)) : QString::fromUtf8(sqlite3_errstr(rc));
+        sqlite3_close(m_db);
+        m_db = nullptr;
+        throw HostError(E_DOX_CANT_OPEN_DATABASE, QStringLiteral("%1: %2").arg(path, message));
+    }
+    try {
+        checkSqlite(sqlite3_busy_timeout(m_db, busyTimeoutMs), m_db, "busy timeout");
+        // WAL lets readers go on while one writer commits; in-memory
+        // databases keep their own journal mode.
+        exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=ON;");
+    } catch (...) {
+        sqlite3_close(m_db);
+        m_db = nullptr;
+        throw;
+    }
+}
+
+SqliteDb::~SqliteDb()
+{
+    m_cache.clear(); // statements first: close refuses while they live
+    sqlite3_close(m_db);
+}
+
+Statement &SqliteDb::prepare(const char *sql)
+{
+    auto it = m_cache.find(sql);
+    if (it != m_cache.end()) {
+        it->second->reset();
+        return *it->second;
+    }
+    sqlite3_stmt *stmt = nullptr;
+    checkSqlite(sqlite3_prepare_v2(m_db, sql, -1, &stmt, nullptr), m_db, sql);
+    auto inserted = m_cache.emplace(sql, std::make_unique<Statement>(m_db, stmt));
+    return *inserted.first->second;
+}
+
+void SqliteDb::exec(const char *sql)
+{
+    char *error = nullptr;
+    const int rc = sqlite3_exec(m_db, sql, nullptr, nullptr, &error);
+    if (rc != SQLITE_OK) {
+        const QString message = QString::fromUtf8(error ? error : sqlite3_errstr(rc));
+        sqlite3_free(error);
+        throw HostError(E_DOX_DATABASE_ACCESS, message);
+    }
+}
+
+std::int64_t SqliteDb::lastInsertId() const
+{
+    return sqlite3_last_insert_rowid(m_db);
+}
+
+bool SqliteDb::inTransaction() const
+{
+    return sqlite3_get_autocommit(m_db) == 0;
+}
+
+int SqliteDb::userVersion()
+{
+    Statement &s = prepare("PRAGMA user_version");
+    s.step();
+    const int version = s.integer(0);
+    s.reset();
+    return version;
+}
+
+void SqliteDb::setUserVersion(int version)
+{
+    exec(QByteArray("PRAGMA user_version=" + QByteArray::number(version)).constData());
+}
+
+Transaction::Transaction(SqliteDb &db) : m_db(db)
+{
+    if (db.inTransaction()) {
+        static std::atomic<int> counter{0};
+        m_nested = true;
+        m_savepoint = "sp" + QByteArray::number(++counter);
+        m_db.exec(("SAVEPOINT " + m_savepoint).constData());
+    } else {
+        m_db.exec("BEGIN IMMEDIATE");
+    }
+}
+
+Transaction::~Transaction()
+{
+    if (m_done)
+        return;
+    // Errors are swallowed here: a destructor runs while another error is
+    // already on its way out.
+    try {
+        if (m_nested)
+            m_db.exec(("ROLLBACK TO " + m_savepoint + "; RELEASE " + m_savepoint).constData());
+        else if (m_db.inTransaction())
+            m_db.exec("ROLLBACK");
+    } catch (...) {
+    }
+}
+
+void Transaction::commit()
+{
+    if (m_nested)
+        m_db.exec(("RELEASE " + m_savepoint).constData());
+    else
+        m_db.exec("COMMIT");
+    m_done = true;
+}

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+class SqliteDb;
+
+// Turns an SQLite return code into a HostError (E_DOX_DATABASE_ACCESS, or
+// E_DOX_CANT_OPEN_DATABASE while opening) carrying SQLite's own message.
+// Every call into SQLite goes through here; codes that mean "fine" pass.
+int checkSqlite(int rc, sqlite3 *db, const char *what);
+
+// One prepared statement. Statements come from SqliteDb::prepare, which
+// caches them; a Statement is reset and its bindings cleared on reuse.
+class Statement final
+{
+public:
+    Statement(sqlite3 *db, sqlite3_stmt *stmt) : m_db(db), m_stmt(stmt) {}
+    ~Statement();
+    Statement(const Statement &) = delete;
+    Statement &operator=(const Statement &) = delete;
+
+    Statement &bind(int index, std::int64_t value);
+    Statement &bind(int index, int value) { return bind(index, static_cast<std::int64_t>(value)); }
+    Statement &bind(int index, double value);
+    Statement &bind(int index, const QString &value);
+    Statement &bindBlob(int index, const QByteArray &value);
+    Statement &bindNull(int index);
+
+    // True while a row is available.
+    bool step();
+    // Runs a statement that returns no rows.
+    void exec();
+    void reset();
+
+    bool isNull(int column) const;
+    std::int64_t int64(int column) const;
+    int integer(int column) const { return static_cast<int>(int64(column)); }
+    double real(int column) const;
+    QString text(int column) const;
+    QByteArray blob(int column) const;
+
+private:
+    sqlite3 *m_db;
+    sqlite3_stmt *m_stmt;
+};
+
+// The one handle of a database connection. WAL journal, a busy timeout so
+// that several processes can share the file, foreign keys on.
+class SqliteDb final
+{
+public:
+    // path ":memory:" opens a private in-memory database.
+    explicit SqliteDb(const QString &path, int busyTimeoutMs = 10000);
+    ~SqliteDb();
+    SqliteDb(const SqliteDb &) = delete;
+    SqliteDb &operator=(const SqliteDb &) = delete;
+
+    // A cached prepared statement, reset and ready for binding.
+    Statement &prepare(const char *sql);
+    // Runs one or more statements without results.
+    void exec(const char *sql);
+
+    std::int64_t lastInsertId() const;
+    bool inTransaction() const;
+    int userVersion();
+    void setUserVersion(int version);
+
+    sqlite3 *handle() const { return m_db; }
+
+private:
+    sqlite3 *m_db = nullptr;
+    std::unordered_map<const char *, std::unique_ptr<Statement>> m_cache;
+};
+
+// A write transaction: BEGIN IMMEDIATE (so a writer waits for the lock up
+// front instead of failing half-way), or a savepoint when one is already
+// open. Rolls back in its destructor unless committed.
+class Transaction final
+{
+public:
+    explicit Transaction(SqliteDb &db);
+    ~Transaction();
+    Transaction(const Transaction &) = delete;
+    Transaction &operator=(const Transaction &) = delete;
+
+    void commit();
+
+private:
+    SqliteDb &m_db;
+    bool m_nested = false;
+    bool m_done = false;
+    QByteArray m_savepoint;
+};

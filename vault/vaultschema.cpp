@@ -1,0 +1,181 @@
+#include "vault/vaultschema.h"
+
+#include "host/hosterror.h"
+#include "vault/sqlitedb.h"
+
+namespace {
+
+// Version bytes are BLOBs in the database, one row per distinct content
+// (keyed by its SHA-256). Keeping them in SQLite rather than as files beside
+// it means a version row and its bytes commit or roll back together: a
+// crash can leave neither a dangling row nor an orphan file, and the same
+// code serves ":memory:" vaults. Identical contents are stored once.
+const char *const schemaV1 = R"sql(
+CREATE TABLE settings (
+  key   TEXT PRIMARY KEY,
+  value TEXT NOT NULL
+);
+CREATE TABLE folders (
+  id        INTEGER PRIMARY KEY,
+  parent_id INTEGER REFERENCES folders(id),
+  name      TEXT NOT NULL,
+  path      TEXT NOT NULL,
+  path_key  TEXT NOT NULL UNIQUE
+);
+CREATE INDEX folders_parent ON folders(parent_id);
+CREATE TABLE files (
+  id             INTEGER PRIMARY KEY,
+  folder_id      INTEGER NOT NULL REFERENCES folders(id),
+  name           TEXT NOT NULL,
+  path_key       TEXT NOT NULL UNIQUE,
+  kind           INTEGER NOT NULL DEFAULT 1,
+  latest_version INTEGER NOT NULL,
+  locked_by      TEXT,
+  lock_kind      INTEGER NOT NULL DEFAULT 0,
+  lock_folder    INTEGER NOT NULL DEFAULT 0
+);
+CREATE INDEX files_folder ON files(folder_id);
+CREATE TABLE blobs (
+  hash TEXT PRIMARY KEY,
+  size INTEGER NOT NULL,
+  data BLOB NOT NULL
+);
+CREATE TABLE versions (
+  file_id  INTEGER NOT NULL REFERENCES files(id) ON DELETE CASCADE,
+  version  INTEGER NOT NULL,
+  revision TEXT NOT NULL DEFAULT '',
+  state    TEXT NOT NULL DEFAULT '',
+  hash     TEXT NOT NULL REFERENCES blobs(hash),
+  comment  TEXT NOT NULL DEFAULT '',
+  user     TEXT NOT NULL DEFAULT '',
+  created  TEXT NOT NULL,
+  PRIMARY KEY (file_id, version)
+) WITHOUT ROWID;
+CREATE TABLE card_variables (
+  id       INTEGER PRIMARY KEY,
+  name     TEXT NOT NULL,
+  name_key TEXT NOT NULL UNIQUE
+);
+CREATE TABLE card_values (
+  file_id       INTEGER NOT NULL,
+  version       INTEGER NOT NULL,
+  variable_id   INTEGER NOT NULL REFERENCES card_variables(id),
+  configuration TEXT NOT NULL DEFAULT '',
+  type          INTEGER NOT NULL,
+  ivalue        INTEGER,
+  rvalue        REAL,
+  tvalue        TEXT,
+  PRIMARY KEY (file_id, version, variable_id, configuration),
+  FOREIGN KEY (file_id, version) REFERENCES versions(file_id, version) ON DELETE CASCADE
+) WITHOUT ROWID;
+CREATE TABLE refs (
+  parent_id      INTEGER NOT NULL,
+  parent_version INTEGER NOT NULL,
+  child_id       INTEGER NOT NULL REFERENCES files(id) ON DELETE CASCADE,
+  child_version  INTEGER NOT NULL,
+  configuration  TEXT NOT NULL DEFAULT '',
+  PRIMARY KEY (parent_id, parent_version, child_id, configuration),
+  FOREIGN KEY (parent_id, parent_version) REFERENCES versions(file_id, version) ON DELETE CASCADE
+) WITHOUT ROWID;
+CREATE INDEX refs_child ON refs(child_id);
+
+CREATE TABLE tasks (
+  id       INTEGER PRIMARY KEY,
+  name     TEXT NOT NULL,
+  name_key TEXT NOT NULL UNIQUE,
+  class_id TEXT NOT NULL,
+  flags    INTEGER NOT NULL DEFAULT 0
+);
+CREATE TABLE task_variables (
+  task_id  INTEGER NOT NULL REFERENCES tasks(id) ON DELETE CASCADE,
+  name     TEXT NOT NULL,
+  name_key TEXT NOT NULL,
+  type     INTEGER NOT NULL,
+  ivalue   INTEGER,
+  rvalue   REAL,
+  tvalue   TEXT,
+  PRIMARY KEY (task_id, name_key)
+) WITHOUT ROWID;
+CREATE TABLE task_declared (
+  task_id  INTEGER NOT NULL REFERENCES tasks(id) ON DELETE CASCADE,
+  position INTEGER NOT NULL,
+  name     TEXT NOT NULL,
+  PRIMARY KEY (task_id, name)
+) WITHOUT ROWID;
+CREATE TABLE task_menu (
+  task_id    INTEGER NOT NULL REFERENCES tasks(id) ON DELETE CASCADE,
+  position   INTEGER NOT NULL,
+  command_id INTEGER NOT NULL,
+  menu_text  TEXT NOT NULL,
+  flags      INTEGER NOT NULL,
+  help       TEXT NOT NULL,
+  PRIMARY KEY (task_id, position)
+) WITHOUT ROWID;
+CREATE TABLE instances (
+  id            INTEGER PRIMARY KEY,
+  task_id       INTEGER NOT NULL REFERENCES tasks(id) ON DELETE CASCADE,
+  guid          TEXT NOT NULL UNIQUE,
+  status        INTEGER NOT NULL,
+  result        INTEGER NOT NULL DEFAULT 0,
+  message       TEXT,
+  extra         TEXT,
+  progress_max  INTEGER NOT NULL DEFAULT 0,
+  progress_pos  INTEGER NOT NULL DEFAULT 0,
+  progress_text TEXT NOT NULL DEFAULT '',
+  created       TEXT NOT NULL
+);
+CREATE INDEX instances_task ON instances(task_id);
+CREATE TABLE instance_variables (
+  instance_id INTEGER NOT NULL REFERENCES instances(id) ON DELETE CASCADE,
+  name        TEXT NOT NULL,
+  name_key    TEXT NOT NULL,
+  type        INTEGER NOT NULL,
+  ivalue      INTEGER,
+  rvalue      REAL,
+  tvalue      TEXT,
+  PRIMARY KEY (instance_id, name_key)
+) WITHOUT ROWID;
+CREATE TABLE instance_affected (
+  instance_id INTEGER NOT NULL REFERENCES instances(id) ON DELETE CASCADE,
+  position    INTEGER NOT NULL,
+  object_id   INTEGER NOT NULL,
+  kind        INTEGER NOT NULL,
+  folder_id   INTEGER NOT NULL,
+  version     INTEGER NOT NULL,
+  PRIMARY KEY (instance_id, position)
+) WITHOUT ROWID;
+CREATE TABLE instance_data (
+  instance_id INTEGER NOT NULL REFERENCES instances(id) ON DELETE CASCADE,
+  position    INTEGER NOT NULL,
+  object_id1  INTEGER NOT NULL,
+  object_id2  INTEGER NOT NULL,
+  string1     TEXT NOT NULL,
+  string2     TEXT NOT NULL,
+  long1       INTEGER NOT NULL,
+  long2       INTEGER NOT NULL,
+  PRIMARY KEY (instance_id, position)
+) WITHOUT ROWID;
+
+INSERT INTO folders (id, parent_id, name, path, path_key) VALUES (1, NULL, '', '', '');
+)sql";
+
+} // namespace
+
+void VaultSchema::ensure(SqliteDb &db)
+{
+    Transaction transaction(db);
+    const int version = db.userVersion();
+    if (version > CurrentVersion)
+        throw HostError(E_DOX_CANT_OPEN_DATABASE,
+                        QStringLiteral("the vault database has schema %1; this program knows up to %2")
+                            .arg(version)
+                            .arg(CurrentVersion));
+    if (version == CurrentVersion) {
+        transaction.commit();
+        return;
+    }
+    if (version < 1)
+        db.exec(schemaV1);
+    db.setUserVersion(CurrentVersion);
+    transaction.commit();
+}

@@ -1,0 +1,608 @@
+#include "vault/vaultstore.h"
+
+#include "host/hosterror.h"
+#include "vault/variantcolumns.h"
+#include "vault/vaultschema.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace {
+
+constexpr const char *fileColumns =
+    "SELECT f.id, f.folder_id, f.name, f.path_key, f.kind, f.latest_version, f.locked_by, f.lock_kind, "
+    "v.revision, v.state, d.path FROM files f JOIN versions v ON v.file_id = f.id AND v.version = f.latest_version "
+    "JOIN folders d ON d.id = f.folder_id ";
+
+QByteArray readLocal(const QString &native)
+{
+    QFile file(native);
+    if (!file.exists())
+        throw HostError(E_DOX_FILE_NOT_FOUND, native);
+    if (!file.open(QIODevice::ReadOnly))
+        throw HostError(E_DOX_IO_ERROR, QStringLiteral("%1: %2").arg(native, file.errorString()));
+    return file.readAll();
+}
+
+void writeLocal(const QString &native, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(native).absolutePath());
+    // Written aside and renamed, so a crash never leaves half a file.
+    QSaveFile file(native);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+        throw HostError(E_DOX_IO_ERROR, QStringLiteral("%1: %2").arg(native, file.errorString()));
+}
+
+QString defaultUser()
+{
+    const QString user = qEnvironmentVariable("USER");
+    return user.isEmpty() ? QStringLiteral("user") : user;
+}
+
+} // namespace
+
+QString VaultStore::databasePath(const QString &dir)
+{
+    return QDir(dir).absoluteFilePath(QStringLiteral(".mctask/vault.db"));
+}
+
+bool VaultStore::isVault(const QString &dir)
+{
+    return QFileInfo::exists(databasePath(dir));
+}
+
+std::shared_ptr<VaultStore> VaultStore::create(const QString &dir, const QString &name, const VaultOpenOptions &options)
+{
+    if (isVault(dir))
+        throw HostError(E_DOX_NAME_ALREADY_EXISTS, QStringLiteral("%1 already holds a vault").arg(dir));
+    if (!QDir().mkpath(QDir(dir).absoluteFilePath(QStringLiteral(".mctask"))))
+        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot create %1").arg(dir));
+    auto store = std::make_shared<VaultStore>(databasePath(dir), dir, options);
+    store->setSetting(QStringLiteral("name"), name);
+    return store;
+}
+
+std::shared_ptr<VaultStore> VaultStore::open(const QString &dir, const VaultOpenOptions &options)
+{
+    if (!isVault(dir))
+        throw HostError(E_DOX_CANT_OPEN_DATABASE, QStringLiteral("%1 holds no vault").arg(dir));
+    return std::make_shared<VaultStore>(databasePath(dir), dir, options);
+}
+
+std::shared_ptr<VaultStore> VaultStore::createInMemory(const QString &dir, const QString &name,
+                                                       const VaultOpenOptions &options)
+{
+    auto store = std::make_shared<VaultStore>(QStringLiteral(":memory:"), dir, options);
+    store->setSetting(QStringLiteral("name"), name);
+    return store;
+}
+
+VaultStore::VaultStore(const QString &databasePath, const QString &dir, const VaultOpenOptions &options)
+    : m_db(databasePath, options.busyTimeoutMs),
+      m_paths(options.drive, dir),
+      m_user(options.user.isEmpty() ? defaultUser() : options.user),
+      m_now(options.now)
+{
+    VaultSchema::ensure(m_db);
+    const QString drive = setting(QStringLiteral("drive"));
+    if (drive.isEmpty())
+        setSetting(QStringLiteral("drive"), QString(m_paths.driveLetter()));
+    else
+        m_paths = VaultPaths(drive.at(0), dir);
+}
+
+QString VaultStore::setting(const QString &key, const QString &fallback)
+{
+    Statement &s = m_db.prepare("SELECT value FROM settings WHERE key = ?");
+    s.bind(1, key);
+    const QString value = s.step() ? s.text(0) : fallback;
+    s.reset();
+    return value;
+}
+
+void VaultStore::setSetting(const QString &key, const QString &value)
+{
+    Transaction t(m_db);
+    m_db.prepare("INSERT OR REPLACE INTO settings (key, value) VALUES (?, ?)").bind(1, key).bind(2, value).exec();
+    t.commit();
+}
+
+std::optional<VaultFolderRow> VaultStore::folderById(int id)
+{
+    Statement &s = m_db.prepare("SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE id = ?");
+    s.bind(1, id);
+    std::optional<VaultFolderRow> row;
+    if (s.step())
+        row = VaultFolderRow{s.integer(0), s.integer(1), s.text(2)};
+    s.reset();
+    return row;
+}
+
+std::optional<VaultFolderRow> VaultStore::folderByPath(const QString &relative)
+{
+    Statement &s = m_db.prepare("SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE path_key = ?");
+    s.bind(1, VaultPaths::key(relative));
+    std::optional<VaultFolderRow> row;
+    if (s.step())
+        row = VaultFolderRow{s.integer(0), s.integer(1), s.text(2)};
+    s.reset();
+    return row;
+}
+
+int VaultStore::ensureFolder(const QString &relative)
+{
+    if (const auto existing = folderByPath(relative))
+        return existing->id;
+    const QString name = VaultPaths::fileName(relative);
+    if (!VaultPaths::isValidName(name))
+        throw HostError(E_DOX_INVALID_NAME, relative);
+    Transaction t(m_db);
+    const int parent = ensureFolder(VaultPaths::parentOf(relative));
+    m_db.prepare("INSERT INTO folders (parent_id, name, path, path_key) VALUES (?, ?, ?, ?)")
+        .bind(1, parent)
+        .bind(2, name)
+        .bind(3, relative)
+        .bind(4, VaultPaths::key(relative))
+        .exec();
+    const int id = static_cast<int>(m_db.lastInsertId());
+    QDir().mkpath(m_paths.toNative(relative));
+    t.commit();
+    return id;
+}
+
+std::vector<VaultFolderRow> VaultStore::subFolders(int folderId)
+{
+    Statement &s = m_db.prepare("SELECT id, parent_id, path FROM folders WHERE parent_id = ? ORDER BY path_key");
+    s.bind(1, folderId);
+    std::vector<VaultFolderRow> rows;
+    while (s.step())
+        rows.push_back({s.integer(0), s.integer(1), s.text(2)});
+    s.reset();
+    return rows;
+}
+
+VaultFileRow VaultStore::readFileRow(const Statement &s)
+{
+    VaultFileRow row;
+    row.id = s.integer(0);
+    row.folderId = s.integer(1);
+    row.name = s.text(2);
+    row.path = VaultPaths::join(s.text(10), row.name);
+    row.kind = s.integer(4);
+    row.latestVersion = s.integer(5);
+    row.lockedBy = s.text(6);
+    row.lock = static_cast<VaultLock>(s.integer(7));
+    row.revision = s.text(8);
+    row.state = s.text(9);
+    return row;
+}
+
+std::optional<VaultFileRow> VaultStore::fileById(int id)
+{
+    static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.id = ?";
+    Statement &s = m_db.prepare(sql.constData());
+    s.bind(1, id);
+    std::optional<VaultFileRow> row;
+    if (s.step())
+        row = readFileRow(s);
+    s.reset();
+    return row;
+}
+
+std::optional<VaultFileRow> VaultStore::fileByPath(const QString &relative)
+{
+    static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.path_key = ?";
+    Statement &s = m_db.prepare(sql.constData());
+    s.bind(1, VaultPaths::key(relative));
+    std::optional<VaultFileRow> row;
+    if (s.step())
+        row = readFileRow(s);
+    s.reset();
+    return row;
+}
+
+std::vector<VaultFileRow> VaultStore::filesIn(int folderId)
+{
+    static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.folder_id = ? ORDER BY f.path_key";
+    Statement &s = m_db.prepare(sql.constData());
+    s.bind(1, folderId);
+    std::vector<VaultFileRow> rows;
+    while (s.step())
+        rows.push_back(readFileRow(s));
+    s.reset();
+    return rows;
+}
+
+std::vector<VaultFileRow> VaultStore::filesUnder(int folderId)
+{
+    std::vector<VaultFileRow> rows;
+    walk(folderId, nullptr, [&rows](const VaultFileRow &file) { rows.push_back(file); });
+    std::sort(rows.begin(), rows.end(), [](const VaultFileRow &a, const VaultFileRow &b) {
+        return VaultPaths::key(a.path) < VaultPaths::key(b.path);
+    });
+    return rows;
+}
+
+void VaultStore::walk(int folderId, const std::function<void(const VaultFolderRow &)> &folder,
+                      const std::function<void(const VaultFileRow &)> &file)
+{
+    const auto start = folderById(folderId);
+    if (!start)
+        throw HostError(E_DOX_FOLDER_NOT_FOUND, QString::number(folderId));
+    // Keys sort a folder's whole subtree between "key\" and "key]" ("]"
+    // follows "\"), so one range scan per table covers the tree.
+    const QString key = VaultPaths::key(start->path);
+    const QString low = key.isEmpty() ? QString() : key + '\\';
+    static const char32_t beyondAll = 0x10FFFF;
+    const QString high = key.isEmpty() ? QString::fromUcs4(&beyondAll, 1) : key + ']';
+    if (folder) {
+        folder(*start);
+        Statement &s = m_db.prepare(
+            "SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE path_key > ? AND path_key < ? ORDER BY path_key");
+        s.bind(1, low).bind(2, high);
+        while (s.step())
+            folder(VaultFolderRow{s.integer(0), s.integer(1), s.text(2)});
+        s.reset();
+    }
+    if (file) {
+        static const QByteArray sql =
+            QByteArray(fileColumns) + "WHERE f.folder_id = ?1 OR (d.path_key > ?2 AND d.path_key < ?3)";
+        Statement &s = m_db.prepare(sql.constData());
+        s.bind(1, folderId).bind(2, low).bind(3, high);
+        while (s.step())
+            file(readFileRow(s));
+        s.reset();
+    }
+}
+
+std::vector<VaultVersionRow> VaultStore::versions(int fileId)
+{
+    Statement &s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.user, v.created "
+                                "FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? ORDER BY v.version");
+    s.bind(1, fileId);
+    std::vector<VaultVersionRow> rows;
+    while (s.step())
+        rows.push_back({s.integer(0), s.text(1), s.text(2), s.text(3), s.int64(4), s.text(5), s.text(6), s.text(7)});
+    s.reset();
+    return rows;
+}
+
+std::optional<VaultVersionRow> VaultStore::version(int fileId, int version)
+{
+    const auto file = fileById(fileId);
+    if (!file)
+        return std::nullopt;
+    const int wanted = version <= 0 ? file->latestVersion : version;
+    Statement &s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.user, v.created "
+                                "FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? AND v.version = ?");
+    s.bind(1, fileId).bind(2, wanted);
+    std::optional<VaultVersionRow> row;
+    if (s.step())
+        row = VaultVersionRow{s.integer(0), s.text(1), s.text(2), s.text(3), s.int64(4), s.text(5), s.text(6), s.text(7)};
+    s.reset();
+    return row;
+}
+
+VaultFileRow VaultStore::requireFile(int fileId)
+{
+    auto file = fileById(fileId);
+    if (!file)
+        throw HostError(E_DOX_FILE_NOT_FOUND, QStringLiteral("file id %1").arg(fileId));
+    return *file;
+}
+
+int VaultStore::resolveVersion(const VaultFileRow &file, int version)
+{
+    if (version <= 0)
+        return file.latestVersion;
+    if (version > file.latestVersion)
+        throw HostError(E_INVALIDARG, QStringLiteral("%1 has no version %2").arg(file.path).arg(version));
+    return version;
+}
+
+QByteArray VaultStore::readVersion(int fileId, int version)
+{
+    const VaultFileRow file = requireFile(fileId);
+    Statement &s = m_db.prepare(
+        "SELECT b.data FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? AND v.version = ?");
+    s.bind(1, fileId).bind(2, resolveVersion(file, version));
+    QByteArray bytes;
+    const bool found = s.step();
+    if (found)
+        bytes = s.blob(0);
+    s.reset();
+    if (!found)
+        throw HostError(E_INVALIDARG, QStringLiteral("%1 has no version %2").arg(file.path).arg(version));
+    return bytes;
+}
+
+QString VaultStore::contentHash(const QByteArray &bytes)
+{
+    return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
+}
+
+QString VaultStore::storeBlob(const QByteArray &bytes)
+{
+    const QString hash = contentHash(bytes);
+    m_db.prepare("INSERT OR IGNORE INTO blobs (hash, size, data) VALUES (?, ?, ?)")
+        .bind(1, hash)
+        .bind(2, static_cast<std::int64_t>(bytes.size()))
+        .bindBlob(3, bytes)
+        .exec();
+    return hash;
+}
+
+QString VaultStore::now() const
+{
+    const QDateTime time = m_now ? m_now() : QDateTime::currentDateTimeUtc();
+    return time.toString(Qt::ISODateWithMs);
+}
+
+VaultFileRow VaultStore::addFile(const QString &source, const QString &folderRelative, const QString &name,
+                                 const AddOptions &options)
+{
+    if (!VaultPaths::isValidName(name))
+        throw HostError(E_DOX_INVALID_NAME, name);
+    const QString relative = VaultPaths::join(folderRelative, name);
+    const QByteArray bytes = readLocal(source);
+    Transaction t(m_db);
+    if (fileByPath(relative))
+        throw HostError(E_DOX_NAME_ALREADY_EXISTS, m_paths.toWindows(relative));
+    const int folderId = ensureFolder(folderRelative);
+    const QString hash = storeBlob(bytes);
+    m_db.prepare("INSERT INTO files (folder_id, name, path_key, kind, latest_version, locked_by, lock_kind, lock_folder) "
+                 "VALUES (?, ?, ?, 1, 1, ?, ?, ?)")
+        .bind(1, folderId)
+        .bind(2, name)
+        .bind(3, VaultPaths::key(relative))
+        .bind(4, options.keepCheckedOut ? m_user : QString())
+        .bind(5, static_cast<int>(options.keepCheckedOut ? VaultLock::Added : VaultLock::None))
+        .bind(6, options.keepCheckedOut ? folderId : 0)
+        .exec();
+    const int id = static_cast<int>(m_db.lastInsertId());
+    m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, user, created) "
+                 "VALUES (?, 1, ?, ?, ?, ?, ?, ?)")
+        .bind(1, id)
+        .bind(2, options.revision)
+        .bind(3, options.state)
+        .bind(4, hash)
+        .bind(5, options.comment)
+        .bind(6, m_user)
+        .bind(7, now())
+        .exec();
+    const QString target = m_paths.toNative(relative);
+    if (QFileInfo(source).absoluteFilePath() != QFileInfo(target).absoluteFilePath())
+        writeLocal(target, bytes);
+    t.commit();
+    return requireFile(id);
+}
+
+int VaultStore::checkIn(int fileId, const QString &comment)
+{
+    Transaction t(m_db);
+    const VaultFileRow file = requireFile(fileId);
+    if (file.lock == VaultLock::None || file.lockedBy != m_user)
+        throw HostError(E_DOX_FILE_NOT_LOCKED_BY_YOU, m_paths.toWindows(file.path));
+    const QByteArray bytes = readLocal(m_paths.toNative(file.path));
+    const QString hash = contentHash(bytes);
+    const auto latest = version(fileId, file.latestVersion);
+    int result = file.latestVersion;
+    if (file.lock == VaultLock::CheckedOut || !latest || latest->hash != hash) {
+        result = file.latestVersion + 1;
+        storeBlob(bytes);
+        // The new version carries on the labels, card and references of the
+        // one it replaces; a workflow may change them afterwards.
+        m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, user, created) "
+                     "SELECT file_id, ?, revision, state, ?, ?, ?, ? FROM versions WHERE file_id = ? AND version = ?")
+            .bind(1, result)
+            .bind(2, hash)
+            .bind(3, comment)
+            .bind(4, m_user)
+            .bind(5, now())
+            .bind(6, fileId)
+            .bind(7, file.latestVersion)
+            .exec();
+        m_db.prepare("INSERT INTO card_values (file_id, version, variable_id, configuration, type, ivalue, rvalue, tvalue) "
+                     "SELECT file_id, ?, variable_id, configuration, type, ivalue, rvalue, tvalue FROM card_values "
+                     "WHERE file_id = ? AND version = ?")
+            .bind(1, result)
+            .bind(2, fileId)
+            .bind(3, file.latestVersion)
+            .exec();
+        m_db.prepare("INSERT INTO refs (parent_id, parent_version, child_id, child_version, configuration) "
+                     "SELECT parent_id, ?, child_id, child_version, configuration FROM refs "
+                     "WHERE parent_id = ? AND parent_version = ?")
+            .bind(1, result)
+            .bind(2, fileId)
+            .bind(3, file.latestVersion)
+            .exec();
+    }
+    m_db.prepare("UPDATE files SET latest_version = ?, locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id = ?")
+        .bind(1, result)
+        .bind(2, fileId)
+        .exec();
+    t.commit();
+    return result;
+}
+
+void VaultStore::checkOut(int fileId, int folderId)
+{
+    Transaction t(m_db);
+    const VaultFileRow file = requireFile(fileId);
+    if (file.lock != VaultLock::None) {
+        if (file.lockedBy != m_user)
+            throw HostError(E_DOX_FILE_IS_LOCKED, QStringLiteral("%1 is checked out by %2")
+                                                      .arg(m_paths.toWindows(file.path), file.lockedBy));
+        t.commit();
+        return;
+    }
+    m_db.prepare("UPDATE files SET locked_by = ?, lock_kind = ?, lock_folder = ? WHERE id = ?")
+        .bind(1, m_user)
+        .bind(2, static_cast<int>(VaultLock::CheckedOut))
+        .bind(3, folderId > 0 ? folderId : file.folderId)
+        .bind(4, fileId)
+        .exec();
+    // The local copy is brought up to the latest version before editing.
+    if (!QFileInfo::exists(m_paths.toNative(file.path)))
+        restoreLocalCopy(fileId);
+    t.commit();
+}
+
+void VaultStore::undoCheckOut(int fileId)
+{
+    Transaction t(m_db);
+    const VaultFileRow file = requireFile(fileId);
+    if (file.lock == VaultLock::None || file.lockedBy != m_user)
+        throw HostError(E_DOX_FILE_NOT_LOCKED_BY_YOU, m_paths.toWindows(file.path));
+    m_db.prepare("UPDATE files SET locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id = ?").bind(1, fileId).exec();
+    restoreLocalCopy(fileId);
+    t.commit();
+}
+
+void VaultStore::restoreLocalCopy(int fileId)
+{
+    const VaultFileRow file = requireFile(fileId);
+    writeLocal(m_paths.toNative(file.path), readVersion(fileId, file.latestVersion));
+}
+
+void VaultStore::deleteFile(int fileId)
+{
+    Transaction t(m_db);
+    const VaultFileRow file = requireFile(fileId);
+    if (file.lock != VaultLock::None && file.lockedBy != m_user)
+        throw HostError(E_DOX_FILE_IS_LOCKED, m_paths.toWindows(file.path));
+    m_db.prepare("DELETE FROM refs WHERE child_id = ?1 OR parent_id = ?1").bind(1, fileId).exec();
+    m_db.prepare("DELETE FROM card_values WHERE file_id = ?").bind(1, fileId).exec();
+    m_db.prepare("DELETE FROM versions WHERE file_id = ?").bind(1, fileId).exec();
+    m_db.prepare("DELETE FROM files WHERE id = ?").bind(1, fileId).exec();
+    t.commit();
+    // After the commit: a rollback must find the local copy still there.
+    QFile::remove(m_paths.toNative(file.path));
+}
+
+void VaultStore::setVersionLabels(int fileId, int version, const QString &revision, const QString &state)
+{
+    Transaction t(m_db);
+    const VaultFileRow file = requireFile(fileId);
+    m_db.prepare("UPDATE versions SET revision = ?, state = ? WHERE file_id = ? AND version = ?")
+        .bind(1, revision)
+        .bind(2, state)
+        .bind(3, fileId)
+        .bind(4, resolveVersion(file, version))
+        .exec();
+    t.commit();
+}
+
+int VaultStore::defineCardVariable(const QString &name)
+{
+    if (const auto id = cardVariableId(name))
+        return *id;
+    if (name.trimmed().isEmpty())
+        throw HostError(E_DOX_INVALID_NAME, QStringLiteral("empty card variable name"));
+    Transaction t(m_db);
+    m_db.prepare("INSERT INTO card_variables (name, name_key) VALUES (?, ?)").bind(1, name).bind(2, name.toLower()).exec();
+    const int id = static_cast<int>(m_db.lastInsertId());
+    t.commit();
+    return id;
+}
+
+std::optional<int> VaultStore::cardVariableId(const QString &name)
+{
+    Statement &s = m_db.prepare("SELECT id FROM card_variables WHERE name_key = ?");
+    s.bind(1, name.toLower());
+    std::optional<int> id;
+    if (s.step())
+        id = s.integer(0);
+    s.reset();
+    return id;
+}
+
+QStringList VaultStore::cardVariableNames()
+{
+    Statement &s = m_db.prepare("SELECT name FROM card_variables ORDER BY name_key");
+    QStringList names;
+    while (s.step())
+        names.append(s.text(0));
+    s.reset();
+    return names;
+}
+
+void VaultStore::setCardValue(int fileId, int version, const QString &variable, const QString &configuration,
+                              const Variant &value)
+{
+    Transaction t(m_db);
+    const VaultFileRow file = requireFile(fileId);
+    const auto variableId = cardVariableId(variable);
+    if (!variableId)
+        throw HostError(E_DOX_VARIABLE_NOT_FOUND, variable);
+    Statement &s = m_db.prepare("INSERT OR REPLACE INTO card_values "
+                                "(file_id, version, variable_id, configuration, type, ivalue, rvalue, tvalue) "
+                                "VALUES (?, ?, ?, ?, ?, ?, ?, ?)");
+    s.bind(1, fileId).bind(2, resolveVersion(file, version)).bind(3, *variableId).bind(4, configuration);
+    bindVariant(s, 5, value);
+    s.exec();
+    t.commit();
+}
+
+std::optional<Variant> VaultStore::cardValue(int fileId, int version, const QString &variable,
+                                             const QString &configuration)
+{
+    const VaultFileRow file = requireFile(fileId);
+    Statement &s = m_db.prepare("SELECT c.type, c.ivalue, c.rvalue, c.tvalue FROM card_values c "
+                                "JOIN card_variables n ON n.id = c.variable_id "
+                                "WHERE c.file_id = ? AND c.version = ? AND n.name_key = ? AND c.configuration = ?");
+    s.bind(1, fileId).bind(2, resolveVersion(file, version)).bind(3, variable.toLower()).bind(4, configuration);
+    std::optional<Variant> value;
+    if (s.step())
+        value = readVariant(s, 0);
+    s.reset();
+    return value;
+}
+
+std::vector<VaultCardValue> VaultStore::cardValues(int fileId, int version)
+{
+    const VaultFileRow file = requireFile(fileId);
+    Statement &s = m_db.prepare("SELECT n.name, c.configuration, c.type, c.ivalue, c.rvalue, c.tvalue FROM card_values c "
+                                "JOIN card_variables n ON n.id = c.variable_id "
+                                "WHERE c.file_id = ? AND c.version = ? ORDER BY n.name_key, c.configuration");
+    s.bind(1, fileId).bind(2, resolveVersion(file, version));
+    std::vector<VaultCardValue> values;
+    while (s.step())
+        values.push_back({s.text(0), s.text(1), readVariant(s, 2)});
+    s.reset();
+    return values;
+}
+
+void VaultStore::addReference(int parentId, int childId, const QString &configuration)
+{
+    Transaction t(m_db);
+    const VaultFileRow parent = requireFile(parentId);
+    const VaultFileRow child = requireFile(childId);
+    if (parentId == childId)
+        throw HostError(E_INVALIDARG, QStringLiteral("%1 cannot reference itself").arg(m_paths.toWindows(parent.path)));
+    m_db.prepare("INSERT OR REPLACE INTO refs (parent_id, parent_version, child_id, child_version, configuration) "
+                 "VALUES (?, ?, ?, ?, ?)")
+        .bind(1, parentId)
+        .bind(2, parent.latestVersion)
+        .bind(3, childId)
+        .bind(4, child.latestVersion)
+        .bind(5, configuration)
+        .exec();
+    t.commit();
+}
+
+std::vector<VaultReferenceRow> VaultStore::references(int parentId, int parentVersion)
+{
+    const VaultFileRow parent = requireFile(parentId);
+    Statement &s = m_db.prepare("SELECT parent_id, parent_version, child_id, child_version, configuration FROM refs "
+                                "WHERE parent_id = ? AND parent_version = ? ORDER BY child_id, configuration");
+    s.bind(1, parentId).bind(2, resolveVersion(parent, parentVersion));
+    std::vector<VaultReferenceRow> rows;
+    while (s.step())
+        rows.push_back({s.integer(0), s.integer(1), s.integer(2), s.integer(3), s.text(4)});
+    s.reset();
+    return rows;
+}

@@ -1,0 +1,192 @@
+#pragma once
+
+#include "host/variant.h"
+#include "vault/sqlitedb.h"
+#include "vault/vaultpaths.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+struct VaultFolderRow {
+    int id = 0;
+    int parentId = 0; // 0 for the root
+    QString path;     // relative, "" for the root
+};
+
+enum class VaultLock : int {
+    None = 0,
+    Added = 1,      // added and not yet checked in: unchanged bytes make no new version
+    CheckedOut = 2, // checked out: the check-in always makes a new version
+};
+
+struct VaultFileRow {
+    int id = 0;
+    int folderId = 0;
+    QString name;
+    QString path; // relative
+    int kind = 1;
+    int latestVersion = 0;
+    QString lockedBy; // empty when not checked out
+    VaultLock lock = VaultLock::None;
+    QString revision; // of the latest version
+    QString state;
+};
+
+struct VaultVersionRow {
+    int version = 0;
+    QString revision;
+    QString state;
+    QString hash;
+    qint64 size = 0;
+    QString comment;
+    QString user;
+    QString created;
+};
+
+struct VaultReferenceRow {
+    int parentId = 0;
+    int parentVersion = 0;
+    int childId = 0;
+    int childVersion = 0;
+    QString configuration;
+};
+
+struct VaultCardValue {
+    QString variable;
+    QString configuration;
+    Variant value;
+};
+
+struct VaultOpenOptions {
+    QChar drive = 'V';
+    QString user;                          // empty: $USER, else "user"
+    std::function<QDateTime()> now;        // empty: the system clock (UTC)
+    int busyTimeoutMs = 10000;
+};
+
+// The vault's data: folders, files and their versions with the bytes of
+// every version, card variables, references and check-out state, in one
+// SQLite database. Every write runs in a transaction; several writes that
+// belong together run inside the caller's Transaction on db(), which then
+// commits them at once. One VaultStore is used by one thread at a time;
+// several processes may open the same vault.
+class VaultStore final
+{
+public:
+    // The database of the vault folder dir: dir/.mctask/vault.db.
+    static QString databasePath(const QString &dir);
+    static bool isVault(const QString &dir);
+
+    // Makes dir a new vault (the folder is created when missing). Throws
+    // HostError E_DOX_NAME_ALREADY_EXISTS when it already is one.
+    static std::shared_ptr<VaultStore> create(const QString &dir, const QString &name, const VaultOpenOptions &options = {});
+    // Opens the vault of dir; E_DOX_CANT_OPEN_DATABASE when there is none.
+    static std::shared_ptr<VaultStore> open(const QString &dir, const VaultOpenOptions &options = {});
+    // A vault whose database lives in memory; its local view is dir.
+    static std::shared_ptr<VaultStore> createInMemory(const QString &dir, const QString &name,
+                                                      const VaultOpenOptions &options = {});
+
+    VaultStore(const QString &databasePath, const QString &dir, const VaultOpenOptions &options);
+
+    SqliteDb &db() { return m_db; }
+    const VaultPaths &paths() const { return m_paths; }
+    const QString &user() const { return m_user; }
+
+    // Settings kept in the vault ("name", "drive", "DateFmt", ...).
+    QString setting(const QString &key, const QString &fallback = {});
+    void setSetting(const QString &key, const QString &value);
+    QString name() { return setting(QStringLiteral("name")); }
+
+    // Folders. The root has id 1 and the path "".
+    static constexpr int RootFolderId = 1;
+    std::optional<VaultFolderRow> folderById(int id);
+    std::optional<VaultFolderRow> folderByPath(const QString &relative);
+    // The folder of that path, created with its parents (also in the local
+    // view) when missing. Throws E_DOX_INVALID_NAME for a bad component.
+    int ensureFolder(const QString &relative);
+    std::vector<VaultFolderRow> subFolders(int folderId);
+
+    // Files.
+    std::optional<VaultFileRow> fileById(int id);
+    std::optional<VaultFileRow> fileByPath(const QString &relative);
+    std::vector<VaultFileRow> filesIn(int folderId);
+    // Every file in the folder and below, ordered by path.
+    std::vector<VaultFileRow> filesUnder(int folderId);
+    // Calls visit for every folder (parents first) and every file below
+    // folderId, without building a list; for large trees.
+    void walk(int folderId, const std::function<void(const VaultFolderRow &)> &folder,
+              const std::function<void(const VaultFileRow &)> &file);
+
+    std::vector<VaultVersionRow> versions(int fileId);
+    // version <= 0 means the latest.
+    std::optional<VaultVersionRow> version(int fileId, int version);
+    // The bytes of a version (<= 0: latest). Throws E_DOX_FILE_NOT_FOUND or
+    // E_INVALIDARG for an unknown file or version.
+    QByteArray readVersion(int fileId, int version = 0);
+
+    struct AddOptions {
+        QString revision;
+        QString state;
+        QString comment;
+        bool keepCheckedOut = false; // as a batch add leaves new files
+    };
+    // Stores the bytes of the native file source as version 1 of a new file
+    // named name in the folder, and copies them into the local view unless
+    // source already is that file. E_DOX_NAME_ALREADY_EXISTS when the path is
+    // taken, E_DOX_FILE_NOT_FOUND / E_DOX_IO_ERROR when source can't be read.
+    VaultFileRow addFile(const QString &source, const QString &folderRelative, const QString &name,
+                         const AddOptions &options);
+    // The bytes of the local copy become the next version when they changed
+    // or the file was checked out explicitly; the lock is released either
+    // way. Returns the latest version. E_DOX_FILE_NOT_LOCKED_BY_YOU when the
+    // user does not hold the lock.
+    int checkIn(int fileId, const QString &comment);
+    // E_DOX_FILE_IS_LOCKED when somebody else holds it; no-op when we do.
+    void checkOut(int fileId, int folderId);
+    // Releases the lock and restores the local copy of the latest version.
+    void undoCheckOut(int fileId);
+    // Removes the file, its versions, card values and references, and its
+    // local copy.
+    void deleteFile(int fileId);
+    void setVersionLabels(int fileId, int version, const QString &revision, const QString &state);
+    // Writes the latest version's bytes to the local view.
+    void restoreLocalCopy(int fileId);
+
+    // Card variables: definitions per vault, values per file version.
+    int defineCardVariable(const QString &name);
+    std::optional<int> cardVariableId(const QString &name);
+    QStringList cardVariableNames();
+    // E_DOX_VARIABLE_NOT_FOUND for an undefined variable.
+    void setCardValue(int fileId, int version, const QString &variable, const QString &configuration,
+                      const Variant &value);
+    std::optional<Variant> cardValue(int fileId, int version, const QString &variable, const QString &configuration);
+    std::vector<VaultCardValue> cardValues(int fileId, int version);
+
+    // A reference from the parent's latest version to the child's latest
+    // version (the "as built" version) in a configuration of the child.
+    void addReference(int parentId, int childId, const QString &configuration);
+    std::vector<VaultReferenceRow> references(int parentId, int parentVersion);
+
+    // SHA-256 of bytes in hex, the key of the stored contents.
+    static QString contentHash(const QByteArray &bytes);
+
+private:
+    VaultFileRow requireFile(int fileId);
+    int resolveVersion(const VaultFileRow &file, int version);
+    QString storeBlob(const QByteArray &bytes);
+    QString now() const;
+    static VaultFileRow readFileRow(const Statement &s);
+
+    SqliteDb m_db;
+    VaultPaths m_paths;
+    QString m_user;
+    std::function<QDateTime()> m_now;
+};
