@@ -1,0 +1,28 @@
+#pragma once
+
+#include "run/filerecord.h"
+
+#include <QString>
+#include <cstdint>
+#include <vector>
+
+// The XML text in which a file list is kept in a task variable:
+//   <sels><sel><doc_id/><proj_id/><path/><ver/>[<conf/><extra/>]</sel>...</sels>
+// Records with a source are written with their source's ids, path and
+// version and their own conf and extra. Error logs are left out.
+namespace FileListXml {
+
+// taskType decides "extra": 2 (print) writes a print entry's info and
+// nothing for other records; any other type writes the produced file's path.
+QString write(const std::vector<FileRecord> &records, std::int32_t taskType);
+
+// Every "sel" element anywhere in the document gives one record, in document
+// order; "extra" lands in info. Text that is not well-formed gives no records.
+std::vector<FileRecord> read(const QString &xml);
+
+// A number as the C wide-string-to-long conversion reads it: leading blanks
+// skipped, an optional sign, digits up to the first non-digit, 0 when there
+// are none; clamped to the 32-bit range.
+std::int32_t toLong(const QString &text);
+
+} // namespace FileListXml

@@ -1,0 +1,148 @@
+#include "run/filelistxml.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+FileRecord selected(std::int32_t docId, std::int32_t projId, const QString &path, std::int32_t version)
+{
+    FileRecord record;
+    record.docId = docId;
+    record.projId = projId;
+    record.path = path;
+    record.version = version;
+    return record;
+}
+
+FileRecord output(const std::shared_ptr<FileRecord> &source, const QString &path, const QString &conf)
+{
+    FileRecord record;
+    record.source = source;
+    record.path = path;
+    record.conf = conf;
+    record.docId = 99; // the output's own ids never reach the list
+    record.version = 42;
+    return record;
+}
+
+TEST(FileListXmlTest, SelectionListHasTheExactShape)
+{
+    const std::vector<FileRecord> records{selected(5, 2, QStringLiteral("V:\\A\\p.mcdprt"), 3),
+                                          selected(-1, 0, QStringLiteral("V:\\b.mcddrw"), -1)};
+    EXPECT_EQ(FileListXml::write(records, 1),
+              QStringLiteral("<sels>"
+                             "<sel><doc_id>5</doc_id><proj_id>2</proj_id><path>V:\\A\\p.mcdprt</path><ver>3</ver></sel>"
+                             "<sel><doc_id>-1</doc_id><proj_id>0</proj_id><path>V:\\b.mcddrw</path><ver>-1</ver></sel>"
+                             "</sels>"));
+    EXPECT_EQ(FileListXml::write({}, 1), QStringLiteral("<sels/>"));
+}
+
+TEST(FileListXmlTest, ConversionOutputsCarryTheSourceAndTheProducedFile)
+{
+    auto source = std::make_shared<FileRecord>(selected(7, 3, QStringLiteral("V:\\p.mcdprt"), 4));
+    FileRecord log = output(source, QStringLiteral("V:\\logs\\x.log"), QString());
+    log.isErrorLog = true;
+    const std::vector<FileRecord> records{output(source, QStringLiteral("V:\\out\\p.pdf"), QStringLiteral("Default")),
+                                          log,
+                                          output(source, QStringLiteral("V:\\out\\p.step"), QString())};
+    EXPECT_EQ(FileListXml::write(records, 1),
+              QStringLiteral("<sels>"
+                             "<sel><doc_id>7</doc_id><proj_id>3</proj_id><path>V:\\p.mcdprt</path><ver>4</ver>"
+                             "<conf>Default</conf><extra>V:\\out\\p.pdf</extra></sel>"
+                             "<sel><doc_id>7</doc_id><proj_id>3</proj_id><path>V:\\p.mcdprt</path><ver>4</ver>"
+                             "<conf></conf><extra>V:\\out\\p.step</extra></sel>"
+                             "</sels>"));
+}
+
+TEST(FileListXmlTest, PrintRunWritesExtraOnlyForPrintEntries)
+{
+    auto source = std::make_shared<FileRecord>(selected(1, 1, QStringLiteral("V:\\d.mcddrw"), 2));
+    FileRecord printed;
+    printed.source = source;
+    printed.isPrintEntry = true;
+    printed.info = QStringLiteral("Office Printer");
+    printed.conf = QStringLiteral("Sheet1");
+    const std::vector<FileRecord> records{printed, output(source, QStringLiteral("V:\\d.pdf"), QStringLiteral("S2"))};
+
+    const auto back = FileListXml::read(FileListXml::write(records, 2));
+    ASSERT_EQ(back.size(), 2u);
+    EXPECT_EQ(back[0].info, QStringLiteral("Office Printer"));
+    EXPECT_EQ(back[0].conf, QStringLiteral("Sheet1"));
+    EXPECT_EQ(back[1].info, QString());
+    EXPECT_EQ(back[1].conf, QStringLiteral("S2"));
+    EXPECT_FALSE(FileListXml::write(records, 2).contains(QStringLiteral("V:\\d.pdf")));
+}
+
+TEST(FileListXmlTest, WrittenListsReadBackIdentically)
+{
+    auto source = std::make_shared<FileRecord>(
+        selected(2147483647, -2147483647 - 1, QStringLiteral("V:\\R&D <new>\\\"Maß\" 'x' \U0001F600.mcdasm"), 0));
+    std::vector<FileRecord> records{*source,
+                                    output(source, QStringLiteral("V:\\out\\a&b.pdf"), QStringLiteral("<Conf> & \"1\"")),
+                                    selected(3, 4, QStringLiteral("  leading and trailing  "), 12)};
+    const QString xml = FileListXml::write(records, 1);
+    const auto back = FileListXml::read(xml);
+    ASSERT_EQ(back.size(), 3u);
+    for (const FileRecord &r : back)
+        EXPECT_EQ(r.source, nullptr);
+    EXPECT_EQ(back[0].docId, 2147483647);
+    EXPECT_EQ(back[0].projId, -2147483647 - 1);
+    EXPECT_EQ(back[0].path, source->path);
+    EXPECT_EQ(back[0].version, 0);
+    EXPECT_EQ(back[1].docId, 2147483647);
+    EXPECT_EQ(back[1].path, source->path);
+    EXPECT_EQ(back[1].conf, QStringLiteral("<Conf> & \"1\""));
+    EXPECT_EQ(back[1].info, QStringLiteral("V:\\out\\a&b.pdf"));
+    EXPECT_EQ(back[2].path, QStringLiteral("  leading and trailing  "));
+    EXPECT_EQ(back[2].version, 12);
+
+    // A selection list read back is written out the same again.
+    const std::vector<FileRecord> selection{back[0], back[2]};
+    const QString selectionXml = FileListXml::write(selection, 1);
+    EXPECT_EQ(FileListXml::write(FileListXml::read(selectionXml), 1), selectionXml);
+}
+
+TEST(FileListXmlTest, ReadingFindsSelAnywhereAndToleratesOddChildren)
+{
+    const auto records = FileListXml::read(QStringLiteral(
+        "<?xml version=\"1.0\"?><root><group>"
+        "<sel><ver> 12abc</ver><unknown>zz</unknown><path>V:\\a.mcdprt</path><path>V:\\b.mcdprt</path></sel>"
+        "</group><sel/><SEL><path>ignored, names are case-sensitive</path></SEL>"
+        "<sel><doc_id>x</doc_id><proj_id>-7</proj_id><conf>C</conf></sel></root>"));
+    ASSERT_EQ(records.size(), 3u);
+    EXPECT_EQ(records[0].version, 12);
+    EXPECT_EQ(records[0].path, QStringLiteral("V:\\b.mcdprt")); // the last one wins
+    EXPECT_EQ(records[1].path, QString());
+    EXPECT_EQ(records[1].docId, 0);
+    EXPECT_EQ(records[1].altVersion, -1);
+    EXPECT_EQ(records[2].docId, 0);
+    EXPECT_EQ(records[2].projId, -7);
+    EXPECT_EQ(records[2].conf, QStringLiteral("C"));
+}
+
+TEST(FileListXmlTest, TextThatIsNotWellFormedGivesAnEmptyList)
+{
+    for (const QString &bad : {QString(), QStringLiteral("not xml"), QStringLiteral("<sels><sel><path>a</path>"),
+                               QStringLiteral("<sels><sel></sels>"), QStringLiteral("<sels>&bogus;</sels>"),
+                               QStringLiteral("<sels><sel><path>a</path></sel></sels><sels/>"),
+                               QStringLiteral("\x01\x02<<<>>>")}) {
+        EXPECT_TRUE(FileListXml::read(bad).empty()) << bad.toStdString();
+    }
+}
+
+TEST(FileListXmlTest, NumbersFollowWideStringToLongRules)
+{
+    EXPECT_EQ(FileListXml::toLong(QStringLiteral("42")), 42);
+    EXPECT_EQ(FileListXml::toLong(QStringLiteral(" \t\n 17 ")), 17);
+    EXPECT_EQ(FileListXml::toLong(QStringLiteral("-3x9")), -3);
+    EXPECT_EQ(FileListXml::toLong(QStringLiteral("+8")), 8);
+    EXPECT_EQ(FileListXml::toLong(QStringLiteral("abc")), 0);
+    EXPECT_EQ(FileListXml::toLong(QStringLiteral("- 5")), 0);
+    EXPECT_EQ(FileListXml::toLong(QString()), 0);
+    EXPECT_EQ(FileListXml::toLong(QStringLiteral("0x1F")), 0);
+    EXPECT_EQ(FileListXml::toLong(QStringLiteral("99999999999999999999")), 2147483647);
+    EXPECT_EQ(FileListXml::toLong(QStringLiteral("-2147483648")), -2147483647 - 1);
+    EXPECT_EQ(FileListXml::toLong(QStringLiteral("-99999999999")), -2147483647 - 1);
+}
+
+} // namespace
