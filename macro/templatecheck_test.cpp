@@ -1,0 +1,360 @@
+// Checks of the compiled-in macro templates themselves: their form, the placeholders they
+// carry, their procedures and the texts they log.
+
+#include "macro/templateloader.h"
+#include "platform/qtestprint.h"
+
+#include <gtest/gtest.h>
+
+#include <QStringList>
+
+#include <QRegularExpression>
+#include <QSet>
+
+namespace {
+
+QByteArray rawTemplate(int number)
+{
+    const CompiledScriptResources resources;
+    return resources.load(number).value_or(QByteArray());
+}
+
+QString loadedTemplate(int number)
+{
+    QStringList messages;
+    const QString text = loadScriptTemplate(number, [&](const QString &m) { messages << m; });
+    EXPECT_TRUE(messages.isEmpty()) << messages.join(QLatin1Char('\n')).toStdString();
+    return text;
+}
+
+// Every "[Name]" of a text: the option placeholders the add-in fills from task variables.
+QSet<QString> optionPlaceholders(const QString &text)
+{
+    QSet<QString> names;
+    static const QRegularExpression re(QStringLiteral("\\[([^\\]\\r\\n]*)\\]"));
+    for (const QRegularExpressionMatch &m : re.globalMatch(text))
+        names.insert(m.captured(1));
+    return names;
+}
+
+// Every "<Name>" of a text (the operator "<>" has no name and is not one).
+QSet<QString> anglePlaceholders(const QString &text)
+{
+    QSet<QString> names;
+    static const QRegularExpression re(QStringLiteral("<([A-Za-z]+)>"));
+    for (const QRegularExpressionMatch &m : re.globalMatch(text))
+        names.insert(m.captured(1));
+    return names;
+}
+
+// Names of the module's procedures in file order.
+QStringList procedures(const QString &text)
+{
+    QStringList names;
+    static const QRegularExpression re(
+        QStringLiteral("^(?:(?:Public|Private) )?(?:Sub|Function) ([A-Za-z_0-9]+)\\("),
+        QRegularExpression::MultilineOption);
+    for (const QRegularExpressionMatch &m : re.globalMatch(text))
+        names << m.captured(1);
+    return names;
+}
+
+// The body of one procedure, from its declaration to its "End Sub"/"End Function".
+QString procedureBody(const QString &text, const QString &name)
+{
+    const QRegularExpression start(QStringLiteral("^(?:Sub|Function) %1\\(").arg(name),
+                                   QRegularExpression::MultilineOption);
+    const QRegularExpressionMatch m = start.match(text);
+    if (!m.hasMatch())
+        return {};
+    static const QRegularExpression end(QStringLiteral("^End (?:Sub|Function)"),
+                                        QRegularExpression::MultilineOption);
+    const QRegularExpressionMatch e = end.match(text, m.capturedStart());
+    return text.mid(m.capturedStart(), e.hasMatch() ? e.capturedEnd() - m.capturedStart() : -1);
+}
+
+QSet<QString> setOf(std::initializer_list<const char *> names)
+{
+    QSet<QString> set;
+    for (const char *n : names)
+        set.insert(QString::fromLatin1(n));
+    return set;
+}
+
+const QSet<QString> &conversionOptionKeys()
+{
+    static const QSet<QString> keys = setOf({
+        "OutputPath", "OutputPath2", "FileFormat", "OutputSheets", "NamedSheet", "FileSheets",
+        "OutputConfs", "NamedConf", "FileConfs", "ErrorLogPath",
+        "PdfInColor", "PdfEmbedFonts", "PdfHighQuality", "PdfPrintHeaderFooter",
+        "PdfUsePrinterLineWeights",
+        "IgesExportSolidSurface", "IgesRepresentation", "IgesExportWireframe",
+        "IgesCurveRepresentation", "IgesSystem", "IgesExportFreeCurves",
+        "IgesExportSketchEntities", "IgesHighCurveAccuracy", "IgesComponentsIntoOneFile",
+        "IgesFlattenAssemblyHierarchy",
+        "AcisGeometry", "AcisVersion", "AcisOutputAsUnit", "StepGeometry", "StepVersion",
+        "ParasolidVersion", "ParasolidFlattenHierarchy", "VrmlOutputAsUnit",
+        "VrmlSaveAssemblyAsOneFile",
+        "StlOutputAs", "StlOutputAsUnit", "StlQuality", "StlDontTranslatePositive",
+        "StlComponentsIntoOneFile", "StlCheckForInterferences",
+        "TifImageType", "TifCompressionScheme",
+        "GlmpOkayToMeasure", "GlmpAllowExportOfSTL", "GlmpSaveShadedData", "GlmpSaveBOM",
+        "GlmpSaveMotionStudies", "GlmpSaveMotionStudiesToAllConfs", "GlmpRecalcMotionStudies",
+    });
+    return keys;
+}
+
+const QSet<QString> &printOptionKeys()
+{
+    static const QSet<QString> keys = setOf({
+        "ErrorLogPath", "__printer_prseltype", "__printer_prname", "__printer_papsize_A",
+        "__printer_papsize_B", "__printer_papsize_C", "__printer_papsize_D",
+        "__printer_papsize_E", "__printer_papsize_A0", "__printer_papsize_A1",
+        "__printer_papsize_A2", "__printer_papsize_A3", "__printer_papsize_A4",
+        "__printer_papsize_DEF", "__printer_usedrwnfo", "__printer_defpapsize",
+        "__printer_deforientation", "__printer_margintype", "__printer_margintop",
+        "__printer_marginbottom", "__printer_marginleft", "__printer_marginright",
+        "__printer_headertype", "__printer_headerleft", "__printer_headercenter",
+        "__printer_headerright", "__printer_footertype", "__printer_footerleft",
+        "__printer_footercenter", "__printer_footerright", "__printer_copycount",
+    });
+    return keys;
+}
+
+const int kAllTemplates[] = {ConversionTemplate, PrintTemplate, DefaultScriptTemplate};
+
+TEST(MacroTemplates, AreCrLfTextWithOneAppendedLineFeed)
+{
+    for (int number : kAllTemplates) {
+        SCOPED_TRACE(number);
+        const QByteArray raw = rawTemplate(number);
+        ASSERT_FALSE(raw.isEmpty());
+        EXPECT_TRUE(raw.endsWith("\r\n"));
+        EXPECT_EQ(raw.count('\r'), raw.count("\r\n")) << "a CR without LF";
+        EXPECT_EQ(raw.count('\n'), raw.count("\r\n")) << "a LF without CR";
+        EXPECT_FALSE(raw.contains('\0'));
+
+        const QString text = loadedTemplate(number);
+        EXPECT_EQ(text, fromWindows1252(raw) + QLatin1Char('\n'));
+        EXPECT_TRUE(text.endsWith(QLatin1String("\r\n\n")));
+    }
+}
+
+TEST(MacroTemplates, ConversionTemplateIsAboutSixHundredFortyFiveLines)
+{
+    const qsizetype lines = rawTemplate(ConversionTemplate).count("\r\n");
+    EXPECT_GE(lines, 645 * 97 / 100);
+    EXPECT_LE(lines, 645 * 103 / 100);
+}
+
+TEST(MacroTemplates, DefaultScriptIsTheMinimalStartingText)
+{
+    EXPECT_EQ(rawTemplate(DefaultScriptTemplate),
+              QByteArray("Option Explicit\r\n\r\nDim mcApp As Object\r\n\r\n\r\nSub main()\r\n\r\n"
+                         "Set mcApp = Application.Cadrix\r\n\r\nEnd Sub\r\n\r\n"));
+}
+
+TEST(MacroTemplates, CarryExactlyTheOptionPlaceholdersOfTheirTask)
+{
+    // An unknown or misspelled key would silently expand to an empty text.
+    EXPECT_EQ(optionPlaceholders(loadedTemplate(ConversionTemplate)), conversionOptionKeys());
+    EXPECT_EQ(optionPlaceholders(loadedTemplate(PrintTemplate)), printOptionKeys());
+    EXPECT_TRUE(optionPlaceholders(loadedTemplate(DefaultScriptTemplate)).isEmpty());
+}
+
+TEST(MacroTemplates, HaveNoStrayOptionDelimiters)
+{
+    // Outside placeholders, "[" and "{" would start a variable lookup at set-up.
+    static const QRegularExpression placeholder(QStringLiteral("\\[[A-Za-z_0-9]+\\]"));
+    for (int number : kAllTemplates) {
+        SCOPED_TRACE(number);
+        QString text = loadedTemplate(number);
+        text.remove(placeholder);
+        EXPECT_FALSE(text.contains(QLatin1Char('['))) << "stray [";
+        EXPECT_FALSE(text.contains(QLatin1Char(']'))) << "stray ]";
+        EXPECT_FALSE(text.contains(QLatin1Char('{'))) << "a { placeholder";
+    }
+}
+
+TEST(MacroTemplates, CarryTheFilePlaceholdersTheyNeed)
+{
+    // The add-in fills these per file; <Filename>, <Extension> and <Configuration> are the
+    // conversion macro's own and reach it inside the output path.
+    EXPECT_EQ(anglePlaceholders(loadedTemplate(ConversionTemplate)),
+              setOf({"Filepath", "VaultPath", "TaskInstanceGuid", "Filename", "Extension",
+                     "Configuration"}));
+    EXPECT_EQ(anglePlaceholders(loadedTemplate(PrintTemplate)),
+              setOf({"Filepath", "SelCfgOrSheet", "VaultPath", "TaskInstanceGuid"}));
+}
+
+TEST(MacroTemplates, DeclareTheirProceduresInOrder)
+{
+    EXPECT_EQ(procedures(loadedTemplate(ConversionTemplate)),
+              QStringList({"PathAppend", "Log", "CreatePath", "KillHolder", "GetExtension",
+                           "SetConversionOptions", "GetFullFileName", "Convert",
+                           "bIsSupportedExtension", "main"}));
+    EXPECT_EQ(procedures(loadedTemplate(PrintTemplate)),
+              QStringList({"PathAppend", "Log", "GetPrinter", "GetPaperSize",
+                           "bIsSupportedExtension", "main"}));
+    EXPECT_EQ(procedures(loadedTemplate(DefaultScriptTemplate)), QStringList({"main"}));
+}
+
+TEST(MacroTemplates, MainHandlesErrorsFirst)
+{
+    static const QRegularExpression firstStatement(
+        QStringLiteral("Sub main\\(\\)\\r\\n(?:\\s*Dim [^\\r]*\\r\\n|\\s*\\r\\n)*\\s*(\\S[^\\r]*)"));
+    for (int number : {ConversionTemplate, PrintTemplate}) {
+        SCOPED_TRACE(number);
+        const QRegularExpressionMatch m = firstStatement.match(loadedTemplate(number));
+        ASSERT_TRUE(m.hasMatch());
+        EXPECT_EQ(m.captured(1), QStringLiteral("On Error GoTo Fail"));
+    }
+}
+
+TEST(MacroTemplates, ShareTheSupportedExtensionList)
+{
+    const QStringList expected = {
+        "prt", "asm", "drw", "dxf", "dwg", "psd", "ai", "lfp", "mcdlfp", "prtdot",
+        "asmdot", "drwdot", "x_t", "x_b", "xmt_txt", "xmt_bin", "igs", "iges", "step", "stp",
+        "sat", "vda", "wrl", "stl", "kgr", "wrl", "xpr", "xas", "ipt", "iam",
+        "par", "psm", "ckd", "emn", "brd", "bdf", "idb", "3dm"};
+    ASSERT_EQ(expected.size(), 38);
+    static const QRegularExpression quoted(QStringLiteral("\"([^\"]*)\""));
+    for (int number : {ConversionTemplate, PrintTemplate}) {
+        SCOPED_TRACE(number);
+        const QString body = procedureBody(loadedTemplate(number), "bIsSupportedExtension");
+        const qsizetype open = body.indexOf(QLatin1String("Array("));
+        ASSERT_GE(open, 0);
+        const QString list = body.mid(open, body.indexOf(QLatin1Char(')'), open) - open);
+        QStringList found;
+        for (const QRegularExpressionMatch &m : quoted.globalMatch(list))
+            found << m.captured(1);
+        EXPECT_EQ(found, expected);
+    }
+}
+
+TEST(MacroTemplates, LogTheMessagesTheTasksReport)
+{
+    // Log lines that people and tools read; a changed word breaks them.
+    struct Expect
+    {
+        int number;
+        const char *text;
+    };
+    const Expect expected[] = {
+        {ConversionTemplate, "\"The file extension '\" & docExtension & \"' is not supported.\""},
+        {ConversionTemplate, "\"Document '\" & docFileName & \"' is future version.\""},
+        {ConversionTemplate, "\"Method call ModelDoc2::OpenDoc7 for document '\" & docFileName & "
+                             "\"' failed. Error code \" & errors & \" returned.\""},
+        {ConversionTemplate, "\"Document '\" & docFileName & \"' didn't contain any sheets "
+                             "named '[NamedSheet]'.\""},
+        {ConversionTemplate, "\"Document '\" & docFileName & \"' didn't contain any "
+                             "configurations named '[NamedConf]'.\""},
+        {ConversionTemplate, "\"The file '\" & docFileName & \"' and sheet '\" & itemName & "
+                             "\"' can't be converted to the file extension '\" & ext & \"'.\""},
+        {ConversionTemplate, "\"The file '\" & docFileName & \"' and configuration '\" & "
+                             "itemName & \"' can't be converted to the file extension '\" & ext "
+                             "& \"'.\""},
+        {ConversionTemplate, "\"Method call ModelDocExtension::SaveAs for document '\" & "
+                             "outputName & \"' and sheet '\" & itemName & \"' failed. Error "
+                             "code \" & errors & \" returned.\""},
+        {ConversionTemplate, "\"Method call ModelDocExtension::SaveAs for document '\" & "
+                             "outputName & \"' and configuration '\" & itemName & \"' failed. "
+                             "Error code \" & errors & \" returned.\""},
+        {ConversionTemplate, "\"Method call ModelDocExtension::SaveAs for document '\" & "
+                             "outputName & \"' failed. Error code \" & errors & \" returned.\""},
+        {ConversionTemplate, "\"warnings1 = \" & warnings"},
+        {ConversionTemplate, "\"This document contains OLE objects. Such objects can't be "
+                             "converted outside of Mecadra. Please open the document and "
+                             "perform the conversion from Mecadra.\""},
+        {ConversionTemplate, "\"Error while converting file '\" & docFileName & \"': \""},
+        {PrintTemplate, "\"The file extension '\" & docExtension & \"' is not supported.\""},
+        {PrintTemplate, "\"Method call ModelDoc2::OpenDoc6 for document '\" & docFileName & "
+                        "\"' failed. Error code \" & errors & \" returned.\""},
+        {PrintTemplate, "\"Could not print document '\" & docFileName & \"' and sheet '\" & "
+                        "docCfgOrSheet & \"'. No printer was selected.\""},
+        {PrintTemplate, "\"Could not print document '\" & docFileName & \"' and configuration "
+                        "'\" & docCfgOrSheet & \"'. No printer was selected.\""},
+        {PrintTemplate, "\"Could not print document '\" & docFileName & \"'. No printer was "
+                        "selected.\""},
+        {PrintTemplate, "\"The printer '\" & printer & \"' for the Document  '\" & docFileName "
+                        "& \"' is not a valid printer.\""},
+        {PrintTemplate, "\"Could not print file '\" & docFileName & \"'. The following errors "
+                        "occured: \" & vbCrLf"},
+        {PrintTemplate, "\"Error while printing file '\" & docFileName & \"': \""},
+    };
+    for (const Expect &e : expected) {
+        SCOPED_TRACE(e.text);
+        EXPECT_TRUE(loadedTemplate(e.number).contains(QString::fromLatin1(e.text)));
+    }
+    for (int number : {ConversionTemplate, PrintTemplate}) {
+        const QString text = loadedTemplate(number);
+        EXPECT_TRUE(text.contains(QLatin1String(
+            "\"An unexpected error occurred while executing the generated script. Script syntax "
+            "error?\" & vbCrLf & _")));
+        EXPECT_TRUE(text.contains(QLatin1String("\"Error number: \" & Err.Number & vbCrLf & _")));
+        EXPECT_TRUE(text.contains(QLatin1String(
+            "\"Error description: '\" & Err.Description & \"'\" & vbCrLf\r\n")));
+    }
+}
+
+TEST(MacroTemplates, LogProtocolBuildsTheInstanceLogPath)
+{
+    for (int number : {ConversionTemplate, PrintTemplate}) {
+        SCOPED_TRACE(number);
+        const QString body = procedureBody(loadedTemplate(number), "Log");
+        const QStringList steps = {
+            "logFolder = \"[ErrorLogPath]\"",
+            "If Left(logFolder, 1) = \"\\\" Then logFolder = Mid(logFolder, 2)",
+            "If PathIsRelative(logFolder) = 1 Then logFolder = PathAppend(\"<VaultPath>\", "
+            "logFolder)",
+            "SHCreateDirectoryEx 0, logFolder, 0",
+            "logFile = PathAppend(logFolder, \"<TaskInstanceGuid>.log\")",
+            "Open logFile For Append As #1",
+            "Print #1, message",
+            "Close #1",
+        };
+        qsizetype at = 0;
+        for (const QString &step : steps) {
+            SCOPED_TRACE(step.toStdString());
+            const qsizetype found = body.indexOf(step, at);
+            EXPECT_GE(found, at) << "missing or out of order";
+            if (found >= 0)
+                at = found + step.size();
+        }
+    }
+}
+
+TEST(MacroTemplates, PrintTemplateMapsPaperSizesToCodes)
+{
+    // Each case of GetPaperSize, resolved through its local constants.
+    const QString body = procedureBody(loadedTemplate(PrintTemplate), "GetPaperSize");
+    ASSERT_FALSE(body.isEmpty());
+    std::map<QString, int> constants;
+    static const QRegularExpression constRe(QStringLiteral("Const (\\w+) As Long = (\\d+)"));
+    for (const QRegularExpressionMatch &m : constRe.globalMatch(body))
+        constants[m.captured(1)] = m.captured(2).toInt();
+    const auto valueOf = [&](const QString &expr) {
+        int total = 0;
+        for (const QString &term : expr.split(QLatin1Char('+'))) {
+            const QString t = term.trimmed();
+            bool isNumber = false;
+            const int n = t.toInt(&isNumber);
+            total += isNumber ? n : constants.at(t);
+        }
+        return total;
+    };
+
+    std::map<QString, int> codeOfCase; // "0, 1" -> code
+    static const QRegularExpression caseRe(
+        QStringLiteral("Case ([^\\r]+)\\r\\n\\s*GetPaperSize = ([^\\r]+)\\r\\n"));
+    for (const QRegularExpressionMatch &m : caseRe.globalMatch(body))
+        codeOfCase[m.captured(1).trimmed()] = valueOf(m.captured(2));
+
+    const std::map<QString, int> expected = {
+        {"0, 1", 262}, {"2", 263}, {"3", 24}, {"4", 25}, {"5", 26}, {"6", 260}, {"7", 261},
+        {"8", 66}, {"9", 8}, {"10", 9}, {"11", 77}, {"Else", 9}};
+    EXPECT_EQ(codeOfCase, expected);
+}
+
+} // namespace

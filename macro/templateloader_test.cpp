@@ -1,0 +1,153 @@
+#include "macro/templateloader.h"
+#include "platform/qtestprint.h"
+
+#include <gtest/gtest.h>
+
+#include <QStringList>
+
+#include <map>
+
+namespace {
+
+// An in-memory store whose steps can be made to fail one at a time.
+class FakeResources final : public ScriptResourceStore
+{
+public:
+    std::map<int, QByteArray> data;
+    qint64 reportedSize = -1; // -1: the real size
+    bool loadFails = false;
+
+    bool contains(int number) const override { return data.count(number) != 0; }
+    qint64 sizeOf(int number) const override
+    {
+        return reportedSize >= 0 ? reportedSize : data.at(number).size();
+    }
+    std::optional<QByteArray> load(int number) const override
+    {
+        if (loadFails)
+            return std::nullopt;
+        return data.at(number);
+    }
+};
+
+struct LoadResult
+{
+    QString text;
+    QStringList messages;
+};
+
+LoadResult loadFrom(const ScriptResourceStore &store, int number)
+{
+    LoadResult result;
+    TemplateLoader loader(store, [&](const QString &m) { result.messages << m; });
+    result.text = loader.load(number);
+    return result;
+}
+
+TEST(TemplateLoader, EachFailingStepShowsItsMessageAndGivesEmptyText)
+{
+    FakeResources store;
+    store.data[ConversionTemplate] = QByteArray("Sub main()\r\nEnd Sub\r\n");
+
+    struct Case
+    {
+        const char *what;
+        int number;
+        qint64 reportedSize;
+        bool loadFails;
+        const char *message;
+    };
+    const Case cases[] = {
+        {"unknown number", 212, -1, false, "Could not find Script resource!"},
+        {"size unknown", ConversionTemplate, 0, false, "Error getting size of Script resource."},
+        {"load fails", ConversionTemplate, -1, true, "Error loading Script resource."},
+        {"block shorter than its size", ConversionTemplate, 400, false,
+         "Error locking Script resource."},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        store.reportedSize = c.reportedSize;
+        store.loadFails = c.loadFails;
+        const LoadResult r = loadFrom(store, c.number);
+        EXPECT_TRUE(r.text.isEmpty());
+        EXPECT_EQ(r.messages, QStringList{QString::fromLatin1(c.message)});
+    }
+}
+
+TEST(TemplateLoader, DecodesTheCodePageAndAppendsOneLineFeed)
+{
+    FakeResources store;
+    // "Caf\xE9 \x80 \x93x\x94" is Café € “x” in Windows-1252.
+    store.data[PrintTemplate] = QByteArray("' Caf\xE9 \x80 \x93x\x94\r\n");
+    const LoadResult r = loadFrom(store, PrintTemplate);
+    EXPECT_TRUE(r.messages.isEmpty());
+    EXPECT_EQ(r.text, QStringLiteral("' Caf\u00E9 \u20AC \u201Cx\u201D\r\n\n"));
+}
+
+TEST(TemplateLoader, TakesOnlyTheReportedSizeOfALongerBlock)
+{
+    // Resource blocks may be padded; the size says where the text ends.
+    FakeResources store;
+    store.data[DefaultScriptTemplate] = QByteArray("End Sub\r\n\0\0\0", 12);
+    store.reportedSize = 9;
+    const LoadResult r = loadFrom(store, DefaultScriptTemplate);
+    EXPECT_EQ(r.text, QStringLiteral("End Sub\r\n\n"));
+}
+
+TEST(TemplateLoader, WorksWithoutAMessageSink)
+{
+    FakeResources store;
+    TemplateLoader loader(store, nullptr);
+    EXPECT_TRUE(loader.load(ConversionTemplate).isEmpty());
+}
+
+TEST(TemplateLoader, CompiledResourcesKnowOnlyTheThreeTemplates)
+{
+    QStringList messages;
+    const auto sink = [&](const QString &m) { messages << m; };
+    for (int number : {ConversionTemplate, PrintTemplate, DefaultScriptTemplate}) {
+        SCOPED_TRACE(number);
+        EXPECT_FALSE(loadScriptTemplate(number, sink).isEmpty());
+    }
+    EXPECT_TRUE(messages.isEmpty());
+
+    for (int number : {0, 208, 212}) {
+        SCOPED_TRACE(number);
+        EXPECT_TRUE(loadScriptTemplate(number, sink).isEmpty());
+    }
+    EXPECT_EQ(messages.size(), 3);
+    EXPECT_EQ(messages.value(0), QStringLiteral("Could not find Script resource!"));
+}
+
+TEST(Windows1252, MapsEveryByteLikeTheWindowsConversion)
+{
+    // The 0x80-0x9F row is where the code page differs from Latin-1.
+    const char16_t row80[32] = {
+        0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+        0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+        0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
+    };
+    QByteArray all;
+    for (int b = 0; b < 256; ++b)
+        all.append(static_cast<char>(b));
+    const QString text = fromWindows1252(all);
+    ASSERT_EQ(text.size(), 256);
+    for (int b = 0; b < 256; ++b) {
+        SCOPED_TRACE(b);
+        const char16_t expected = (b >= 0x80 && b < 0xA0) ? row80[b - 0x80] : char16_t(b);
+        EXPECT_EQ(text.at(b).unicode(), expected);
+    }
+}
+
+TEST(Windows1252, DecodesLongTextsAcrossBufferBoundaries)
+{
+    QByteArray bytes;
+    for (int i = 0; i < 5000; ++i)
+        bytes.append(i % 2 ? '\x80' : 'a');
+    const QString text = fromWindows1252(bytes);
+    ASSERT_EQ(text.size(), 5000);
+    EXPECT_EQ(text.count(QChar(0x20AC)), 2500);
+    EXPECT_EQ(text.at(4999), QChar(0x20AC));
+}
+
+} // namespace
