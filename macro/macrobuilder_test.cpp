@@ -1,0 +1,256 @@
+#include "macro/macrobuilder.h"
+
+#include "host/hosterror.h"
+#include "host/testing/faketask.h"
+#include "host/testing/fakevault.h"
+#include "platform/clock.h"
+#include "platform/drivemap.h"
+#include "platform/memoryfilesystem.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QString kGuid = QStringLiteral("{6B1F6A39-2C4E-4B8A-9D57-0E3A1F2B4C5D}");
+
+class MacroBuilderTest : public ::testing::Test
+{
+protected:
+    MacroBuilderTest()
+        : m_clock(QDateTime(QDate(2012, 3, 5), QTime(12, 15, 0))), m_useClock(m_clock), m_useDrives(m_drives),
+          m_useFiles(m_files)
+    {
+        m_files.mkpath("/vault");
+        m_drives.mount('V', "/vault");
+        m_instance->guid = kGuid;
+    }
+
+    // Prepares with the vault's date style 103 unless told otherwise.
+    MacroBuilder prepared(const QString &script, std::int32_t dateStyle = 103)
+    {
+        MacroBuilder builder([this, dateStyle](const QString &vaultName) {
+            m_dateStyleAskedFor = vaultName;
+            return dateStyle;
+        });
+        builder.Prepare(m_vault, m_instance, script);
+        return builder;
+    }
+
+    static HRESULT codeOf(const std::function<void()> &call)
+    {
+        try {
+            call();
+        } catch (const HostError &e) {
+            return e.code();
+        }
+        return S_OK;
+    }
+
+    QByteArray logBytes() const { return m_files.read("/vault/" + kGuid + ".log").value_or("<missing>"); }
+
+    FakeClock m_clock;
+    ScopedClock m_useClock;
+    DriveMap m_drives;
+    ScopedDriveMap m_useDrives;
+    MemoryFileSystem m_files;
+    ScopedFileSystem m_useFiles;
+    std::shared_ptr<FakeVault> m_vault = std::make_shared<FakeVault>("Design", "V:\\");
+    std::shared_ptr<FakeTaskInstance> m_instance = std::make_shared<FakeTaskInstance>();
+    QString m_dateStyleAskedFor;
+};
+
+TEST_F(MacroBuilderTest, OptionPlaceholdersAreFilledOncePerRun)
+{
+    m_instance->set("PdfInColor", Variant::fromBool(true));
+    m_instance->set("StlQuality", Variant::fromI4(3));
+    m_instance->set("Scale", Variant::fromR8(0.5));
+    m_instance->set("Header", Variant::fromBStr("a\r\nb"));
+    m_instance->set("#12", Variant::fromBStr("twelve"));
+    m_instance->set("#0", Variant::fromBStr("zero"));
+    m_instance->set("Folder", Variant::fromBStr("[Sub]\\x"));
+    m_instance->set("Sub", Variant::fromBStr("out"));
+    const MacroBuilder b = prepared("c = [PdfInColor]\r\n"
+                                    "q = [StlQuality]: s = [Scale]\r\n"
+                                    "h = \"[Header]\"\r\n"
+                                    "n = \"{#12}{##12}{# 12}{#x}\"\r\n"
+                                    "f = \"{Folder}\" : m = \"[Missing]\"\r\n"
+                                    "If a <> b Then x = \"<Filepath>\"\r\n");
+    EXPECT_EQ(b.macroText(), "c = True\r\n"
+                             "q = 3: s = 0.500000\r\n"
+                             "h = \"a\"+vbLf+\"b\"\r\n"
+                             "n = \"twelvetwelvetwelvezero\"\r\n"
+                             "f = \"out\\x\" : m = \"\"\r\n"
+                             "If a <> b Then x = \"<Filepath>\"\r\n");
+}
+
+TEST_F(MacroBuilderTest, RunWideValues)
+{
+    m_vault = std::make_shared<FakeVault>("Design", "V:\\Design\\");
+    const MacroBuilder b = prepared("x");
+    EXPECT_EQ(b.vaultPath(), "V:\\Design");
+    EXPECT_EQ(b.taskInstanceGuid(), kGuid);
+    EXPECT_EQ(m_dateStyleAskedFor, "Design");
+    EXPECT_EQ(b.today(), "05_03_2012");
+    EXPECT_FALSE(b.needsVersionInfo());
+}
+
+TEST_F(MacroBuilderTest, TodayFollowsTheVaultStyle)
+{
+    EXPECT_EQ(prepared("", 0).today(), "Mar 05 2012");
+    EXPECT_EQ(prepared("", 113).today(), "05 Mars 2012");
+    EXPECT_EQ(prepared("", 111).today(), "2012_03_05");
+}
+
+TEST_F(MacroBuilderTest, FileValuesFromThePath)
+{
+    MacroBuilder b = prepared("x");
+    b.SetFile("V:\\Parts\\gear.v2.mcdprt", "Default", 41, 7, 3);
+    EXPECT_EQ(b.filePath(), "V:\\Parts\\gear.v2.mcdprt");
+    EXPECT_EQ(b.fileName(), "gear.v2");
+    EXPECT_EQ(b.extension(), "mcdprt");
+    EXPECT_EQ(b.folderPath(), "V:\\Parts");
+    EXPECT_EQ(b.cfgOrSheet(), "Default");
+    EXPECT_EQ(b.fileId(), 41);
+    EXPECT_EQ(b.folderId(), 7);
+    EXPECT_EQ(b.versionNumber(), 3);
+
+    b.SetFile("V:\\readme", "", 1, 1, 1);
+    EXPECT_EQ(b.fileName(), "readme");
+    EXPECT_EQ(b.extension(), "");
+    EXPECT_EQ(b.folderPath(), "V:\\");
+}
+
+TEST_F(MacroBuilderTest, FilePlaceholdersEncodedOrPlain)
+{
+    m_vault = std::make_shared<FakeVault>("Design", "V:\\Design");
+    m_instance->set("OutputPath", Variant::fromBStr("<Path>\\<Filename>_<Revision>"));
+    auto file = m_vault->addFile(41, QStringLiteral("V:\\Design\\\u0416\\a.mcdprt"), 7);
+    file->setVersion(3, QStringLiteral("B\u0416"), "Approved");
+    MacroBuilder b = prepared("f=\"<Filepath>\" p=\"<Path>\" v=\"<VaultPath>\" g=<TaskInstanceGuid> "
+                              "c=\"<SelCfgOrSheet>\" r=\"<Revision>\" n=<Version> w=\"<WorkflowState>\" "
+                              "t=<Today> o=\"[OutputPath]\" keep=<Filename><Extension><Configuration>");
+    b.SetFile(QStringLiteral("V:\\Design\\\u0416\\a.mcdprt"), QStringLiteral("Cfg\u0416"), 41, 7, 3);
+    const QString prepared = b.macroText();
+    EXPECT_EQ(b.BuildFileMacro(),
+              "f=\"V:\\Design\\\" & ChrW(1046) & \"\\a.mcdprt\" p=\"V:\\Design\\\" & ChrW(1046) & \"\" "
+              "v=\"V:\\Design\" g=" + kGuid + " c=\"Cfg\" & ChrW(1046) & \"\" r=\"B\" & ChrW(1046) & \"\" n=3 "
+              "w=\"Approved\" t=05_03_2012 o=\"V:\\Design\\\" & ChrW(1046) & \"\\<Filename>_B\" & ChrW(1046) & \"\" "
+              "keep=<Filename><Extension><Configuration>");
+    // The prepared text is the same for the next file.
+    EXPECT_EQ(b.macroText(), prepared);
+}
+
+TEST_F(MacroBuilderTest, VersionInfoOnlyWhenAnOutputPathUsesIt)
+{
+    auto file = m_vault->addFile(41, "V:\\Parts\\a.mcdprt", 7);
+    file->setVersion(3, "C", "Released");
+
+    // A user script may use <Revision>, but without it in an output path the
+    // vault is not asked and the revision stays empty.
+    MacroBuilder plain = prepared("r=\"<Revision>\" w=\"<WorkflowState>\"");
+    plain.SetFile("V:\\Parts\\a.mcdprt", "", 41, 7, 3);
+    EXPECT_EQ(plain.BuildFileMacro(), "r=\"\" w=\"\"");
+    EXPECT_TRUE(file->versionQueries().empty());
+
+    m_instance->set("OutputPath2", Variant::fromBStr("V:\\Out\\<WorkflowState>\\<Filename>"));
+    MacroBuilder versioned = prepared("r=\"<Revision>\" w=\"<WorkflowState>\"");
+    EXPECT_TRUE(versioned.needsVersionInfo());
+    versioned.SetFile("v:\\parts\\A.MCDPRT", "", 41, 7, 3);
+    EXPECT_EQ(versioned.BuildFileMacro(), "r=\"C\" w=\"Released\"");
+    ASSERT_EQ(file->versionQueries().size(), 1u);
+    EXPECT_EQ(file->versionQueries()[0].first, 3);
+    EXPECT_EQ(file->versionQueries()[0].second, 7);
+}
+
+TEST_F(MacroBuilderTest, HostFailuresAreRaised)
+{
+    m_instance->failRead("Secret", E_DOX_DATABASE_ACCESS);
+    EXPECT_EQ(codeOf([&] { prepared("[Secret]"); }), E_DOX_DATABASE_ACCESS);
+
+    m_instance->failRead("#5", E_ACCESSDENIED);
+    EXPECT_EQ(codeOf([&] { prepared("{#5}"); }), E_ACCESSDENIED);
+
+    m_vault->fail("GetName", E_DOX_CANT_OPEN_DATABASE);
+    EXPECT_EQ(codeOf([&] { prepared("x"); }), E_DOX_CANT_OPEN_DATABASE);
+}
+
+TEST_F(MacroBuilderTest, VersionLookupFailuresAreRaised)
+{
+    m_instance->set("OutputPath", Variant::fromBStr("<Revision>"));
+    MacroBuilder b = prepared("x");
+    EXPECT_EQ(codeOf([&] { b.SetFile("V:\\unknown.mcdprt", "", 1, 1, 1); }), E_DOX_FILE_NOT_FOUND);
+    auto file = m_vault->addFile(2, "V:\\a.mcdprt");
+    file->failVersionInfo(E_DOX_INVALID_ID);
+    EXPECT_EQ(codeOf([&] { b.SetFile("V:\\a.mcdprt", "", 2, 1, 9); }), E_DOX_INVALID_ID);
+}
+
+TEST_F(MacroBuilderTest, ErrorLogPath)
+{
+    m_vault = std::make_shared<FakeVault>("Design", "V:\\Design");
+    EXPECT_EQ(prepared("").GetErrorLogFile(), "V:\\Design\\" + kGuid + ".log");
+    m_instance->set("ErrorLogPath", Variant::fromBStr("Logs"));
+    EXPECT_EQ(prepared("").GetErrorLogFile(), "V:\\Design\\Logs\\" + kGuid + ".log");
+    m_instance->set("ErrorLogPath", Variant::fromBStr("\\Logs\\Run\\"));
+    EXPECT_EQ(prepared("").GetErrorLogFile(), "V:\\Design\\Logs\\Run\\" + kGuid + ".log");
+    m_instance->set("ErrorLogPath", Variant::fromBStr("D:\\Logs"));
+    EXPECT_EQ(prepared("").GetErrorLogFile(), "D:\\Logs\\" + kGuid + ".log");
+}
+
+TEST_F(MacroBuilderTest, AppendErrorLogWritesTextModeAnsi)
+{
+    const MacroBuilder b = prepared("");
+    b.AppendErrorLog(QStringLiteral("Caf\u00e9 \u20ac\u0416\n"));
+    b.AppendErrorLog("second");
+    EXPECT_EQ(logBytes(), QByteArray("Caf\xe9 \x80?\r\nsecond"));
+}
+
+TEST_F(MacroBuilderTest, AppendErrorLogCreatesMissingFolders)
+{
+    m_instance->set("ErrorLogPath", Variant::fromBStr("Logs\\Deep"));
+    const MacroBuilder b = prepared("");
+    b.AppendErrorLog("one");
+    EXPECT_EQ(m_files.read("/vault/Logs/Deep/" + kGuid + ".log").value_or("<missing>"), "one");
+    // Folders found in another letter case are used as they are.
+    m_instance->set("ErrorLogPath", Variant::fromBStr("LOGS\\deep"));
+    prepared("").AppendErrorLog("two");
+    EXPECT_EQ(m_files.read("/vault/Logs/Deep/" + kGuid + ".log").value_or("<missing>"), "onetwo");
+}
+
+TEST_F(MacroBuilderTest, AppendErrorLogGivesUpSilently)
+{
+    // The file's folder exists but the file is read-only: no new folder, so
+    // no second try and nothing written.
+    m_files.addFile("/vault/" + kGuid + ".log", "old");
+    m_files.setWritable("/vault/" + kGuid + ".log", false);
+    const MacroBuilder b = prepared("");
+    b.AppendErrorLog("new");
+    EXPECT_EQ(logBytes(), "old");
+
+    // A drive that is not mapped.
+    m_instance->set("ErrorLogPath", Variant::fromBStr("Q:\\Logs"));
+    EXPECT_NO_THROW(prepared("").AppendErrorLog("lost"));
+    EXPECT_FALSE(m_files.exists("/vault/Logs"));
+}
+
+TEST_F(MacroBuilderTest, ReportHostErrorAddsNameAndDescription)
+{
+    m_vault->setErrorInfo(E_DOX_FILE_NOT_FOUND, "E_DOX_FILE_NOT_FOUND", "The file could not be found.");
+    const MacroBuilder b = prepared("");
+    b.ReportHostError(E_DOX_FILE_NOT_FOUND, "Adding V:\\Out\\a.pdf");
+    EXPECT_EQ(logBytes(), "An error occured: Adding V:\\Out\\a.pdf\r\n\tE_DOX_FILE_NOT_FOUND\r\n\tThe file could "
+                          "not be found.");
+    // A code the vault cannot describe writes nothing.
+    b.ReportHostError(E_DOX_IO_ERROR, "ignored");
+    m_vault->fail("GetErrorInfo", E_FAIL);
+    b.ReportHostError(E_DOX_FILE_NOT_FOUND, "ignored too");
+    EXPECT_EQ(logBytes().count("An error occured"), 1);
+}
+
+TEST_F(MacroBuilderTest, UseBeforePrepareIsAnError)
+{
+    MacroBuilder b([](const QString &) { return 0; });
+    EXPECT_EQ(codeOf([&] { b.GetErrorLogFile(); }), E_UNEXPECTED);
+    EXPECT_EQ(codeOf([&] { b.Prepare(nullptr, m_instance, "x"); }), E_POINTER);
+}
+
+} // namespace
