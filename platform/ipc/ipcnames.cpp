@@ -1,15 +1,12 @@
 #include "platform/ipc/ipcnames.h"
 
-#include <QDir>
+#include "platform/home.h"
 
 namespace IpcNames {
 
 QString defaultFolder()
 {
-    const QString home = qEnvironmentVariable("MCTASK_HOME");
-    if (!home.isEmpty())
-        return home;
-    return QDir::homePath() + QStringLiteral("/.local/share/mctask");
+    return mctaskHome();
 }
 
 static QString lastComponent(const QString &name)

@@ -6,7 +6,7 @@
 // sockets and lock files in one folder, MCTASK_HOME unless told otherwise.
 namespace IpcNames {
 
-// MCTASK_HOME, or ~/.local/share/mctask when it is not set.
+// The user's home folder of this system (mctaskHome()).
 QString defaultFolder();
 
 // The socket of a Windows pipe name ("\\.\pipe\NAME" gives folder/NAME).
