@@ -1,0 +1,484 @@
+#include "cadsim/model/scriptadapters.h"
+
+#include "cadsim/model/cadconstants.h"
+
+namespace cadsim {
+
+namespace {
+
+ScriptValue &arg(ScriptArgs &args, std::size_t i)
+{
+    if (i >= args.size() || args[i]->isMissing())
+        throw ScriptError(ErrNo::ArgumentNotOptional);
+    return *args[i];
+}
+
+bool hasArg(const ScriptArgs &args, std::size_t i)
+{
+    return i < args.size() && !args[i]->isMissing();
+}
+
+// The value of a Let: the last argument.
+const ScriptValue &letValue(ScriptArgs &args)
+{
+    if (args.empty())
+        throw ScriptError(ErrNo::ArgumentNotOptional);
+    return *args.back();
+}
+
+void writeBack(ScriptArgs &args, std::size_t i, std::int32_t value)
+{
+    if (i < args.size() && !args[i]->isMissing())
+        *args[i] = ScriptValue::fromLong(value);
+}
+
+ScriptValue object(std::shared_ptr<ScriptObject> o)
+{
+    return ScriptValue::fromObject(std::move(o));
+}
+
+// Texts of a Variant that is an array of texts or a single text.
+QStringList textList(const ScriptValue &v)
+{
+    QStringList out;
+    if (v.isArray()) {
+        for (const ScriptValue &item : v.array()->items)
+            out << item.toString();
+    } else if (!v.isEmpty() && !v.isMissing()) {
+        out << v.toString();
+    }
+    return out;
+}
+
+ScriptValue textArray(const QStringList &items)
+{
+    return ScriptValue::fromStringList(items);
+}
+
+class ScriptFrame final : public ModelScriptObject
+{
+public:
+    explicit ScriptFrame(std::shared_ptr<ScriptCadApplication> app) : m_app(std::move(app))
+    {
+        property("KeepInVisible", [this] { return ScriptValue::fromBool(m_app->application().frame().keepInvisible); },
+                 [this](const ScriptValue &v) { m_app->application().frame().keepInvisible = v.toBool(); });
+    }
+    QString typeName() const override { return QStringLiteral("Frame"); }
+
+private:
+    std::shared_ptr<ScriptCadApplication> m_app;
+};
+
+class ScriptDocSpec final : public ModelScriptObject
+{
+public:
+    explicit ScriptDocSpec(std::unique_ptr<DocumentSpecification> spec) : m_spec(std::move(spec))
+    {
+        DocumentSpecification &s = *m_spec;
+        property("FileName", [&s] { return ScriptValue::fromString(s.fileName); },
+                 [&s](const ScriptValue &v) { s.fileName = v.toString(); });
+        property("DocumentType", [&s] { return ScriptValue::fromLong(s.documentType); },
+                 [&s](const ScriptValue &v) { s.documentType = v.toLong(); });
+        property("ReadOnly", [&s] { return ScriptValue::fromBool(s.readOnly); },
+                 [&s](const ScriptValue &v) { s.readOnly = v.toBool(); });
+        property("Silent", [&s] { return ScriptValue::fromBool(s.silent); },
+                 [&s](const ScriptValue &v) { s.silent = v.toBool(); });
+        property("ConfigurationName", [&s] { return ScriptValue::fromString(s.configurationName); },
+                 [&s](const ScriptValue &v) { s.configurationName = v.toString(); });
+        property("DisplayState", [&s] { return ScriptValue::fromString(s.displayState); },
+                 [&s](const ScriptValue &v) { s.displayState = v.toString(); });
+        property("Error", [&s] { return ScriptValue::fromLong(s.error); });
+        property("Warning", [&s] { return ScriptValue::fromLong(s.warning); });
+    }
+    QString typeName() const override { return QStringLiteral("DocumentSpecification"); }
+    DocumentSpecification &spec() { return *m_spec; }
+
+private:
+    std::unique_ptr<DocumentSpecification> m_spec;
+};
+
+class ScriptPdfData final : public ModelScriptObject
+{
+public:
+    explicit ScriptPdfData(std::shared_ptr<ExportPdfData> data) : m_data(std::move(data))
+    {
+        method("SetSheets", [this](CallKind, ScriptArgs &args) {
+            m_data->setSheets(arg(args, 0).toLong(), hasArg(args, 1) ? textList(*args[1]) : QStringList());
+            return ScriptValue::fromBool(true);
+        });
+        method("GetSheets", [this](CallKind, ScriptArgs &) { return textArray(m_data->sheets()); });
+    }
+    QString typeName() const override { return QStringLiteral("ExportPdfData"); }
+    const ExportPdfData *data() const { return m_data.get(); }
+
+private:
+    std::shared_ptr<ExportPdfData> m_data;
+};
+
+class ScriptNamed final : public ModelScriptObject
+{
+public:
+    // A sheet or configuration: an object that only has a name.
+    ScriptNamed(QString type, QString name) : m_type(std::move(type)), m_name(std::move(name))
+    {
+        property("Name", [this] { return ScriptValue::fromString(m_name); });
+        method("GetName", [this](CallKind, ScriptArgs &) { return ScriptValue::fromString(m_name); });
+    }
+    QString typeName() const override { return m_type; }
+
+private:
+    QString m_type;
+    QString m_name;
+};
+
+class ScriptConfigurationManager final : public ModelScriptObject
+{
+public:
+    explicit ScriptConfigurationManager(ModelDocPtr doc) : m_doc(std::move(doc))
+    {
+        property("ActiveConfiguration", [this]() -> ScriptValue {
+            if (m_doc->type() == DocumentType::Drawing)
+                return ScriptValue::nothing();
+            return object(std::make_shared<ScriptNamed>(QStringLiteral("Configuration"), m_doc->activeConfiguration()));
+        });
+    }
+    QString typeName() const override { return QStringLiteral("ConfigurationManager"); }
+
+private:
+    ModelDocPtr m_doc;
+};
+
+class ScriptComponent final : public ModelScriptObject
+{
+public:
+    explicit ScriptComponent(Component c) : m_c(std::move(c))
+    {
+        property("IsVirtual", [this] { return ScriptValue::fromBool(m_c.isVirtual); });
+        property("Name2", [this] { return ScriptValue::fromString(m_c.name); });
+        method("GetPathName", [this](CallKind, ScriptArgs &) { return ScriptValue::fromString(m_c.pathName); });
+    }
+    QString typeName() const override { return QStringLiteral("Component2"); }
+
+private:
+    Component m_c;
+};
+
+class ScriptPageSetup final : public ModelScriptObject
+{
+public:
+    explicit ScriptPageSetup(ModelDocPtr doc) : m_doc(std::move(doc))
+    {
+        PageSetup &p = m_doc->pageSetup();
+        property("PrinterPaperSize", [&p] { return ScriptValue::fromLong(p.paperSize); },
+                 [&p](const ScriptValue &v) { p.paperSize = v.toLong(); });
+        property("Orientation", [&p] { return ScriptValue::fromLong(p.orientation); },
+                 [&p](const ScriptValue &v) { p.orientation = v.toLong(); });
+        method("SetHeader", [&p](CallKind, ScriptArgs &args) {
+            p.header = {arg(args, 0).toString(), arg(args, 1).toString(), arg(args, 2).toString()};
+            return ScriptValue::fromBool(true);
+        });
+        method("SetFooter", [&p](CallKind, ScriptArgs &args) {
+            p.footer = {arg(args, 0).toString(), arg(args, 1).toString(), arg(args, 2).toString()};
+            return ScriptValue::fromBool(true);
+        });
+    }
+    QString typeName() const override { return QStringLiteral("PageSetup"); }
+
+private:
+    ModelDocPtr m_doc; // keeps the page set-up alive
+};
+
+class ScriptExtension final : public ModelScriptObject
+{
+public:
+    explicit ScriptExtension(ModelDocPtr doc) : m_doc(std::move(doc))
+    {
+        method("SaveAs", [this](CallKind, ScriptArgs &args) {
+            const QString name = arg(args, 0).toString();
+            const std::int32_t version = hasArg(args, 1) ? args[1]->toLong() : cad::mcSaveAsCurrentVersion;
+            const std::int32_t options = hasArg(args, 2) ? args[2]->toLong() : cad::mcSaveAsOptions_Silent;
+            const ExportPdfData *data = nullptr;
+            if (hasArg(args, 3) && args[3]->isObject() && !args[3]->isNothing()) {
+                if (auto pdf = std::dynamic_pointer_cast<ScriptPdfData>(args[3]->object()))
+                    data = pdf->data();
+            }
+            std::int32_t errors = 0, warnings = 0;
+            const bool ok = m_doc->extension().saveAs(name, version, options, data, errors, warnings);
+            writeBack(args, 4, errors);
+            writeBack(args, 5, warnings);
+            return ScriptValue::fromBool(ok);
+        });
+        property("UsePageSetup", [this] { return ScriptValue::fromLong(m_doc->extension().usePageSetup()); },
+                 [this](const ScriptValue &v) { m_doc->extension().setUsePageSetup(v.toLong()); });
+        method("PrintOut2", [this](CallKind, ScriptArgs &args) {
+            std::optional<std::vector<std::int32_t>> sheets;
+            if (hasArg(args, 0) && !args[0]->isEmpty()) {
+                sheets.emplace();
+                if (args[0]->isArray()) {
+                    for (const ScriptValue &v : args[0]->array()->items)
+                        sheets->push_back(v.toLong());
+                } else {
+                    sheets->push_back(args[0]->toLong());
+                }
+            }
+            const std::int32_t copies = hasArg(args, 1) ? args[1]->toLong() : 1;
+            const bool collate = hasArg(args, 2) && args[2]->toBool();
+            const QString printer = hasArg(args, 3) ? args[3]->toString() : QString();
+            const QString toFile = hasArg(args, 4) ? args[4]->toString() : QString();
+            return ScriptValue::fromBool(m_doc->extension().printOut2(sheets, copies, collate, printer, toFile));
+        });
+    }
+    QString typeName() const override { return QStringLiteral("ModelDocExtension"); }
+
+private:
+    ModelDocPtr m_doc;
+};
+
+} // namespace
+
+ScriptValue ModelScriptObject::invoke(const QString &member, CallKind kind, ScriptArgs &args)
+{
+    const auto it = m_members.constFind(member.toLower());
+    if (it == m_members.constEnd())
+        throw ScriptError(ErrNo::NoSuchMember);
+    return it.value()(kind, args);
+}
+
+void ModelScriptObject::method(const char *name, Handler handler)
+{
+    m_members.insert(QString::fromLatin1(name).toLower(), std::move(handler));
+}
+
+void ModelScriptObject::property(const char *name, std::function<ScriptValue()> get,
+                                 std::function<void(const ScriptValue &)> let)
+{
+    method(name, [get = std::move(get), let = std::move(let)](CallKind kind, ScriptArgs &args) -> ScriptValue {
+        if (kind == CallKind::Let || kind == CallKind::Set) {
+            if (!let)
+                throw ScriptError(ErrNo::NoSuchMember);
+            let(letValue(args));
+            return ScriptValue();
+        }
+        return get();
+    });
+}
+
+std::shared_ptr<ScriptCadApplication> ScriptCadApplication::create(std::shared_ptr<CadApplication> app)
+{
+    std::shared_ptr<ScriptCadApplication> object(new ScriptCadApplication(std::move(app)));
+    object->addMembers();
+    return object;
+}
+
+ScriptCadApplication::ScriptCadApplication(std::shared_ptr<CadApplication> app) : m_app(std::move(app)) {}
+
+std::shared_ptr<ScriptDocument> ScriptCadApplication::wrap(const ModelDocPtr &doc)
+{
+    if (!doc)
+        return nullptr;
+    // Forget wrappers of documents that are gone.
+    for (auto it = m_wrappers.begin(); it != m_wrappers.end();)
+        it = it->second.expired() ? m_wrappers.erase(it) : std::next(it);
+    if (auto existing = m_wrappers[doc.get()].lock())
+        return existing;
+    auto wrapper = std::make_shared<ScriptDocument>(shared_from_this(), doc);
+    m_wrappers[doc.get()] = wrapper;
+    return wrapper;
+}
+
+ScriptValue ScriptCadApplication::wrapValue(const ModelDocPtr &doc)
+{
+    return doc ? object(wrap(doc)) : ScriptValue::nothing();
+}
+
+void ScriptCadApplication::addMembers()
+{
+    CadApplication &app = *m_app;
+    // Members capture a weak self so that the application object is not kept
+    // alive by its own table.
+    const std::weak_ptr<ScriptCadApplication> weakSelf = weak_from_this();
+    const auto self = [weakSelf] {
+        auto s = weakSelf.lock();
+        if (!s)
+            throw ScriptError(ErrNo::ObjectVariableNotSet);
+        return s;
+    };
+
+    method("RevisionNumber", [&app](CallKind, ScriptArgs &) { return ScriptValue::fromString(app.revisionNumber()); });
+    property("Visible", [&app] { return ScriptValue::fromBool(app.isVisible()); },
+             [&app](const ScriptValue &v) { app.setVisible(v.toBool()); });
+    method("Frame", [self](CallKind, ScriptArgs &) { return object(std::make_shared<ScriptFrame>(self())); });
+    property("ActiveDoc", [self, &app] { return self()->wrapValue(app.activeDocument()); });
+
+    method("GetOpenDocSpec", [&app](CallKind, ScriptArgs &args) {
+        return object(std::make_shared<ScriptDocSpec>(app.getOpenDocSpec(arg(args, 0).toString())));
+    });
+    method("OpenDoc7", [self, &app](CallKind, ScriptArgs &args) {
+        auto spec = std::dynamic_pointer_cast<ScriptDocSpec>(arg(args, 0).toObject());
+        if (!spec)
+            throw ScriptError(ErrNo::TypeMismatch);
+        return self()->wrapValue(app.openDoc7(spec->spec()));
+    });
+    method("OpenDoc6", [self, &app](CallKind, ScriptArgs &args) {
+        std::int32_t errors = 0, warnings = 0;
+        ModelDocPtr doc = app.openDoc6(arg(args, 0).toString(), arg(args, 1).toLong(),
+                                       hasArg(args, 2) ? args[2]->toLong() : 0,
+                                       hasArg(args, 3) ? args[3]->toString() : QString(), errors, warnings);
+        writeBack(args, 4, errors);
+        writeBack(args, 5, warnings);
+        return self()->wrapValue(doc);
+    });
+    method("LoadFile4", [self, &app](CallKind, ScriptArgs &args) {
+        std::int32_t errors = 0;
+        ModelDocPtr doc = app.loadFile4(arg(args, 0).toString(), hasArg(args, 1) ? args[1]->toString() : QString(),
+                                        errors);
+        writeBack(args, 3, errors);
+        return self()->wrapValue(doc);
+    });
+    method("ActivateDoc2", [self, &app](CallKind, ScriptArgs &args) {
+        std::int32_t errors = 0;
+        ModelDocPtr doc = app.activateDoc2(arg(args, 0).toString(), hasArg(args, 1) && args[1]->toBool(), errors);
+        writeBack(args, 2, errors);
+        return self()->wrapValue(doc);
+    });
+    const Handler closeDoc = [&app](CallKind, ScriptArgs &args) {
+        return ScriptValue::fromBool(app.closeDoc(arg(args, 0).toString()));
+    };
+    method("QuitDoc", closeDoc);
+    method("CloseDoc", closeDoc);
+    method("CloseAllDocuments", [&app](CallKind, ScriptArgs &args) {
+        app.closeAllDocuments(hasArg(args, 0) && args[0]->toBool());
+        return ScriptValue::fromBool(true);
+    });
+    method("GetDocumentCount", [&app](CallKind, ScriptArgs &) {
+        return ScriptValue::fromLong(static_cast<std::int32_t>(app.documents().size()));
+    });
+    method("GetDocuments", [self, &app](CallKind, ScriptArgs &) {
+        std::vector<ScriptValue> docs;
+        for (const ModelDocPtr &doc : app.documents())
+            docs.push_back(self()->wrapValue(doc));
+        return docs.empty() ? ScriptValue() : ScriptValue::fromList(docs);
+    });
+
+    Preferences &prefs = app.preferences();
+    method("SetUserPreferenceToggle", [&prefs](CallKind, ScriptArgs &args) {
+        prefs.setToggle(arg(args, 0).toLong(), arg(args, 1).toBool());
+        return ScriptValue::fromBool(true);
+    });
+    method("GetUserPreferenceToggle", [&prefs](CallKind, ScriptArgs &args) {
+        return ScriptValue::fromBool(prefs.toggle(arg(args, 0).toLong()));
+    });
+    method("SetUserPreferenceIntegerValue", [&prefs](CallKind, ScriptArgs &args) {
+        prefs.setInteger(arg(args, 0).toLong(), arg(args, 1).toLong());
+        return ScriptValue::fromBool(true);
+    });
+    method("GetUserPreferenceIntegerValue", [&prefs](CallKind, ScriptArgs &args) {
+        return ScriptValue::fromLong(prefs.integer(arg(args, 0).toLong()));
+    });
+    method("SetUserPreferenceDoubleValue", [&prefs](CallKind, ScriptArgs &args) {
+        prefs.setReal(arg(args, 0).toLong(), arg(args, 1).toDouble());
+        return ScriptValue::fromBool(true);
+    });
+    method("GetUserPreferenceDoubleValue", [&prefs](CallKind, ScriptArgs &args) {
+        return ScriptValue::fromDouble(prefs.real(arg(args, 0).toLong()));
+    });
+    method("SetUserPreferenceStringListValue", [&prefs](CallKind, ScriptArgs &args) {
+        // Entries come as one text separated by line feeds.
+        const QStringList entries = arg(args, 1).toString().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QStringList trimmed;
+        for (const QString &e : entries)
+            trimmed << e.trimmed();
+        prefs.setStringList(arg(args, 0).toLong(), trimmed);
+        return ScriptValue::fromBool(true);
+    });
+    method("GetUserPreferenceStringListValue", [&prefs](CallKind, ScriptArgs &args) {
+        return ScriptValue::fromString(prefs.stringList(arg(args, 0).toLong()).join(QLatin1Char('\n')));
+    });
+    method("GetExportFileData", [&app](CallKind, ScriptArgs &args) -> ScriptValue {
+        std::shared_ptr<ExportPdfData> data = app.exportFileData(arg(args, 0).toLong());
+        return data ? object(std::make_shared<ScriptPdfData>(data)) : ScriptValue::nothing();
+    });
+    method("GetErrorMessages", [&app](CallKind, ScriptArgs &args) {
+        const QStringList messages = app.takeErrorMessages();
+        const auto count = static_cast<std::int32_t>(messages.size());
+        if (hasArg(args, 0))
+            *args[0] = count ? textArray(messages) : ScriptValue();
+        if (hasArg(args, 1)) {
+            std::vector<ScriptValue> ids(messages.size(), ScriptValue::fromLong(0));
+            *args[1] = count ? ScriptValue::fromList(ids) : ScriptValue();
+        }
+        if (hasArg(args, 2)) {
+            std::vector<ScriptValue> types(messages.size(), ScriptValue::fromLong(1));
+            *args[2] = count ? ScriptValue::fromList(types) : ScriptValue();
+        }
+        return ScriptValue::fromLong(count);
+    });
+}
+
+ScriptDocument::ScriptDocument(std::shared_ptr<ScriptCadApplication> app, ModelDocPtr doc)
+    : m_app(std::move(app)), m_doc(std::move(doc))
+{
+    ModelDoc &d = *m_doc;
+    const ModelDocPtr keep = m_doc;
+    const auto plain = [this](const char *name, std::function<ScriptValue()> get) {
+        method(name, [get = std::move(get)](CallKind, ScriptArgs &) { return get(); });
+    };
+    plain("GetType", [&d] { return ScriptValue::fromLong(static_cast<std::int32_t>(d.type())); });
+    plain("GetPathName", [&d] { return ScriptValue::fromString(d.pathName()); });
+    plain("GetTitle", [&d] { return ScriptValue::fromString(d.title()); });
+    plain("Extension", [keep] { return object(std::make_shared<ScriptExtension>(keep)); });
+    plain("ConfigurationManager", [keep] { return object(std::make_shared<ScriptConfigurationManager>(keep)); });
+    plain("PageSetup", [keep] { return object(std::make_shared<ScriptPageSetup>(keep)); });
+    plain("GetConfigurationNames", [&d]() -> ScriptValue {
+        const QStringList names = d.configurationNames();
+        return names.isEmpty() ? ScriptValue() : textArray(names);
+    });
+    plain("GetConfigurationCount", [&d] { return ScriptValue::fromLong(static_cast<std::int32_t>(d.configurationNames().size())); });
+    const Handler show = [&d](CallKind, ScriptArgs &args) {
+        return ScriptValue::fromBool(d.showConfiguration(arg(args, 0).toString()));
+    };
+    method("ShowConfiguration", show);
+    method("ShowConfiguration2", show);
+    plain("GetSheetNames", [&d]() -> ScriptValue {
+        const QStringList names = d.sheetNames();
+        return names.isEmpty() ? ScriptValue() : textArray(names);
+    });
+    plain("GetSheetCount", [&d] { return ScriptValue::fromLong(static_cast<std::int32_t>(d.sheetNames().size())); });
+    plain("GetCurrentSheet", [&d]() -> ScriptValue {
+        if (d.type() != DocumentType::Drawing)
+            return ScriptValue::nothing();
+        return object(std::make_shared<ScriptNamed>(QStringLiteral("Sheet"), d.currentSheet()));
+    });
+    method("ActivateSheet", [&d](CallKind, ScriptArgs &args) {
+        return ScriptValue::fromBool(d.activateSheet(arg(args, 0).toString()));
+    });
+    method("GetComponents", [&d](CallKind, ScriptArgs &args) -> ScriptValue {
+        std::vector<ScriptValue> items;
+        for (const Component &c : d.components(hasArg(args, 0) && args[0]->toBool()))
+            items.push_back(object(std::make_shared<ScriptComponent>(c)));
+        return items.empty() ? ScriptValue() : ScriptValue::fromList(items);
+    });
+    method("GetComponentCount", [&d](CallKind, ScriptArgs &args) {
+        return ScriptValue::fromLong(static_cast<std::int32_t>(d.components(hasArg(args, 0) && args[0]->toBool()).size()));
+    });
+    property("Printer", [&d] { return ScriptValue::fromString(d.printer()); },
+             [&d](const ScriptValue &v) { d.setPrinter(v.toString()); });
+}
+
+QString ScriptDocument::typeName() const
+{
+    switch (m_doc->type()) {
+    case DocumentType::Part: return QStringLiteral("PartDoc");
+    case DocumentType::Assembly: return QStringLiteral("AssemblyDoc");
+    case DocumentType::Drawing: return QStringLiteral("DrawingDoc");
+    case DocumentType::None: break;
+    }
+    return QStringLiteral("ModelDoc2");
+}
+
+ScriptMacroHost::ScriptMacroHost(std::shared_ptr<ScriptCadApplication> app) : m_app(std::move(app))
+{
+    method("Cadrix", [this](CallKind, ScriptArgs &) { return object(m_app); });
+}
+
+} // namespace cadsim
