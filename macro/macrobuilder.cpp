@@ -20,6 +20,17 @@ const QString kOutputPath = QStringLiteral("OutputPath");
 const QString kOutputPath2 = QStringLiteral("OutputPath2");
 const QString kErrorLogPath = QStringLiteral("ErrorLogPath");
 
+// The file placeholders in the order they are replaced.
+constexpr std::array<QLatin1StringView, 9> kFilePlaceholders = {
+    QLatin1StringView("<Filepath>"),     QLatin1StringView("<Path>"),     QLatin1StringView("<VaultPath>"),
+    QLatin1StringView("<TaskInstanceGuid>"), QLatin1StringView("<SelCfgOrSheet>"), QLatin1StringView("<Revision>"),
+    QLatin1StringView("<Version>"),      QLatin1StringView("<WorkflowState>"), QLatin1StringView("<Today>")};
+
+bool isAsciiLetter(QChar c)
+{
+    return (c >= QLatin1Char('a') && c <= QLatin1Char('z')) || (c >= QLatin1Char('A') && c <= QLatin1Char('Z'));
+}
+
 bool usesVersionInfo(const QString &pattern)
 {
     return pattern.contains(QLatin1String("<Revision>")) || pattern.contains(QLatin1String("<WorkflowState>"));
@@ -90,6 +101,26 @@ void MacroBuilder::Prepare(const std::shared_ptr<IDoxVault> &vault,
 
     m_vaultPath = withoutTrailingBackslash(m_vaultPath);
     m_today = todayText(Clock::instance().now(), m_dateStyle(vaultName));
+    indexFilePlaceholders();
+}
+
+void MacroBuilder::indexFilePlaceholders()
+{
+    m_spots.clear();
+    m_onePassSafe = true;
+    const QStringView text(m_macroText);
+    for (qsizetype pos = text.indexOf(QLatin1Char('<')); pos >= 0; pos = text.indexOf(QLatin1Char('<'), pos + 1)) {
+        const QStringView rest = text.mid(pos);
+        for (int i = 0; i < static_cast<int>(kFilePlaceholders.size()); ++i) {
+            if (!rest.startsWith(kFilePlaceholders[i]))
+                continue;
+            if (pos > 0 && (text[pos - 1] == QLatin1Char('<') || isAsciiLetter(text[pos - 1])))
+                m_onePassSafe = false;
+            m_spots.push_back({pos, kFilePlaceholders[i].size(), i});
+            pos += kFilePlaceholders[i].size() - 1;
+            break;
+        }
+    }
 }
 
 void MacroBuilder::SetFile(const QString &path, const QString &cfgOrSheet, std::int32_t fileId,
@@ -137,18 +168,41 @@ void MacroBuilder::SetFile(const QString &path, const QString &cfgOrSheet, std::
     m_workflowState = info.stateName;
 }
 
+std::array<QString, 9> MacroBuilder::fileValues() const
+{
+    return {EncodeMacroLiteral(m_filePath),   EncodeMacroLiteral(m_folderPath), EncodeMacroLiteral(m_vaultPath),
+            m_taskInstanceGuid,               EncodeMacroLiteral(m_cfgOrSheet), EncodeMacroLiteral(m_revision),
+            m_versionText,                    EncodeMacroLiteral(m_workflowState), m_today};
+}
+
 QString MacroBuilder::BuildFileMacro() const
 {
-    QString macro = m_macroText;
-    macro.replace(QLatin1String("<Filepath>"), EncodeMacroLiteral(m_filePath));
-    macro.replace(QLatin1String("<Path>"), EncodeMacroLiteral(m_folderPath));
-    macro.replace(QLatin1String("<VaultPath>"), EncodeMacroLiteral(m_vaultPath));
-    macro.replace(QLatin1String("<TaskInstanceGuid>"), m_taskInstanceGuid);
-    macro.replace(QLatin1String("<SelCfgOrSheet>"), EncodeMacroLiteral(m_cfgOrSheet));
-    macro.replace(QLatin1String("<Revision>"), EncodeMacroLiteral(m_revision));
-    macro.replace(QLatin1String("<Version>"), m_versionText);
-    macro.replace(QLatin1String("<WorkflowState>"), EncodeMacroLiteral(m_workflowState));
-    macro.replace(QLatin1String("<Today>"), m_today);
+    const std::array<QString, 9> values = fileValues();
+
+    // A value holding "<" or ">" may form or be a later placeholder.
+    bool onePass = m_onePassSafe;
+    for (std::size_t i = 0; onePass && i + 1 < values.size(); ++i)
+        onePass = !values[i].contains(QLatin1Char('<')) && !values[i].contains(QLatin1Char('>'));
+
+    if (!onePass) {
+        QString macro = m_macroText;
+        for (std::size_t i = 0; i < values.size(); ++i)
+            macro.replace(kFilePlaceholders[i], values[i]);
+        return macro;
+    }
+
+    qsizetype size = m_macroText.size();
+    for (const PlaceholderSpot &spot : m_spots)
+        size += values[static_cast<std::size_t>(spot.placeholder)].size() - spot.length;
+    QString macro;
+    macro.reserve(size);
+    qsizetype copied = 0;
+    for (const PlaceholderSpot &spot : m_spots) {
+        macro.append(QStringView(m_macroText).mid(copied, spot.position - copied));
+        macro.append(values[static_cast<std::size_t>(spot.placeholder)]);
+        copied = spot.position + spot.length;
+    }
+    macro.append(QStringView(m_macroText).mid(copied));
     return macro;
 }
 

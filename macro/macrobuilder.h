@@ -3,9 +3,11 @@
 #include "host/hresult.h"
 
 #include <QString>
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 class IDoxTaskInstance;
 class IDoxVault;
@@ -62,6 +64,18 @@ public:
     const QString &workflowState() const { return m_workflowState; }
 
 private:
+    // The file placeholders' values for the current file, in replacement order.
+    std::array<QString, 9> fileValues() const;
+    void indexFilePlaceholders();
+
+    // Where the file placeholders stand in the prepared text, so that a
+    // file's macro is built in one pass. Filled by Prepare.
+    struct PlaceholderSpot {
+        qsizetype position;
+        qsizetype length;
+        int placeholder;
+    };
+
     std::shared_ptr<IDoxTaskInstance> m_taskInstance;
     std::shared_ptr<IDoxVault> m_vault;
     QString m_filePath;
@@ -81,5 +95,10 @@ private:
     QString m_today;
     bool m_needsVersionInfo = false;
 
+    std::vector<PlaceholderSpot> m_spots;
+    // False when a placeholder stands right after "<" or a letter: a value
+    // put there could complete a later placeholder, which only replacing one
+    // placeholder after the other gets right.
+    bool m_onePassSafe = true;
     VaultDateStyleLookup m_dateStyle;
 };

@@ -7,6 +7,7 @@
 #include "platform/drivemap.h"
 #include "platform/memoryfilesystem.h"
 
+#include <QRandomGenerator>
 #include <gtest/gtest.h>
 
 namespace {
@@ -138,6 +139,52 @@ TEST_F(MacroBuilderTest, FilePlaceholdersEncodedOrPlain)
               "keep=<Filename><Extension><Configuration>");
     // The prepared text is the same for the next file.
     EXPECT_EQ(b.macroText(), prepared);
+}
+
+TEST_F(MacroBuilderTest, PlaceholdersAreReplacedOneAfterTheOther)
+{
+    m_instance->set("T", Variant::fromBStr("<To<SelCfgOrSheet>day>|<SelCfgOrSheet>|x<SelCfgOrSheet>"));
+    MacroBuilder b = prepared("[T]");
+    // An empty value joins "<To" and "day>" into <Today>, which comes later.
+    b.SetFile("V:\\a.mcdprt", "", 1, 1, 1);
+    EXPECT_EQ(b.BuildFileMacro(), "05_03_2012||x");
+    // A value that is a later placeholder is replaced by it; an earlier one stays.
+    b.SetFile("V:\\a.mcdprt", "<Today>", 1, 1, 1);
+    EXPECT_EQ(b.BuildFileMacro(), "<To05_03_2012day>|05_03_2012|x05_03_2012");
+    b.SetFile("V:\\a.mcdprt", "<Path>", 1, 1, 1);
+    EXPECT_EQ(b.BuildFileMacro(), "<To<Path>day>|<Path>|x<Path>");
+}
+
+// Replacing the file placeholders one after the other over the whole text.
+QString replaceInOrder(QString text, const QStringList &values)
+{
+    const QStringList names = {"<Filepath>", "<Path>", "<VaultPath>", "<TaskInstanceGuid>", "<SelCfgOrSheet>",
+                               "<Revision>", "<Version>", "<WorkflowState>", "<Today>"};
+    for (qsizetype i = 0; i < names.size(); ++i)
+        text.replace(names[i], values[i]);
+    return text;
+}
+
+TEST_F(MacroBuilderTest, BuildingMatchesReplacingInOrder)
+{
+    m_instance->set("OutputPath", Variant::fromBStr("<Revision>"));
+    m_vault->addFile(1, "V:\\D\\a.mcdprt", 2)->setVersion(3, "", "State");
+    QRandomGenerator rng(43);
+    const QStringList pieces = {"<Filepath>", "<Path>", "<VaultPath>", "<TaskInstanceGuid>", "<SelCfgOrSheet>",
+                                "<Revision>", "<Version>", "<WorkflowState>", "<Today>", "<", ">", "<>", "To",
+                                "day", "a", "\"\"", " ", "<Filename>", "Pa", "th>"};
+    const QStringList configurations = {"", "Default", "<Today>", "Ro", "th", "<"};
+    for (int round = 0; round < 400; ++round) {
+        QString script;
+        for (int i = rng.bounded(1, 12); i > 0; --i)
+            script += pieces[rng.bounded(static_cast<int>(pieces.size()))];
+        const QString cfg = configurations[rng.bounded(static_cast<int>(configurations.size()))];
+        MacroBuilder b = prepared(script);
+        b.SetFile("V:\\D\\a.mcdprt", cfg, 1, 2, 3);
+        const QStringList values = {"V:\\D\\a.mcdprt", "V:\\D", "V:", kGuid, cfg, "", "3", "State", "05_03_2012"};
+        ASSERT_EQ(b.BuildFileMacro(), replaceInOrder(script, values))
+            << "script: " << script.toStdString() << " cfg: " << cfg.toStdString();
+    }
 }
 
 TEST_F(MacroBuilderTest, VersionInfoOnlyWhenAnOutputPathUsesIt)

@@ -24,7 +24,12 @@ public:
         }
     }
 
-    void chrW(char16_t unit) { m_out.append(QStringLiteral("ChrW(%1)").arg(static_cast<int>(unit))); }
+    void chrW(char16_t unit)
+    {
+        m_out.append(QLatin1String("ChrW("));
+        m_out.append(QString::number(static_cast<int>(unit)));
+        m_out.append(QLatin1Char(')'));
+    }
 
     QString take() { return std::move(m_out); }
 
