@@ -12,7 +12,7 @@ HRESULT VaultBatchAdd::AddFileFromPath(const QString &localPath, const QString &
         QString source = localPath;
         QString relative;
         if (paths.toRelative(localPath, relative))
-            source = paths.toNative(relative);
+            source = paths.findNative(relative);
         else if (!localPath.startsWith('/'))
             return E_INVALIDARG; // another drive: nothing this host can read
         if (!QFileInfo(source).isFile())

@@ -1,6 +1,7 @@
 #include "vault/vaultpaths.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 namespace {
 
@@ -46,6 +47,25 @@ QString VaultPaths::toNative(const QString &relative) const
     if (relative.isEmpty())
         return m_root;
     return m_root + '/' + QString(relative).replace('\\', '/');
+}
+
+QString VaultPaths::findNative(const QString &relative) const
+{
+    QString path = m_root;
+    for (const QString &part : relative.split('\\', Qt::SkipEmptyParts)) {
+        QString next = path + '/' + part;
+        if (!QFileInfo::exists(next)) {
+            const QStringList entries = QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+            for (const QString &entry : entries) {
+                if (entry.compare(part, Qt::CaseInsensitive) == 0) {
+                    next = path + '/' + entry;
+                    break;
+                }
+            }
+        }
+        path = next;
+    }
+    return path;
 }
 
 bool VaultPaths::toRelative(const QString &path, QString &relative) const

@@ -25,6 +25,11 @@ public:
     // Relative path -> native path under the root ("" -> the root).
     QString toNative(const QString &relative) const;
 
+    // Like toNative, but each component that does not exist in the written
+    // case is matched without regard to case against what is on disk (kept
+    // as written when nothing matches).
+    QString findNative(const QString &relative) const;
+
     // A Windows path on this drive or a native path under the root ->
     // relative path, with "." and ".." resolved and separators unified.
     // False when the path lies outside the vault (another drive, a native

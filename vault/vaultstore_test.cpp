@@ -1,0 +1,266 @@
+#include "vault/vaultstore.h"
+
+#include "host/hosterror.h"
+#include "vault/vaulttesting.h"
+#include "vault/vaultschema.h"
+
+#include <QFileInfo>
+
+namespace {
+
+HRESULT codeOf(const std::function<void()> &f)
+{
+    try {
+        f();
+    } catch (const HostError &e) {
+        return e.code();
+    }
+    return S_OK;
+}
+
+TEST(VaultPaths, WindowsAndNativeFormsMapToOneRelativePath)
+{
+    const VaultPaths paths('v', QStringLiteral("/data/vault"));
+    QString rel;
+    EXPECT_TRUE(paths.toRelative(QStringLiteral("v:\\Parts\\.\\Sub\\..\\a.mcdprt"), rel));
+    EXPECT_EQ(rel, QStringLiteral("Parts\\a.mcdprt"));
+    EXPECT_TRUE(paths.toRelative(QStringLiteral("/data/vault/Parts//b.txt"), rel));
+    EXPECT_EQ(rel, QStringLiteral("Parts\\b.txt"));
+    EXPECT_TRUE(paths.toRelative(QStringLiteral("V:\\"), rel));
+    EXPECT_EQ(rel, QString());
+    EXPECT_TRUE(paths.toRelative(QStringLiteral("/data/vault"), rel));
+    EXPECT_EQ(rel, QString());
+
+    EXPECT_FALSE(paths.toRelative(QStringLiteral("C:\\Parts\\a.mcdprt"), rel));
+    EXPECT_FALSE(paths.toRelative(QStringLiteral("V:\\..\\x"), rel));
+    EXPECT_FALSE(paths.toRelative(QStringLiteral("/data/vault2/a"), rel));
+    EXPECT_FALSE(paths.toRelative(QStringLiteral("relative\\a"), rel));
+
+    EXPECT_EQ(paths.windowsRoot(), QStringLiteral("V:"));
+    EXPECT_EQ(paths.toWindows(QStringLiteral("Parts\\a")), QStringLiteral("V:\\Parts\\a"));
+    EXPECT_EQ(paths.toNative(QStringLiteral("Parts\\a")), QStringLiteral("/data/vault/Parts/a"));
+}
+
+TEST(VaultStore, KeepsEveryVersionAndItsBytes)
+{
+    TempVault vault;
+    VaultStore &store = *vault.store;
+    const QString source = vault.outsideFile(QStringLiteral("a.txt"), "one");
+    const VaultFileRow added = store.addFile(source, QStringLiteral("Parts\\Sub"), QStringLiteral("a.txt"), {});
+    EXPECT_EQ(added.latestVersion, 1);
+    EXPECT_EQ(added.path, QStringLiteral("Parts\\Sub\\a.txt"));
+    EXPECT_EQ(added.lock, VaultLock::None);
+    // The bytes were copied into the local view.
+    EXPECT_EQ(TempVault::readFile(vault.root() + "/Parts/Sub/a.txt"), QByteArray("one"));
+
+    store.checkOut(added.id, 0);
+    TempVault::writeFile(vault.root() + "/Parts/Sub/a.txt", "two");
+    EXPECT_EQ(store.checkIn(added.id, QStringLiteral("second")), 2);
+    store.checkOut(added.id, 0);
+    TempVault::writeFile(vault.root() + "/Parts/Sub/a.txt", "");
+    EXPECT_EQ(store.checkIn(added.id, QString()), 3);
+
+    EXPECT_EQ(store.readVersion(added.id, 1), QByteArray("one"));
+    EXPECT_EQ(store.readVersion(added.id, 2), QByteArray("two"));
+    EXPECT_EQ(store.readVersion(added.id, 3), QByteArray());
+    EXPECT_EQ(store.readVersion(added.id, 0), QByteArray());
+    EXPECT_EQ(codeOf([&] { store.readVersion(added.id, 4); }), E_INVALIDARG);
+    EXPECT_EQ(codeOf([&] { store.readVersion(999, 1); }), E_DOX_FILE_NOT_FOUND);
+
+    const auto versions = store.versions(added.id);
+    ASSERT_EQ(versions.size(), 3u);
+    EXPECT_EQ(versions[1].comment, QStringLiteral("second"));
+    EXPECT_EQ(versions[1].size, 3);
+    EXPECT_EQ(versions[1].user, QStringLiteral("alice"));
+}
+
+TEST(VaultStore, CheckInMakesANewVersionOnlyWhenNeeded)
+{
+    TempVault vault;
+    VaultStore &store = *vault.store;
+    VaultStore::AddOptions keep;
+    keep.keepCheckedOut = true;
+    const QString local = vault.localFile(QStringLiteral("a.txt"), "x");
+    const VaultFileRow added = store.addFile(local, QString(), QStringLiteral("a.txt"), keep);
+    EXPECT_EQ(added.lock, VaultLock::Added);
+    // Freshly added and unchanged: the check-in only releases the lock.
+    EXPECT_EQ(store.checkIn(added.id, QString()), 1);
+    EXPECT_EQ(store.fileById(added.id)->lock, VaultLock::None);
+    // An explicit check-out always yields a version, changed or not.
+    store.checkOut(added.id, 0);
+    EXPECT_EQ(store.checkIn(added.id, QString()), 2);
+    EXPECT_EQ(codeOf([&] { store.checkIn(added.id, QString()); }), E_DOX_FILE_NOT_LOCKED_BY_YOU);
+}
+
+TEST(VaultStore, NewVersionsCarryLabelsCardsAndReferences)
+{
+    TempVault vault;
+    VaultStore &store = *vault.store;
+    VaultStore::AddOptions options;
+    options.revision = QStringLiteral("A");
+    options.state = QStringLiteral("Released");
+    const int asm1 = store.addFile(vault.outsideFile("asm", "asm"), QString(), "top.mcdasm", options).id;
+    const int part = store.addFile(vault.outsideFile("prt", "prt"), QString(), "part.mcdprt", {}).id;
+    store.defineCardVariable(QStringLiteral("Description"));
+    store.setCardValue(asm1, 0, QStringLiteral("description"), QString(), Variant::fromBStr("Top"));
+    store.addReference(asm1, part, QStringLiteral("Default"));
+
+    store.checkOut(asm1, 0);
+    EXPECT_EQ(store.checkIn(asm1, QString()), 2);
+    store.setVersionLabels(asm1, 2, QStringLiteral("B"), QStringLiteral("Work"));
+    store.setCardValue(asm1, 2, QStringLiteral("Description"), QString(), Variant::fromBStr("Top v2"));
+
+    EXPECT_EQ(store.version(asm1, 1)->revision, QStringLiteral("A"));
+    EXPECT_EQ(store.version(asm1, 0)->revision, QStringLiteral("B"));
+    EXPECT_EQ(store.version(asm1, 2)->state, QStringLiteral("Work"));
+    EXPECT_EQ(store.cardValue(asm1, 1, "Description", QString())->bstr(), QStringLiteral("Top"));
+    EXPECT_EQ(store.cardValue(asm1, 2, "Description", QString())->bstr(), QStringLiteral("Top v2"));
+    EXPECT_FALSE(store.cardValue(asm1, 2, "Description", QStringLiteral("Other")).has_value());
+    const auto refs = store.references(asm1, 2);
+    ASSERT_EQ(refs.size(), 1u);
+    EXPECT_EQ(refs[0].childId, part);
+    EXPECT_EQ(refs[0].childVersion, 1);
+    EXPECT_EQ(refs[0].configuration, QStringLiteral("Default"));
+
+    EXPECT_EQ(codeOf([&] { store.setCardValue(asm1, 0, "Unknown", QString(), Variant::fromI4(1)); }),
+              E_DOX_VARIABLE_NOT_FOUND);
+    EXPECT_EQ(codeOf([&] { store.addReference(asm1, asm1, QString()); }), E_INVALIDARG);
+}
+
+TEST(VaultStore, LooksPathsUpWithoutRegardToCase)
+{
+    TempVault vault;
+    VaultStore &store = *vault.store;
+    const int id = store.addFile(vault.outsideFile("a", "a"), QStringLiteral("Parts"), QStringLiteral("Bolt.MCDPRT"), {}).id;
+    ASSERT_TRUE(store.fileByPath(QStringLiteral("parts\\bolt.mcdprt")).has_value());
+    EXPECT_EQ(store.fileByPath(QStringLiteral("PARTS\\BOLT.mcdprt"))->id, id);
+    EXPECT_EQ(store.fileByPath(QStringLiteral("parts\\bolt.mcdprt"))->name, QStringLiteral("Bolt.MCDPRT"));
+    EXPECT_TRUE(store.folderByPath(QStringLiteral("PARTS")).has_value());
+    EXPECT_EQ(codeOf([&] { store.addFile(vault.outsideFile("b", "b"), "parts", "bolt.mcdprt", {}); }),
+              E_DOX_NAME_ALREADY_EXISTS);
+    EXPECT_EQ(codeOf([&] { store.addFile(vault.outsideFile("c", "c"), "Parts", "a:b", {}); }), E_DOX_INVALID_NAME);
+    EXPECT_EQ(codeOf([&] { store.addFile(vault.root() + "/missing", "Parts", "m", {}); }), E_DOX_FILE_NOT_FOUND);
+}
+
+TEST(VaultStore, WalksATreeInPathOrder)
+{
+    TempVault vault;
+    VaultStore &store = *vault.store;
+    const QByteArray b = "b";
+    store.addFile(vault.outsideFile("1", b), QStringLiteral("A\\B"), QStringLiteral("z.txt"), {});
+    store.addFile(vault.outsideFile("2", b), QStringLiteral("A"), QStringLiteral("y.txt"), {});
+    store.addFile(vault.outsideFile("3", b), QStringLiteral("AB"), QStringLiteral("x.txt"), {});
+    store.addFile(vault.outsideFile("4", b), QString(), QStringLiteral("w.txt"), {});
+
+    QStringList under;
+    for (const auto &f : store.filesUnder(store.folderByPath("a")->id))
+        under << f.path;
+    // "AB" shares the prefix "A" but is not below it.
+    EXPECT_EQ(under, (QStringList{"A\\B\\z.txt", "A\\y.txt"}));
+    EXPECT_EQ(store.filesUnder(VaultStore::RootFolderId).size(), 4u);
+
+    QStringList folders;
+    store.walk(VaultStore::RootFolderId, [&](const VaultFolderRow &f) { folders << f.path; }, nullptr);
+    EXPECT_EQ(folders, (QStringList{"", "A", "A\\B", "AB"}));
+    const auto subs = store.subFolders(VaultStore::RootFolderId);
+    ASSERT_EQ(subs.size(), 2u);
+    EXPECT_EQ(store.filesIn(VaultStore::RootFolderId).size(), 1u);
+}
+
+TEST(VaultStore, LocksBelongToOneUser)
+{
+    TempVault vault(QStringLiteral("alice"));
+    const int id = vault.store->addFile(vault.outsideFile("a", "a"), QString(), "a.txt", {}).id;
+    auto bob = vault.reopen(QStringLiteral("bob"));
+    vault.store->checkOut(id, 0);
+    vault.store->checkOut(id, 0); // again by the holder: fine
+    EXPECT_EQ(codeOf([&] { bob->checkOut(id, 0); }), E_DOX_FILE_IS_LOCKED);
+    EXPECT_EQ(codeOf([&] { bob->checkIn(id, QString()); }), E_DOX_FILE_NOT_LOCKED_BY_YOU);
+    EXPECT_EQ(codeOf([&] { bob->undoCheckOut(id); }), E_DOX_FILE_NOT_LOCKED_BY_YOU);
+    EXPECT_EQ(codeOf([&] { bob->deleteFile(id); }), E_DOX_FILE_IS_LOCKED);
+    EXPECT_EQ(bob->fileById(id)->lockedBy, QStringLiteral("alice"));
+}
+
+TEST(VaultStore, UndoCheckOutRestoresAndDeleteRemovesTheLocalCopy)
+{
+    TempVault vault;
+    VaultStore &store = *vault.store;
+    const int id = store.addFile(vault.outsideFile("a", "kept"), "F", "a.txt", {}).id;
+    const QString local = vault.root() + "/F/a.txt";
+    store.checkOut(id, 0);
+    TempVault::writeFile(local, "scribbled");
+    store.undoCheckOut(id);
+    EXPECT_EQ(TempVault::readFile(local), QByteArray("kept"));
+    EXPECT_EQ(store.fileById(id)->latestVersion, 1);
+
+    store.deleteFile(id);
+    EXPECT_FALSE(store.fileById(id).has_value());
+    EXPECT_FALSE(QFileInfo::exists(local));
+    EXPECT_TRUE(store.versions(id).empty());
+}
+
+TEST(VaultStore, ATransactionThatFailsLeavesNothing)
+{
+    TempVault vault;
+    VaultStore &store = *vault.store;
+    try {
+        Transaction t(store.db());
+        store.addFile(vault.outsideFile("a", "a"), "F", "a.txt", {});
+        store.addFile(vault.outsideFile("b", "b"), "F", "b.txt", {});
+        throw HostError(E_FAIL);
+    } catch (const HostError &) {
+    }
+    EXPECT_FALSE(store.fileByPath("F\\a.txt").has_value());
+    EXPECT_FALSE(store.folderByPath("F").has_value());
+    // The store is usable again afterwards.
+    EXPECT_EQ(store.addFile(vault.outsideFile("a", "a"), "F", "a.txt", {}).latestVersion, 1);
+}
+
+TEST(VaultStore, ReopensWithEverythingInPlace)
+{
+    TempVault vault;
+    {
+        VaultOpenOptions options;
+        options.drive = 'Q';
+        auto other = VaultStore::create(vault.root() + "/../second", "Second", options);
+        EXPECT_EQ(other->paths().windowsRoot(), QStringLiteral("Q:"));
+    }
+    const int id = vault.store->addFile(vault.outsideFile("a", "bytes"), "F", "a.txt", {}).id;
+    vault.store->setSetting(QStringLiteral("DateFmt"), QStringLiteral("2"));
+    vault.store.reset();
+
+    auto again = vault.reopen();
+    EXPECT_EQ(again->name(), QStringLiteral("Demo"));
+    EXPECT_EQ(again->setting("DateFmt"), QStringLiteral("2"));
+    EXPECT_EQ(again->readVersion(id, 1), QByteArray("bytes"));
+    // The drive letter is the vault's, not the opener's.
+    VaultOpenOptions options;
+    options.drive = 'Z';
+    EXPECT_EQ(VaultStore::open(vault.root() + "/../second", options)->paths().windowsRoot(), QStringLiteral("Q:"));
+
+    EXPECT_EQ(codeOf([&] { VaultStore::create(vault.root(), "Again"); }), E_DOX_NAME_ALREADY_EXISTS);
+    EXPECT_EQ(codeOf([&] { VaultStore::open(vault.root() + "/nowhere"); }), E_DOX_CANT_OPEN_DATABASE);
+}
+
+TEST(VaultStore, RefusesADatabaseFromANewerProgram)
+{
+    TempVault vault;
+    vault.store->db().setUserVersion(VaultSchema::CurrentVersion + 1);
+    vault.store.reset();
+    EXPECT_EQ(codeOf([&] { vault.reopen(); }), E_DOX_CANT_OPEN_DATABASE);
+}
+
+TEST(VaultStore, StoresEqualContentsOnce)
+{
+    TempVault vault;
+    VaultStore &store = *vault.store;
+    const int a = store.addFile(vault.outsideFile("a", "same"), "", "a.txt", {}).id;
+    const int b = store.addFile(vault.outsideFile("b", "same"), "", "b.txt", {}).id;
+    EXPECT_EQ(store.version(a, 1)->hash, store.version(b, 1)->hash);
+    Statement &s = store.db().prepare("SELECT COUNT(*) FROM blobs");
+    ASSERT_TRUE(s.step());
+    EXPECT_EQ(s.integer(0), 1);
+    s.reset();
+}
+
+} // namespace
