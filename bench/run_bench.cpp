@@ -40,7 +40,8 @@ void BM_FileListXmlWriteRead(benchmark::State &state)
 {
     const auto records = conversionOutputs(static_cast<int>(state.range(0)));
     for (auto _ : state) {
-        const QString xml = FileListXml::write(records, 1);
+        QString xml;
+        FileListXml::write(records, 1, xml);
         const auto back = FileListXml::read(xml);
         benchmark::DoNotOptimize(back.data());
         if (back.size() != records.size())
@@ -53,14 +54,18 @@ BENCHMARK(BM_FileListXmlWriteRead)->Arg(RecordCount)->Unit(benchmark::kMilliseco
 void BM_FileListXmlWrite(benchmark::State &state)
 {
     const auto records = conversionOutputs(static_cast<int>(state.range(0)));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(FileListXml::write(records, 1));
+    for (auto _ : state) {
+        QString xml;
+        FileListXml::write(records, 1, xml);
+        benchmark::DoNotOptimize(xml.data());
+    }
 }
 BENCHMARK(BM_FileListXmlWrite)->Arg(RecordCount)->Unit(benchmark::kMillisecond);
 
 void BM_FileListXmlRead(benchmark::State &state)
 {
-    const QString xml = FileListXml::write(conversionOutputs(static_cast<int>(state.range(0))), 1);
+    QString xml;
+    FileListXml::write(conversionOutputs(static_cast<int>(state.range(0))), 1, xml);
     for (auto _ : state)
         benchmark::DoNotOptimize(FileListXml::read(xml));
 }

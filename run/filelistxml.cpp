@@ -18,17 +18,22 @@ const QString VerTag = QStringLiteral("ver");
 const QString ConfTag = QStringLiteral("conf");
 const QString ExtraTag = QStringLiteral("extra");
 
-void appendTextElement(QDomDocument &doc, QDomElement &parent, const QString &tag, const QString &text)
+// Builds <tag>text</tag> under parent; false when text cannot be written.
+bool appendTextElement(QDomDocument &doc, QDomElement &parent, const QString &tag, const QString &text)
 {
+    if (!isXmlText(text))
+        return false;
     QDomElement element = doc.createElement(tag);
     element.appendChild(doc.createTextNode(text));
     parent.appendChild(element);
+    return true;
 }
 
 } // namespace
 
-QString write(const std::vector<FileRecord> &records, std::int32_t taskType)
+HRESULT write(const std::vector<FileRecord> &records, std::int32_t taskType, QString &xml)
 {
+    xml.clear();
     QDomDocument doc;
     QDomElement root = doc.createElement(SelsTag);
     doc.appendChild(root);
@@ -37,20 +42,44 @@ QString write(const std::vector<FileRecord> &records, std::int32_t taskType)
             continue;
         const FileRecord &selected = record.source ? *record.source : record;
         QDomElement sel = doc.createElement(SelTag);
-        appendTextElement(doc, sel, DocIdTag, QString::number(selected.docId));
-        appendTextElement(doc, sel, ProjIdTag, QString::number(selected.projId));
-        appendTextElement(doc, sel, PathTag, selected.path);
-        appendTextElement(doc, sel, VerTag, QString::number(selected.version));
-        if (record.source) {
-            appendTextElement(doc, sel, ConfTag, record.conf);
-            if (taskType != 2)
-                appendTextElement(doc, sel, ExtraTag, record.path);
-            else if (record.isPrintEntry)
-                appendTextElement(doc, sel, ExtraTag, record.info);
+        bool ok = appendTextElement(doc, sel, DocIdTag, QString::number(selected.docId))
+               && appendTextElement(doc, sel, ProjIdTag, QString::number(selected.projId))
+               && appendTextElement(doc, sel, PathTag, selected.path)
+               && appendTextElement(doc, sel, VerTag, QString::number(selected.version));
+        if (ok && record.source) {
+            ok = appendTextElement(doc, sel, ConfTag, record.conf);
+            if (ok && taskType != 2)
+                ok = appendTextElement(doc, sel, ExtraTag, record.path);
+            else if (ok && record.isPrintEntry)
+                ok = appendTextElement(doc, sel, ExtraTag, record.info);
         }
+        if (!ok)
+            return E_INVALIDARG;
         root.appendChild(sel);
     }
-    return doc.toString(-1);
+    xml = doc.toString(-1);
+    return S_OK;
+}
+
+bool isXmlText(const QString &text)
+{
+    const qsizetype size = text.size();
+    for (qsizetype i = 0; i < size; ++i) {
+        const char16_t c = text.at(i).unicode();
+        if (c < 0x20) {
+            if (c != u'\t' && c != u'\n' && c != u'\r')
+                return false;
+        } else if (c == 0xFFFE || c == 0xFFFF) {
+            return false;
+        } else if (QChar::isHighSurrogate(c)) {
+            if (i + 1 >= size || !QChar::isLowSurrogate(text.at(i + 1).unicode()))
+                return false;
+            ++i;
+        } else if (QChar::isLowSurrogate(c)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 std::vector<FileRecord> read(const QString &xml)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/hresult.h"
 #include "run/filerecord.h"
 
 #include <QString>
@@ -14,7 +15,12 @@ namespace FileListXml {
 
 // taskType decides "extra": 2 (print) writes a print entry's info and
 // nothing for other records; any other type writes the produced file's path.
-QString write(const std::vector<FileRecord> &records, std::int32_t taskType);
+// A value holding a character that XML cannot carry (control characters,
+// lone surrogates, U+FFFE, U+FFFF) fails with E_INVALIDARG and no text.
+HRESULT write(const std::vector<FileRecord> &records, std::int32_t taskType, QString &xml);
+
+// Whether every character of text can stand in an XML document.
+bool isXmlText(const QString &text);
 
 // Every "sel" element anywhere in the document gives one record, in document
 // order; "extra" lands in info. Text that is not well-formed gives no records.

@@ -4,6 +4,13 @@
 
 namespace {
 
+QString written(const std::vector<FileRecord> &records, std::int32_t taskType)
+{
+    QString xml;
+    EXPECT_EQ(FileListXml::write(records, taskType, xml), S_OK);
+    return xml;
+}
+
 FileRecord selected(std::int32_t docId, std::int32_t projId, const QString &path, std::int32_t version)
 {
     FileRecord record;
@@ -29,12 +36,12 @@ TEST(FileListXmlTest, SelectionListHasTheExactShape)
 {
     const std::vector<FileRecord> records{selected(5, 2, QStringLiteral("V:\\A\\p.mcdprt"), 3),
                                           selected(-1, 0, QStringLiteral("V:\\b.mcddrw"), -1)};
-    EXPECT_EQ(FileListXml::write(records, 1),
+    EXPECT_EQ(written(records, 1),
               QStringLiteral("<sels>"
                              "<sel><doc_id>5</doc_id><proj_id>2</proj_id><path>V:\\A\\p.mcdprt</path><ver>3</ver></sel>"
                              "<sel><doc_id>-1</doc_id><proj_id>0</proj_id><path>V:\\b.mcddrw</path><ver>-1</ver></sel>"
                              "</sels>"));
-    EXPECT_EQ(FileListXml::write({}, 1), QStringLiteral("<sels/>"));
+    EXPECT_EQ(written({}, 1), QStringLiteral("<sels/>"));
 }
 
 TEST(FileListXmlTest, ConversionOutputsCarryTheSourceAndTheProducedFile)
@@ -45,7 +52,7 @@ TEST(FileListXmlTest, ConversionOutputsCarryTheSourceAndTheProducedFile)
     const std::vector<FileRecord> records{output(source, QStringLiteral("V:\\out\\p.pdf"), QStringLiteral("Default")),
                                           log,
                                           output(source, QStringLiteral("V:\\out\\p.step"), QString())};
-    EXPECT_EQ(FileListXml::write(records, 1),
+    EXPECT_EQ(written(records, 1),
               QStringLiteral("<sels>"
                              "<sel><doc_id>7</doc_id><proj_id>3</proj_id><path>V:\\p.mcdprt</path><ver>4</ver>"
                              "<conf>Default</conf><extra>V:\\out\\p.pdf</extra></sel>"
@@ -64,13 +71,13 @@ TEST(FileListXmlTest, PrintRunWritesExtraOnlyForPrintEntries)
     printed.conf = QStringLiteral("Sheet1");
     const std::vector<FileRecord> records{printed, output(source, QStringLiteral("V:\\d.pdf"), QStringLiteral("S2"))};
 
-    const auto back = FileListXml::read(FileListXml::write(records, 2));
+    const auto back = FileListXml::read(written(records, 2));
     ASSERT_EQ(back.size(), 2u);
     EXPECT_EQ(back[0].info, QStringLiteral("Office Printer"));
     EXPECT_EQ(back[0].conf, QStringLiteral("Sheet1"));
     EXPECT_EQ(back[1].info, QString());
     EXPECT_EQ(back[1].conf, QStringLiteral("S2"));
-    EXPECT_FALSE(FileListXml::write(records, 2).contains(QStringLiteral("V:\\d.pdf")));
+    EXPECT_FALSE(written(records, 2).contains(QStringLiteral("V:\\d.pdf")));
 }
 
 TEST(FileListXmlTest, WrittenListsReadBackIdentically)
@@ -80,7 +87,7 @@ TEST(FileListXmlTest, WrittenListsReadBackIdentically)
     std::vector<FileRecord> records{*source,
                                     output(source, QStringLiteral("V:\\out\\a&b.pdf"), QStringLiteral("<Conf> & \"1\"")),
                                     selected(3, 4, QStringLiteral("  leading and trailing  "), 12)};
-    const QString xml = FileListXml::write(records, 1);
+    const QString xml = written(records, 1);
     const auto back = FileListXml::read(xml);
     ASSERT_EQ(back.size(), 3u);
     for (const FileRecord &r : back)
@@ -98,8 +105,8 @@ TEST(FileListXmlTest, WrittenListsReadBackIdentically)
 
     // A selection list read back is written out the same again.
     const std::vector<FileRecord> selection{back[0], back[2]};
-    const QString selectionXml = FileListXml::write(selection, 1);
-    EXPECT_EQ(FileListXml::write(FileListXml::read(selectionXml), 1), selectionXml);
+    const QString selectionXml = written(selection, 1);
+    EXPECT_EQ(written(FileListXml::read(selectionXml), 1), selectionXml);
 }
 
 TEST(FileListXmlTest, ReadingFindsSelAnywhereAndToleratesOddChildren)
@@ -128,6 +135,35 @@ TEST(FileListXmlTest, TextThatIsNotWellFormedGivesAnEmptyList)
                                QStringLiteral("\x01\x02<<<>>>")}) {
         EXPECT_TRUE(FileListXml::read(bad).empty()) << bad.toStdString();
     }
+}
+
+TEST(FileListXmlTest, EveryProperPrefixOfAListIsRejected)
+{
+    auto source = std::make_shared<FileRecord>(selected(7, 3, QStringLiteral("V:\\p.mcdprt"), 4));
+    const QString xml = written({*source, output(source, QStringLiteral("V:\\o.pdf"), QStringLiteral("c"))}, 1);
+    ASSERT_EQ(FileListXml::read(xml).size(), 2u);
+    for (qsizetype n = 0; n < xml.size(); ++n)
+        ASSERT_TRUE(FileListXml::read(xml.left(n)).empty()) << n;
+}
+
+TEST(FileListXmlTest, ValuesXmlCannotCarryFailTheWrite)
+{
+    auto source = std::make_shared<FileRecord>(selected(7, 3, QStringLiteral("V:\\p.mcdprt"), 4));
+    QString xml = QStringLiteral("stale");
+    EXPECT_EQ(FileListXml::write({output(source, QStringLiteral("V:\\o.pdf"), QStringLiteral("bad\x01"))}, 1, xml),
+              E_INVALIDARG);
+    EXPECT_TRUE(xml.isEmpty());
+    // The same record in a print run writes no path, so it cannot fail there.
+    EXPECT_EQ(FileListXml::write({output(source, QStringLiteral("V:\\o\x02.pdf"), QString())}, 2, xml), S_OK);
+    FileRecord log = output(source, QStringLiteral("V:\\bad\x03.log"), QString());
+    log.isErrorLog = true;
+    EXPECT_EQ(FileListXml::write({log}, 1, xml), S_OK);
+
+    EXPECT_TRUE(FileListXml::isXmlText(QStringLiteral("tab\tline\nret\r \U0001F600 \u00E9")));
+    for (const QString &bad : {QString(QChar(0)), QString(QChar(0x1F)), QString(QChar(0xFFFE)),
+                               QString(QChar(0xFFFF)), QString(QChar(0xD800)), QString(QChar(0xDC00)),
+                               QString(QChar(0xDC00)) + QChar(0xD800)})
+        EXPECT_FALSE(FileListXml::isXmlText(QStringLiteral("a") + bad + QStringLiteral("b")));
 }
 
 TEST(FileListXmlTest, NumbersFollowWideStringToLongRules)

@@ -133,12 +133,20 @@ HRESULT TaskRunRecord::storeSelectionList(IDoxVariables &instance, const std::ve
         if (!record.isPrintEntry && (record.isErrorLog || record.source))
             indexRecord(record);
     }
-    return instance.SetVariable(SelectionListKey, Variant::fromBStr(FileListXml::write(m_records, m_taskType)));
+    return storeList(instance, SelectionListKey);
 }
 
 HRESULT TaskRunRecord::storeOutputList(IDoxVariables &instance) const
 {
-    return instance.SetVariable(OutputListKey, Variant::fromBStr(FileListXml::write(m_records, m_taskType)));
+    return storeList(instance, OutputListKey);
+}
+
+HRESULT TaskRunRecord::storeList(IDoxVariables &instance, const QString &key) const
+{
+    QString xml;
+    if (const HRESULT hr = FileListXml::write(m_records, m_taskType, xml); failed(hr))
+        return hr;
+    return instance.SetVariable(key, Variant::fromBStr(xml));
 }
 
 HRESULT TaskRunRecord::readList(IDoxVariables &instance, bool outputList, std::vector<FileRecord> &records)

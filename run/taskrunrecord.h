@@ -51,6 +51,8 @@ public:
     // The list is replaced by copies of selected and written as "__selection_list".
     HRESULT storeSelectionList(IDoxVariables &instance, const std::vector<FileRecord> &selected);
     // The list is written as "__output_list" ("extra" after the task type).
+    // Both writers return E_INVALIDARG, writing nothing, when a value cannot
+    // be carried by XML.
     HRESULT storeOutputList(IDoxVariables &instance) const;
     // "__output_list" or "__selection_list": S_FALSE when absent and a host
     // error unchanged, both with an empty list; text that is not well-formed
@@ -77,6 +79,7 @@ public:
     bool replaceOutput() const { return m_replaceOutput; }
 
 private:
+    HRESULT storeList(IDoxVariables &instance, const QString &key) const;
     void notify(const QString &path) const;
     static bool localFileExists(const QString &windowsPath);
     static void removeLocalFile(const QString &windowsPath);

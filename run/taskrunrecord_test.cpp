@@ -278,6 +278,12 @@ TEST_F(TaskRunRecordTest, ListFailuresAreReturnedWithAnEmptyList)
     instance.set(QStringLiteral("__selection_list"), Variant::other());
     EXPECT_LT(TaskRunRecord::readList(instance, false, read), 0);
 
+    // A value XML cannot carry: nothing is written.
+    startRun(false);
+    m_record.registerOutput(QStringLiteral("V:\\Vault\\Out\\p.pdf"), QStringLiteral("\x07"), false);
+    EXPECT_EQ(m_record.storeOutputList(instance), E_INVALIDARG);
+    EXPECT_FALSE(instance.has(QStringLiteral("__output_list")));
+
     instance.failWrite(QStringLiteral("__selection_list"), E_ACCESSDENIED);
     EXPECT_EQ(m_record.storeSelectionList(instance, {FileRecord{}}), E_ACCESSDENIED);
 
