@@ -476,6 +476,14 @@ QString ScriptDocument::typeName() const
     return QStringLiteral("ModelDoc2");
 }
 
+QHash<QString, ScriptValue> cadConstantValues()
+{
+    QHash<QString, ScriptValue> table;
+    for (const cad::NamedConstant &c : cad::constantTable())
+        table.insert(QString::fromLatin1(c.name).toLower(), ScriptValue::fromLong(c.value));
+    return table;
+}
+
 ScriptMacroHost::ScriptMacroHost(std::shared_ptr<ScriptCadApplication> app) : m_app(std::move(app))
 {
     method("Cadrix", [this](CallKind, ScriptArgs &) { return object(m_app); });

@@ -80,4 +80,8 @@ private:
     std::shared_ptr<ScriptCadApplication> m_app;
 };
 
+// The model's type-library constants for the engine's host table
+// (lower-case name -> Long); they take precedence over the engine's defaults.
+QHash<QString, ScriptValue> cadConstantValues();
+
 } // namespace cadsim

@@ -98,6 +98,16 @@ TEST_F(ScriptAdaptersTest, MacroReachesTheApplicationThroughItsHost)
     EXPECT_TRUE(get(get(app, "Frame").toObject(), "KeepInVisible").toBool());
 }
 
+TEST(CadConstantValues, LowerCaseNamesWithLongValues)
+{
+    const QHash<QString, ScriptValue> table = cadConstantValues();
+    EXPECT_EQ(table.size(), static_cast<qsizetype>(cad::constantTable().size()));
+    ASSERT_TRUE(table.contains("mcfutureversion"));
+    EXPECT_EQ(table["mcfutureversion"].type(), ValueType::Long);
+    EXPECT_EQ(table["mcfutureversion"].toLong(), cad::mcFutureVersion);
+    EXPECT_EQ(table["mcpagesetupprintertopmargin"].toLong(), cad::mcPageSetupPrinterTopMargin);
+}
+
 TEST_F(ScriptAdaptersTest, UnknownMembersMissingArgumentsAndReadOnlyProperties)
 {
     const auto errorOf = [](auto &&f) {
