@@ -1,5 +1,6 @@
 #include "vault/batchservices.h"
 
+#include "platform/filesystem.h"
 #include "vault/hostcall.h"
 
 #include <QFileInfo>
@@ -15,7 +16,8 @@ HRESULT VaultBatchAdd::AddFileFromPath(const QString &localPath, const QString &
             source = paths.findNative(relative);
         else if (!localPath.startsWith('/'))
             return E_INVALIDARG; // another drive: nothing this host can read
-        if (!QFileInfo(source).isFile())
+        const FileSystem &fs = FileSystem::instance();
+        if (!fs.exists(source) || fs.isDirectory(source))
             return E_DOX_FILE_NOT_FOUND;
         QString folder;
         if (!paths.toRelative(destinationFolderPath, folder))

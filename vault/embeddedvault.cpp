@@ -2,7 +2,7 @@
 
 #include "vault/batchservices.h"
 #include "vault/hostcall.h"
-#include "vault/vaulterrors.h"
+#include "common/errortexts.h"
 
 VaultFile::VaultFile(std::shared_ptr<VaultStore> store, const VaultFileRow &row)
     : m_store(std::move(store)), m_id(row.id), m_kind(row.kind), m_name(row.name)
@@ -275,7 +275,14 @@ HRESULT EmbeddedVault::GetCardVariableNames(QStringList &names)
 
 HRESULT EmbeddedVault::GetErrorInfo(HRESULT code, QString &name, QString &description)
 {
-    return vaultErrorText(code, name, description) ? S_OK : S_FALSE;
+    // The error texts give every code some text; a code without a symbolic
+    // name (only its number) is one this host does not know.
+    const QString known = errorName(code);
+    if (known.startsWith(QLatin1String("0x")))
+        return S_FALSE;
+    name = known;
+    description = errorText(code);
+    return S_OK;
 }
 
 HRESULT EmbeddedVault::BrowseForFiles(HostWindow owner, const QString &title, const QString &filter,

@@ -1,7 +1,8 @@
 #include "vault/vaultpaths.h"
 
+#include "platform/filesystem.h"
+
 #include <QDir>
-#include <QFileInfo>
 
 namespace {
 
@@ -54,8 +55,8 @@ QString VaultPaths::findNative(const QString &relative) const
     QString path = m_root;
     for (const QString &part : relative.split('\\', Qt::SkipEmptyParts)) {
         QString next = path + '/' + part;
-        if (!QFileInfo::exists(next)) {
-            const QStringList entries = QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        if (!FileSystem::instance().exists(next)) {
+            const QStringList entries = FileSystem::instance().entries(path);
             for (const QString &entry : entries) {
                 if (entry.compare(part, Qt::CaseInsensitive) == 0) {
                     next = path + '/' + entry;

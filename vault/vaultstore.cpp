@@ -1,14 +1,13 @@
 #include "vault/vaultstore.h"
 
 #include "host/hosterror.h"
+#include "platform/filesystem.h"
 #include "vault/variantcolumns.h"
 #include "vault/vaultschema.h"
 
 #include <QCryptographicHash>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace {
 
@@ -19,21 +18,23 @@ constexpr const char *fileColumns =
 
 QByteArray readLocal(const QString &native)
 {
-    QFile file(native);
-    if (!file.exists())
+    FileSystem &fs = FileSystem::instance();
+    if (!fs.exists(native) || fs.isDirectory(native))
         throw HostError(E_DOX_FILE_NOT_FOUND, native);
-    if (!file.open(QIODevice::ReadOnly))
-        throw HostError(E_DOX_IO_ERROR, QStringLiteral("%1: %2").arg(native, file.errorString()));
-    return file.readAll();
+    const auto bytes = fs.read(native);
+    if (!bytes)
+        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot read %1").arg(native));
+    return *bytes;
 }
 
 void writeLocal(const QString &native, const QByteArray &bytes)
 {
-    QDir().mkpath(QFileInfo(native).absolutePath());
-    // Written aside and renamed, so a crash never leaves half a file.
-    QSaveFile file(native);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        throw HostError(E_DOX_IO_ERROR, QStringLiteral("%1: %2").arg(native, file.errorString()));
+    FileSystem &fs = FileSystem::instance();
+    fs.mkpath(QFileInfo(native).absolutePath());
+    // The file system replaces the file atomically: a crash never leaves
+    // half a file.
+    if (!fs.write(native, bytes))
+        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot write %1").arg(native));
 }
 
 QString defaultUser()
@@ -51,14 +52,14 @@ QString VaultStore::databasePath(const QString &dir)
 
 bool VaultStore::isVault(const QString &dir)
 {
-    return QFileInfo::exists(databasePath(dir));
+    return FileSystem::instance().exists(databasePath(dir));
 }
 
 std::shared_ptr<VaultStore> VaultStore::create(const QString &dir, const QString &name, const VaultOpenOptions &options)
 {
     if (isVault(dir))
         throw HostError(E_DOX_NAME_ALREADY_EXISTS, QStringLiteral("%1 already holds a vault").arg(dir));
-    if (!QDir().mkpath(QDir(dir).absoluteFilePath(QStringLiteral(".mctask"))))
+    if (!FileSystem::instance().mkpath(QDir(dir).absoluteFilePath(QStringLiteral(".mctask"))))
         throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot create %1").arg(dir));
     auto store = std::make_shared<VaultStore>(databasePath(dir), dir, options);
     store->setSetting(QStringLiteral("name"), name);
@@ -148,7 +149,7 @@ int VaultStore::ensureFolder(const QString &relative)
         .bind(4, VaultPaths::key(relative))
         .exec();
     const int id = static_cast<int>(m_db.lastInsertId());
-    QDir().mkpath(m_paths.toNative(relative));
+    FileSystem::instance().mkpath(m_paths.toNative(relative));
     t.commit();
     return id;
 }
@@ -446,7 +447,7 @@ void VaultStore::checkOut(int fileId, int folderId)
         .bind(4, fileId)
         .exec();
     // The local copy is brought up to the latest version before editing.
-    if (!QFileInfo::exists(m_paths.toNative(file.path)))
+    if (!FileSystem::instance().exists(m_paths.toNative(file.path)))
         restoreLocalCopy(fileId);
     t.commit();
 }
@@ -480,7 +481,7 @@ void VaultStore::deleteFile(int fileId)
     m_db.prepare("DELETE FROM files WHERE id = ?").bind(1, fileId).exec();
     t.commit();
     // After the commit: a rollback must find the local copy still there.
-    QFile::remove(m_paths.toNative(file.path));
+    FileSystem::instance().remove(m_paths.toNative(file.path));
 }
 
 void VaultStore::setVersionLabels(int fileId, int version, const QString &revision, const QString &state)
