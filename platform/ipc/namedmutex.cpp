@@ -15,7 +15,12 @@ NamedMutex::NamedMutex(const QString &name, const QString &folder)
     : m_path(IpcNames::mutexLockPath(name, folder))
 {
     QDir().mkpath(QFileInfo(m_path).absolutePath());
-    m_fd = ::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    const QByteArray native = QFile::encodeName(m_path);
+    m_fd = ::open(native.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    // A lock file made by another user may not be writable for us; flock
+    // works on a read-only descriptor just as well.
+    if (m_fd < 0 && errno == EACCES)
+        m_fd = ::open(native.constData(), O_RDONLY | O_CLOEXEC);
 }
 
 NamedMutex::~NamedMutex()
