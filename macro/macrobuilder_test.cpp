@@ -5,7 +5,9 @@
 #include "host/testing/fakevault.h"
 #include "platform/clock.h"
 #include "platform/drivemap.h"
+#include "common/settingslight.h"
 #include "platform/memoryfilesystem.h"
+#include "platform/memoryregistrystore.h"
 
 #include <QRandomGenerator>
 #include <gtest/gtest.h>
@@ -100,6 +102,20 @@ TEST_F(MacroBuilderTest, TodayFollowsTheVaultStyle)
     EXPECT_EQ(prepared("", 0).today(), "Mar 05 2012");
     EXPECT_EQ(prepared("", 113).today(), "05 Mars 2012");
     EXPECT_EQ(prepared("", 111).today(), "2012_03_05");
+}
+
+TEST_F(MacroBuilderTest, DateStyleComesFromTheVaultsMachineSettings)
+{
+    MemoryRegistryStore registry;
+    ScopedRegistryStore useRegistry(registry);
+    ASSERT_TRUE(SettingsLight(registry).setVaultDateStyle("Design", 111));
+    MacroBuilder b;
+    b.Prepare(m_vault, m_instance, "<Today>");
+    EXPECT_EQ(b.today(), "2012_03_05");
+    // Another vault without a setting gets style 0.
+    MacroBuilder other;
+    other.Prepare(std::make_shared<FakeVault>("Other", "V:\\"), m_instance, "");
+    EXPECT_EQ(other.today(), "Mar 05 2012");
 }
 
 TEST_F(MacroBuilderTest, FileValuesFromThePath)

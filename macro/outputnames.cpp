@@ -1,6 +1,7 @@
 #include "macro/outputnames.h"
 
 #include "addin/tasksettings.h"
+#include "common/translator.h"
 
 const std::vector<OutputPlaceholder> &outputPathPlaceholders()
 {
@@ -21,7 +22,7 @@ const std::vector<OutputPlaceholder> &outputPathPlaceholders()
 OutputLabels OutputLabels::read(IDoxVariables &variables, LabelTextLookup text)
 {
     if (!text)
-        text = [](std::int32_t, const QString &english) { return english; };
+        text = [](std::int32_t number, const QString &english) { return tr_ts(number, english); };
     OutputLabels labels;
     Choice &sheets = labels.m_sheets;
     sheets.fileMode = getIntVariable(variables, QStringLiteral("FileSheets"), sheets.fileMode);

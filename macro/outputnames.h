@@ -37,6 +37,7 @@ inline constexpr std::int32_t kOutputNamed = 8;
 class OutputLabels final
 {
 public:
+    // Texts come from text (the add-in's translations when not given).
     // Throws HostError when a variable cannot be read.
     static OutputLabels read(IDoxVariables &variables, LabelTextLookup text = {});
 

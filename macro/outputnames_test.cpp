@@ -12,7 +12,7 @@ OutputLabels labelsWith(std::initializer_list<std::pair<const char *, Variant>> 
     FakeVariables vars;
     for (const auto &[name, value] : values)
         vars.set(QString::fromLatin1(name), value);
-    return OutputLabels::read(vars);
+    return OutputLabels::read(vars, [](std::int32_t, const QString &english) { return english; });
 }
 
 TEST(OutputLabels, SheetLabelFollowsTheFileAndOutputBits)
@@ -75,7 +75,7 @@ TEST(OutputLabels, HostFailureIsRaised)
 {
     FakeVariables vars;
     vars.failRead("OutputSheets", E_DOX_DATABASE_ACCESS);
-    EXPECT_THROW(OutputLabels::read(vars), HostError);
+    EXPECT_THROW(OutputLabels::read(vars, [](std::int32_t, const QString &english) { return english; }), HostError);
 }
 
 TEST(OutputPlaceholders, NineEntriesInEditorOrder)
