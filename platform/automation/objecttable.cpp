@@ -1,12 +1,12 @@
 #include "platform/automation/objecttable.h"
 
 #include "platform/automation/automationserver.h"
+#include "platform/home.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocalSocket>
-#include <QStandardPaths>
 
 ObjectTable::ObjectTable() : ObjectTable(defaultDirectory()) {}
 
@@ -14,10 +14,7 @@ ObjectTable::ObjectTable(QString directory) : m_directory(std::move(directory)) 
 
 QString ObjectTable::defaultDirectory()
 {
-    QString home = qEnvironmentVariable("MCTASK_HOME");
-    if (home.isEmpty())
-        home = QDir::homePath() + QStringLiteral("/.local/share/mctask");
-    return home + QStringLiteral("/rot");
+    return mctaskHomePath(QStringLiteral("rot"));
 }
 
 QString ObjectTable::endpointPath(const QString &moniker) const

@@ -1,0 +1,321 @@
+#include "cadsim/server/mcsimprocess.h"
+#include "platform/automation/automationerrors.h"
+#include "platform/automation/processmemory.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <future>
+
+namespace {
+
+constexpr std::uint32_t kKeyDown = 0x0100;
+constexpr std::uint32_t kKeyUp = 0x0101;
+constexpr std::uint32_t kVkReturn = 0x0D;
+
+void ensureApp()
+{
+    static int argc = 1;
+    static char name[] = "mcsim_test";
+    static char *argv[] = {name, nullptr};
+    if (!QCoreApplication::instance())
+        new QCoreApplication(argc, argv);
+}
+
+class McsimTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ensureApp();
+        m_sim = std::make_unique<McsimProcess>(QStringLiteral(MCSIM_PROGRAM));
+        m_macro = m_sim->home() + QStringLiteral("/empty.mcb");
+        QFile file(m_macro);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("Sub main()\r\nEnd Sub\r\n");
+    }
+
+    void startAndConnect(const QStringList &arguments = {})
+    {
+        ASSERT_TRUE(m_sim->start(arguments));
+        ASSERT_TRUE(m_sim->connectApplication(m_client)) << m_sim->process().readAllStandardError().toStdString();
+    }
+
+    AutomationReply runMacro2(AutomationClient &client, int timeoutMs = 0)
+    {
+        return client.call("Application", "RunMacro2",
+                           {Variant::fromBStr(m_macro), Variant::fromBStr(QStringLiteral("McMacro1")),
+                            Variant::fromBStr(QStringLiteral("main")), Variant::fromI4(0), Variant::fromI4(0)},
+                           timeoutMs);
+    }
+
+    // Top-level windows as [handle, title, parent title, visible] entries.
+    static std::vector<AutomationValue> windows(AutomationClient &client)
+    {
+        const AutomationReply reply = client.call("Windows", "List");
+        EXPECT_TRUE(reply.ok());
+        return reply.value.items();
+    }
+
+    static std::int32_t waitForWindow(AutomationClient &client, const QString &title, QString *parentTitle = nullptr)
+    {
+        const QDeadlineTimer deadline(5000);
+        while (!deadline.hasExpired()) {
+            for (const AutomationValue &entry : windows(client)) {
+                if (entry.items().at(1).toText() == title) {
+                    if (parentTitle)
+                        *parentTitle = entry.items().at(2).toText();
+                    return entry.items().at(0).toI4();
+                }
+            }
+            QThread::msleep(2);
+        }
+        return 0;
+    }
+
+    std::unique_ptr<McsimProcess> m_sim;
+    AutomationClient m_client;
+    QString m_macro;
+};
+
+} // namespace
+
+TEST_F(McsimTest, RegistersUnderItsProcessIdAndAnswersTheApplicationCalls)
+{
+    startAndConnect({QStringLiteral("/R")});
+    EXPECT_TRUE(m_sim->table().list().contains(QStringLiteral("Mecadra_PID_%1").arg(m_sim->pid())));
+    EXPECT_EQ(m_client.call("Application", "RevisionNumber").value.toText(), QStringLiteral("21.0.0"));
+    EXPECT_EQ(m_client.call("Application", "StartSwitch").value.toText(), QStringLiteral("/R"));
+    EXPECT_EQ(m_client.call("Application", "GetProcessID").value.toI4(), m_sim->pid());
+    EXPECT_TRUE(m_client.call("Application", "Advise").ok()); // it sources events
+    EXPECT_EQ(m_client.call("Application", "NoSuchCall").hr, DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(m_client.call("Application", "SetUserPreferenceToggle", {Variant::fromI4(290)}).hr,
+              DISP_E_BADPARAMCOUNT);
+}
+
+TEST_F(McsimTest, StartSwitchAndRevisionComeFromCommandLineAndEnvironment)
+{
+    m_sim->setEnv(QStringLiteral("MCSIM_REVISION"), QStringLiteral("16.4.0"));
+    startAndConnect({QStringLiteral("/b")});
+    EXPECT_EQ(m_client.call("Application", "StartSwitch").value.toText(), QStringLiteral("/B"));
+    EXPECT_EQ(m_client.call("Application", "RevisionNumber").value.toText(), QStringLiteral("16.4.0"));
+    // Before revision 17 only the run call without an error code exists.
+    EXPECT_EQ(runMacro2(m_client).hr, DISP_E_MEMBERNOTFOUND);
+    const AutomationReply old = m_client.call("Application", "RunMacro",
+                                              {Variant::fromBStr(m_macro), Variant::fromBStr(QStringLiteral("McMacro1")),
+                                               Variant::fromBStr(QStringLiteral("main"))});
+    EXPECT_TRUE(old.ok());
+    EXPECT_EQ(old.value.scalar().type(), VarType::Bool);
+}
+
+TEST_F(McsimTest, PreferencesAndApplicationPropertiesRoundTrip)
+{
+    startAndConnect();
+    auto app = [this](const char *member, AutomationArgs args = {}) {
+        const AutomationReply reply = m_client.call("Application", QString::fromLatin1(member), std::move(args));
+        EXPECT_TRUE(reply.ok()) << member;
+        return reply.value;
+    };
+    // What a caller does to run Mecadra without anyone watching.
+    EXPECT_TRUE(app("SetUserPreferenceToggle", {Variant::fromI4(290), Variant::fromBool(true)}).toBool());
+    app("SetUserPreferenceToggle", {Variant::fromI4(291), Variant::fromBool(true)});
+    app("SetUserPreferenceIntegerValue", {Variant::fromI4(253), Variant::fromI4(0)});
+    app("SetUserPreferenceToggle", {Variant::fromI4(30), Variant::fromBool(false)});
+    app("SetUserPreferenceDoubleValue", {Variant::fromI4(7), Variant::fromR8(0.25)});
+    app("SetUserPreferenceStringListValue", {Variant::fromI4(9), Variant::fromBStr(QStringLiteral("Sheet1\nSheet3"))});
+    app("SetUserPreferenceIntegerValue", {Variant::fromI4(254), Variant::fromBStr(QStringLiteral("42"))});
+
+    EXPECT_TRUE(app("GetUserPreferenceToggle", {Variant::fromI4(290)}).toBool());
+    EXPECT_TRUE(app("GetUserPreferenceToggle", {Variant::fromI4(291)}).toBool());
+    EXPECT_FALSE(app("GetUserPreferenceToggle", {Variant::fromI4(30)}).toBool());
+    EXPECT_EQ(app("GetUserPreferenceIntegerValue", {Variant::fromI4(253)}).toI4(), 0);
+    EXPECT_EQ(app("GetUserPreferenceIntegerValue", {Variant::fromI4(254)}).toI4(), 42);
+    EXPECT_DOUBLE_EQ(app("GetUserPreferenceDoubleValue", {Variant::fromI4(7)}).toR8(), 0.25);
+    EXPECT_EQ(app("GetUserPreferenceStringListValue", {Variant::fromI4(9)}).toText(), QStringLiteral("Sheet1\nSheet3"));
+    EXPECT_EQ(m_client.call("Application", "SetUserPreferenceIntegerValue",
+                            {Variant::fromI4(253), Variant::fromBStr(QStringLiteral("many"))}).hr,
+              DISP_E_TYPEMISMATCH);
+
+    // Hiding: visibility, the two other properties, the frame and its window.
+    EXPECT_TRUE(app("Visible").toBool());
+    app("Visible", {Variant::fromBool(false)});
+    app("BackgroundMode", {Variant::fromBool(true)});
+    app("UserControl", {Variant::fromBool(false)});
+    EXPECT_FALSE(app("Visible").toBool());
+    EXPECT_TRUE(app("BackgroundMode").toBool());
+    EXPECT_FALSE(app("UserControl").toBool());
+    const AutomationValue frame = app("Frame");
+    ASSERT_TRUE(frame.isObject());
+    EXPECT_TRUE(m_client.call(frame, "KeepInVisible", {Variant::fromBool(true)}).ok());
+    EXPECT_TRUE(m_client.call(frame, "KeepInVisible").value.toBool());
+    const std::int32_t hwnd = m_client.call(frame, "GetHWndx64").value.toI4();
+    bool listed = false;
+    for (const AutomationValue &entry : windows(m_client)) {
+        if (entry.items().at(0).toI4() == hwnd) {
+            listed = true;
+            EXPECT_EQ(entry.items().at(1).toText(), QStringLiteral("Mecadra"));
+            EXPECT_FALSE(entry.items().at(3).toBool()); // hidden with the application
+        }
+    }
+    EXPECT_TRUE(listed);
+    EXPECT_TRUE(m_client.call("Windows", "ShowWindow", {Variant::fromI4(hwnd), Variant::fromI4(3)}).ok());
+
+    EXPECT_EQ(app("GetDocumentCount").toI4(), 0);
+    EXPECT_TRUE(app("GetFirstDocument").isNothing());
+    EXPECT_TRUE(app("CloseAllDocuments", {Variant::fromBool(true)}).toBool());
+}
+
+TEST_F(McsimTest, ExitEndsTheProcessAndWithdrawsItsEntry)
+{
+    startAndConnect();
+    const QString moniker = QStringLiteral("Mecadra_PID_%1").arg(m_sim->pid());
+    EXPECT_TRUE(m_client.call("Application", "ExitApp").ok());
+    ASSERT_TRUE(m_sim->waitForExit());
+    EXPECT_EQ(m_sim->process().exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(m_sim->process().exitCode(), 0);
+    EXPECT_TRUE(m_sim->table().lookup(moniker).isEmpty());
+    EXPECT_FALSE(m_sim->table().list().contains(moniker));
+    EXPECT_EQ(m_client.call("Application", "RevisionNumber").hr, RPC_S_SERVER_UNAVAILABLE);
+}
+
+TEST_F(McsimTest, RefuseExitFaultKeepsTheProcessRunning)
+{
+    m_sim->setEnv(QStringLiteral("MCSIM_REFUSE_EXIT"), QStringLiteral("1"));
+    startAndConnect();
+    EXPECT_TRUE(m_client.call("Application", "ExitApp").ok());
+    // Still there and still answering after the exit request was handled.
+    EXPECT_TRUE(m_client.call("Application", "RevisionNumber").ok());
+    EXPECT_FALSE(m_sim->waitForExit(100));
+}
+
+TEST_F(McsimTest, RegisterDelayFaultHoldsBackOnlyTheApplication)
+{
+    m_sim->setEnv(QStringLiteral("MCSIM_REGISTER_DELAY_MS"), QStringLiteral("400"));
+    QElapsedTimer sinceStart;
+    sinceStart.start();
+    ASSERT_TRUE(m_sim->start());
+    AutomationClient windowsClient;
+    ASSERT_TRUE(m_sim->connectWindows(windowsClient));
+    EXPECT_TRUE(windowsClient.call("Windows", "List").ok());
+    ASSERT_TRUE(m_sim->connectApplication(m_client));
+    EXPECT_GE(sinceStart.elapsed(), 400);
+}
+
+TEST_F(McsimTest, NeverRegisterFaultLeavesTheTableWithoutTheApplication)
+{
+    m_sim->setEnv(QStringLiteral("MCSIM_NEVER_REGISTER"), QStringLiteral("1"));
+    ASSERT_TRUE(m_sim->start());
+    ASSERT_TRUE(m_sim->waitForLine("not registering"));
+    EXPECT_TRUE(m_sim->table().lookup(QStringLiteral("Mecadra_PID_%1").arg(m_sim->pid())).isEmpty());
+    EXPECT_EQ(m_sim->table().list(), QStringList{QStringLiteral("Windows_PID_%1").arg(m_sim->pid())});
+    EXPECT_EQ(m_sim->process().state(), QProcess::Running);
+}
+
+TEST_F(McsimTest, RunErrorFaultFailsBothRunCallsWithTheCode)
+{
+    m_sim->setEnv(QStringLiteral("MCSIM_RUN_ERROR"), QStringLiteral("23"));
+    startAndConnect();
+    const AutomationReply reply = runMacro2(m_client);
+    ASSERT_TRUE(reply.ok());
+    EXPECT_FALSE(reply.value.toBool());
+    EXPECT_EQ(reply.out.at(4).toI4(), 23);
+    const AutomationReply old = m_client.call("Application", "RunMacro",
+                                              {Variant::fromBStr(m_macro), Variant::fromBStr(QStringLiteral("McMacro1")),
+                                               Variant::fromBStr(QStringLiteral("main"))});
+    ASSERT_TRUE(old.ok());
+    EXPECT_FALSE(old.value.toBool());
+}
+
+TEST_F(McsimTest, ShowWindowFaultBlocksTheMacroUntilTheWindowIsAnswered)
+{
+    const QString title = QStringLiteral("Job 12 - Mecadra Task Scheduler");
+    m_sim->setEnv(QStringLiteral("MCSIM_SHOW_WINDOW"), title);
+    m_sim->setEnv(QStringLiteral("MCSIM_SHOW_WINDOW_PARENT"), QStringLiteral("Mecadra Premium"));
+    startAndConnect();
+    AutomationClient watcher; // the dialog watcher's own connection
+    ASSERT_TRUE(m_sim->connectWindows(watcher));
+
+    auto run = std::async(std::launch::async, [this] { return runMacro2(m_client, 10000); });
+    QString parentTitle;
+    const std::int32_t box = waitForWindow(watcher, title, &parentTitle);
+    ASSERT_NE(box, 0);
+    EXPECT_EQ(parentTitle, QStringLiteral("Mecadra Premium"));
+    EXPECT_EQ(run.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    EXPECT_TRUE(watcher.call("Windows", "PostMessage", {Variant::fromI4(box), Variant::fromI4(kKeyDown), Variant::fromI4(kVkReturn)}).ok());
+    // Key-down answered it: the key-up finds it gone, as on a real desktop.
+    EXPECT_EQ(watcher.call("Windows", "PostMessage", {Variant::fromI4(box), Variant::fromI4(kKeyUp), Variant::fromI4(kVkReturn)}).hr,
+              makeHresult(0x80070578u));
+    const AutomationReply reply = run.get();
+    EXPECT_TRUE(reply.ok());
+    for (const AutomationValue &entry : windows(watcher))
+        EXPECT_NE(entry.items().at(1).toText(), title);
+}
+
+TEST_F(McsimTest, ShowWindowAtStartHoldsRegistrationUntilAnswered)
+{
+    m_sim->setEnv(QStringLiteral("MCSIM_SHOW_WINDOW"), QStringLiteral("Mecadra"));
+    m_sim->setEnv(QStringLiteral("MCSIM_SHOW_WINDOW_AT"), QStringLiteral("start"));
+    ASSERT_TRUE(m_sim->start());
+    AutomationClient watcher;
+    ASSERT_TRUE(m_sim->connectWindows(watcher));
+    // Both the frame and the box are titled "Mecadra": the box is the second.
+    std::int32_t box = 0;
+    const QDeadlineTimer deadline(5000);
+    while (box == 0 && !deadline.hasExpired()) {
+        const auto list = windows(watcher);
+        if (list.size() == 2)
+            box = list[1].items().at(0).toI4();
+        else
+            QThread::msleep(2);
+    }
+    ASSERT_NE(box, 0);
+    EXPECT_TRUE(m_sim->table().lookup(QStringLiteral("Mecadra_PID_%1").arg(m_sim->pid())).isEmpty());
+    EXPECT_TRUE(watcher.call("Windows", "PostMessage", {Variant::fromI4(box), Variant::fromI4(0x10), Variant::fromI4(0)}).ok());
+    ASSERT_TRUE(m_sim->connectApplication(m_client));
+}
+
+TEST_F(McsimTest, HangFaultKeepsTheRunCallWaitingWhileTheServerAnswers)
+{
+    m_sim->setEnv(QStringLiteral("MCSIM_HANG_IN_MACRO"), QStringLiteral("1"));
+    startAndConnect();
+    EXPECT_EQ(runMacro2(m_client, 300).hr, RPC_E_TIMEOUT);
+    AutomationClient other;
+    ASSERT_TRUE(m_sim->connectApplication(other));
+    EXPECT_TRUE(other.call("Application", "RevisionNumber").ok());
+    EXPECT_FALSE(windows(other).empty());
+    EXPECT_EQ(runMacro2(other).hr, makeHresult(0x80010001u)); // busy with the hung macro
+    // Ending it from outside is what is left.
+    m_sim->process().kill();
+    EXPECT_TRUE(m_sim->waitForExit());
+}
+
+TEST_F(McsimTest, CrashFaultEndsTheProcessAfterTheNthMacro)
+{
+    m_sim->setEnv(QStringLiteral("MCSIM_CRASH_AFTER"), QStringLiteral("2"));
+    startAndConnect();
+    EXPECT_TRUE(runMacro2(m_client).ok());
+    EXPECT_TRUE(m_client.call("Application", "RevisionNumber").ok());
+    EXPECT_TRUE(runMacro2(m_client).ok()); // its answer still arrives
+    ASSERT_TRUE(m_sim->waitForExit());
+    EXPECT_EQ(m_sim->process().exitStatus(), QProcess::CrashExit);
+    EXPECT_EQ(m_client.call("Application", "RevisionNumber").hr, RPC_S_SERVER_UNAVAILABLE);
+}
+
+TEST_F(McsimTest, GrowFaultRaisesTheWorkingSetByTheAmountPerMacro)
+{
+    m_sim->setEnv(QStringLiteral("MCSIM_GROW_MIB"), QStringLiteral("40"));
+    startAndConnect();
+    const auto baseline = workingSetBytes(m_sim->pid());
+    ASSERT_TRUE(baseline.has_value());
+    ASSERT_TRUE(runMacro2(m_client).ok());
+    ASSERT_TRUE(runMacro2(m_client).ok());
+    const auto grown = workingSetBytes(m_sim->pid());
+    ASSERT_TRUE(grown.has_value());
+    EXPECT_GE(*grown, *baseline + 78u * 1024 * 1024);
+    EXPECT_LT(*grown, *baseline + 120u * 1024 * 1024);
+}

@@ -1,0 +1,150 @@
+#include "cadsim/server/faultconfig.h"
+#include "cadsim/server/windowmessagebox.h"
+#include "cadsim/server/windowservice.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <thread>
+
+namespace {
+
+using Answer = WindowService::Answer;
+
+// Shows a modal box on another thread and waits until it is listed.
+struct OpenBox
+{
+    OpenBox(WindowService &windows, const QString &title, WindowService::WindowId parent = 0)
+    {
+        answer = std::async(std::launch::async, [&windows, title, parent] { return windows.showModal(title, parent); });
+        for (;;) {
+            for (const auto &window : windows.list()) {
+                if (window.title == title && window.modal)
+                    id = window.id;
+            }
+            if (id != 0)
+                break;
+            std::this_thread::yield();
+        }
+    }
+    std::future<Answer> answer;
+    WindowService::WindowId id = 0;
+};
+
+} // namespace
+
+TEST(WindowServiceTest, ModalBoxWaitsForEnterEscapeOrClose)
+{
+    WindowService windows;
+    const struct {
+        std::uint32_t message;
+        std::uint32_t key;
+        Answer expected;
+    } cases[] = {
+        {winmsg::KeyDown, winmsg::VkReturn, Answer::Enter},
+        {winmsg::KeyDown, winmsg::VkEscape, Answer::Escape},
+        {winmsg::Close, 0, Answer::Close},
+    };
+    for (const auto &c : cases) {
+        OpenBox box(windows, QStringLiteral("Mecadra"));
+        // Key-up alone and other keys leave it open.
+        EXPECT_EQ(windows.postMessage(box.id, winmsg::KeyUp, winmsg::VkReturn), S_OK);
+        EXPECT_EQ(windows.postMessage(box.id, winmsg::KeyDown, 'A'), S_OK);
+        EXPECT_EQ(box.answer.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout);
+        EXPECT_EQ(windows.postMessage(box.id, c.message, c.key), S_OK);
+        EXPECT_EQ(box.answer.get(), c.expected);
+        // Gone: no longer listed, and later messages to it fail.
+        EXPECT_TRUE(windows.list().empty());
+        EXPECT_EQ(windows.postMessage(box.id, winmsg::KeyUp, winmsg::VkReturn), E_INVALID_WINDOW_HANDLE);
+    }
+}
+
+TEST(WindowServiceTest, ListsTitlesWithParentTitlesOldestFirst)
+{
+    WindowService windows;
+    const auto frame = windows.createWindow(QStringLiteral("Mecadra"));
+    OpenBox box(windows, QStringLiteral("Shapeminer"), frame);
+    const auto list = windows.list();
+    ASSERT_EQ(list.size(), 2u);
+    EXPECT_EQ(list[0].title, QStringLiteral("Mecadra"));
+    EXPECT_TRUE(list[0].parentTitle.isEmpty());
+    EXPECT_FALSE(list[0].modal);
+    EXPECT_EQ(list[1].title, QStringLiteral("Shapeminer"));
+    EXPECT_EQ(list[1].parentTitle, QStringLiteral("Mecadra"));
+
+    // A plain window takes messages and ignores them; hiding is remembered.
+    EXPECT_EQ(windows.postMessage(frame, winmsg::Close, 0), S_OK);
+    EXPECT_EQ(windows.showWindow(frame, winmsg::SwHide), S_OK);
+    EXPECT_FALSE(windows.list()[0].visible);
+    EXPECT_EQ(windows.showWindow(12345, winmsg::SwHide), E_INVALID_WINDOW_HANDLE);
+
+    windows.abandonAll(); // releases the waiting box
+    EXPECT_EQ(box.answer.get(), Answer::Abandoned);
+    EXPECT_EQ(windows.showModal(QStringLiteral("late")), Answer::Abandoned);
+}
+
+TEST(WindowMessageBoxTest, AnswersFollowTheButtonsOfTheBox)
+{
+    enum { vbOK = 1, vbCancel = 2, vbAbort = 3, vbRetry = 4, vbYes = 6, vbNo = 7 };
+    constexpr int vbDefaultButton2 = 256;
+    EXPECT_EQ(WindowMessageBox::answerFor(0, Answer::Enter), vbOK);
+    EXPECT_EQ(WindowMessageBox::answerFor(0, Answer::Escape), vbOK);
+    EXPECT_EQ(WindowMessageBox::answerFor(1, Answer::Enter), vbOK);
+    EXPECT_EQ(WindowMessageBox::answerFor(1, Answer::Close), vbCancel);
+    EXPECT_EQ(WindowMessageBox::answerFor(2, Answer::Enter), vbAbort);
+    EXPECT_EQ(WindowMessageBox::answerFor(3, Answer::Escape), vbCancel);
+    EXPECT_EQ(WindowMessageBox::answerFor(4, Answer::Enter), vbYes);
+    EXPECT_EQ(WindowMessageBox::answerFor(4 | vbDefaultButton2, Answer::Enter), vbNo);
+    EXPECT_EQ(WindowMessageBox::answerFor(4, Answer::Escape), vbNo);
+    EXPECT_EQ(WindowMessageBox::answerFor(5, Answer::Enter), vbRetry);
+    // An icon flag (vbExclamation) does not change the buttons.
+    EXPECT_EQ(WindowMessageBox::answerFor(48 | 1, Answer::Escape), vbCancel);
+}
+
+TEST(FaultConfigTest, ReadsEveryFaultFromTheEnvironment)
+{
+    QProcessEnvironment env;
+    env.insert(QStringLiteral("MCSIM_REGISTER_DELAY_MS"), QStringLiteral("250"));
+    env.insert(QStringLiteral("MCSIM_NEVER_REGISTER"), QStringLiteral("1"));
+    env.insert(QStringLiteral("MCSIM_CRASH_AFTER"), QStringLiteral("3"));
+    env.insert(QStringLiteral("MCSIM_HANG_IN_MACRO"), QStringLiteral("2"));
+    env.insert(QStringLiteral("MCSIM_SHOW_WINDOW"), QStringLiteral("Job - Mecadra Task Scheduler"));
+    env.insert(QStringLiteral("MCSIM_SHOW_WINDOW_AT"), QStringLiteral("Start"));
+    env.insert(QStringLiteral("MCSIM_SHOW_WINDOW_PARENT"), QStringLiteral("Mecadra"));
+    env.insert(QStringLiteral("MCSIM_GROW_MIB"), QStringLiteral("64"));
+    env.insert(QStringLiteral("MCSIM_REFUSE_EXIT"), QStringLiteral("yes"));
+    env.insert(QStringLiteral("MCSIM_RUN_ERROR"), QStringLiteral("-2"));
+    QStringList warnings;
+    const FaultConfig config = FaultConfig::fromEnvironment(env, &warnings);
+    EXPECT_TRUE(warnings.isEmpty()) << warnings.join(QLatin1Char('\n')).toStdString();
+    EXPECT_EQ(config.registerDelayMs, 250);
+    EXPECT_TRUE(config.neverRegister);
+    EXPECT_EQ(config.crashAfterMacros, 3);
+    EXPECT_EQ(config.hangInMacro, 2);
+    EXPECT_EQ(config.showWindow, QStringLiteral("Job - Mecadra Task Scheduler"));
+    EXPECT_EQ(config.showWindowAt, FaultConfig::WindowMoment::Start);
+    EXPECT_EQ(config.showWindowParent, QStringLiteral("Mecadra"));
+    EXPECT_EQ(config.growMiBPerMacro, 64);
+    EXPECT_TRUE(config.refuseExit);
+    EXPECT_EQ(config.runError, -2);
+}
+
+TEST(FaultConfigTest, FlagsAndBadNumbersFallBackWithWarnings)
+{
+    QProcessEnvironment env;
+    env.insert(QStringLiteral("MCSIM_NEVER_REGISTER"), QStringLiteral("0"));
+    env.insert(QStringLiteral("MCSIM_REFUSE_EXIT"), QStringLiteral("false"));
+    env.insert(QStringLiteral("MCSIM_CRASH_AFTER"), QStringLiteral("-1"));
+    env.insert(QStringLiteral("MCSIM_GROW_MIB"), QStringLiteral("lots"));
+    env.insert(QStringLiteral("MCSIM_RUN_ERROR"), QStringLiteral("x"));
+    env.insert(QStringLiteral("MCSIM_SHOW_WINDOW_AT"), QStringLiteral("later"));
+    QStringList warnings;
+    const FaultConfig config = FaultConfig::fromEnvironment(env, &warnings);
+    EXPECT_FALSE(config.neverRegister);
+    EXPECT_FALSE(config.refuseExit);
+    EXPECT_EQ(config.crashAfterMacros, 0);
+    EXPECT_EQ(config.growMiBPerMacro, 0);
+    EXPECT_EQ(config.runError, 0);
+    EXPECT_EQ(config.showWindowAt, FaultConfig::WindowMoment::Macro);
+    EXPECT_EQ(warnings.size(), 4);
+}

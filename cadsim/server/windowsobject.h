@@ -1,0 +1,18 @@
+#pragma once
+
+#include "cadsim/server/windowservice.h"
+#include "platform/automation/automationserver.h"
+
+// The window service as callers reach it ("Windows"): List gives one entry
+// per top-level window [handle, title, parent title, visible]; PostMessage
+// (handle, message, wParam) and ShowWindow (handle, command) act on one.
+class WindowsObject final : public AutomationObject
+{
+public:
+    WindowsObject(WindowService &windows, qint64 processId) : m_windows(windows), m_processId(processId) {}
+    HRESULT invoke(const QString &member, AutomationCall &call) override;
+
+private:
+    WindowService &m_windows;
+    qint64 m_processId;
+};
