@@ -78,6 +78,7 @@ std::vector<Component> ModelDoc::components(bool /*topLevelOnly*/) const
 
 void ModelDoc::setPrinter(const QString &name)
 {
+    // Kept as given, so that reading it back gives the same text.
     if (m_app && m_app->findPrinter(name))
-        m_printer = m_app->findPrinter(name)->name;
+        m_printer = name;
 }

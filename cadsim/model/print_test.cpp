@@ -46,12 +46,13 @@ TEST_F(PrintTest, PrinterNotInTheListReadsBackAsTheCurrentOne)
 {
     ModelDocPtr doc = open("S:\\shaft.mcdprt");
     EXPECT_EQ(doc->printer(), "Office Laser"); // the first printer is the default
+    // Printer names compare without case and read back as they were set.
     doc->setPrinter("plotter");
-    EXPECT_EQ(doc->printer(), "Plotter");
+    EXPECT_EQ(doc->printer(), "plotter");
     doc->setPrinter("Nowhere Printer");
-    EXPECT_EQ(doc->printer(), "Plotter");
+    EXPECT_EQ(doc->printer(), "plotter");
     doc->setPrinter("");
-    EXPECT_EQ(doc->printer(), "Plotter");
+    EXPECT_EQ(doc->printer(), "plotter");
 
     // With no printers at all every name reads back empty.
     app.setPrinters({});
@@ -76,7 +77,7 @@ TEST_F(PrintTest, EachPrintAppendsOneRecordAndSendsThePrintEvent)
     drawing->pageSetup().footer = {"", "page", ""};
     drawing->extension().setUsePageSetup(cad::mcPageSetupInUse_Document);
     drawing->setPrinter("Plotter");
-    ASSERT_TRUE(drawing->extension().printOut2(std::vector<std::int32_t>{3, 1}, 2, false, "Plotter", ""));
+    ASSERT_TRUE(drawing->extension().printOut2(std::vector<std::int32_t>{3, 1}, 2, false, "PLOTTER", ""));
 
     part->pageSetup().paperSize = 262;
     part->pageSetup().orientation = 1;
