@@ -72,23 +72,6 @@ std::int32_t referenceSetting(IDoxVariables *holder)
     return setting;
 }
 
-void resolveReferenceVersions(IDoxVault &vault, IDoxVariables *holder, std::vector<FileRecord> &records)
-{
-    if (records.empty())
-        return;
-    const std::int32_t setting = referenceSetting(holder);
-    std::vector<DoxReferenceQuery> queries;
-    queries.reserve(records.size());
-    for (const FileRecord &record : records)
-        queries.push_back({record.docId, record.projId, record.version, record.path});
-    std::vector<std::int32_t> versions;
-    throwIfFailed(vault.ResolveReferenceVersions(queries, setting, versions),
-                  QStringLiteral("ResolveReferenceVersions"));
-    const size_t count = qMin(versions.size(), records.size());
-    for (size_t i = 0; i < count; ++i)
-        records[i].altVersion = versions[i];
-}
-
 } // namespace
 
 bool isFolderFileExtension(const QString &extension)
@@ -126,4 +109,21 @@ std::vector<FileRecord> buildFileRecords(IDoxVault *vault, IDoxVariables *holder
     if (atRun && vault)
         resolveReferenceVersions(*vault, holder, records);
     return records;
+}
+
+void resolveReferenceVersions(IDoxVault &vault, IDoxVariables *holder, std::vector<FileRecord> &records)
+{
+    if (records.empty())
+        return;
+    const std::int32_t setting = referenceSetting(holder);
+    std::vector<DoxReferenceQuery> queries;
+    queries.reserve(records.size());
+    for (const FileRecord &record : records)
+        queries.push_back({record.docId, record.projId, record.version, record.path});
+    std::vector<std::int32_t> versions;
+    throwIfFailed(vault.ResolveReferenceVersions(queries, setting, versions),
+                  QStringLiteral("ResolveReferenceVersions"));
+    const size_t count = qMin(versions.size(), records.size());
+    for (size_t i = 0; i < count; ++i)
+        records[i].altVersion = versions[i];
 }

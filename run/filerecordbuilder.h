@@ -21,3 +21,8 @@ bool isFolderFileExtension(const QString &extension);
 // Host failures raise HostError.
 std::vector<FileRecord> buildFileRecords(IDoxVault *vault, IDoxVariables *holder, const DoxCmdDataArray &data,
                                          bool atRun);
+
+// Sets each record's altVersion from the vault's reference service under the
+// holder's reference setting, as a run does; also for lists read back for
+// the details page. Host failures raise HostError.
+void resolveReferenceVersions(IDoxVault &vault, IDoxVariables *holder, std::vector<FileRecord> &records);

@@ -92,15 +92,6 @@ TEST(FileRecordBuilderTest, FoldersExpandDepthFirstToFilesWithKnownExtensions)
     EXPECT_EQ(buildFileRecords(nullptr, nullptr, {folderElement(10)}, false).size(), 0u);
 }
 
-TEST(FileRecordBuilderTest, FolderExtensionsAreTheFortyKnownOnes)
-{
-    for (const char *ext : {"mcdprt", "MCDASM", "drw", "dxf", "x_b", "xmt_txt", "xmt_bin", "igs", "Iges", "stp",
-                            "sat", "wrl", "stl", "ipt", "iam", "3dm", "idb", "bdf", "emn", "mcdlfp", "drwdot"})
-        EXPECT_TRUE(isFolderFileExtension(QString::fromLatin1(ext))) << ext;
-    for (const char *ext : {"", "pdf", "txt", "tif", "mcd", "x_", "step2", "log", "jpg"})
-        EXPECT_FALSE(isFolderFileExtension(QString::fromLatin1(ext))) << ext;
-}
-
 TEST(FileRecordBuilderTest, VaultFailuresWhileExpandingRaise)
 {
     RunTestVault vault;

@@ -169,7 +169,7 @@ int TaskRunRecord::countOutputs(bool includeErrorLogs, bool includeAll) const
     for (const FileRecord &record : m_records) {
         if (record.isPrintEntry || (!record.inVaultTree && !includeAll) || (record.isErrorLog && !includeErrorLogs))
             continue;
-        if (localFileExists(record.path))
+        if (fileExists(record.path))
             ++count;
     }
     return count;
@@ -178,7 +178,7 @@ int TaskRunRecord::countOutputs(bool includeErrorLogs, bool includeAll) const
 bool TaskRunRecord::hasErrors() const
 {
     for (const FileRecord &record : m_records) {
-        if (record.isErrorLog && localFileExists(record.path))
+        if (record.isErrorLog && fileExists(record.path))
             return true;
     }
     return false;
@@ -195,7 +195,7 @@ void TaskRunRecord::notify(const QString &path) const
         m_notify(FileReplacedCode, path);
 }
 
-bool TaskRunRecord::localFileExists(const QString &windowsPath)
+bool TaskRunRecord::fileExists(const QString &windowsPath)
 {
     if (windowsPath.isEmpty())
         return false;

@@ -66,6 +66,9 @@ public:
     // An error log record whose file exists.
     bool hasErrors() const;
 
+    // Whether a file (not a folder) exists at a Windows path.
+    static bool fileExists(const QString &windowsPath);
+
     // Whether a path starts with the vault root, in any letter case.
     bool isInVaultTree(const QString &path) const;
 
@@ -81,7 +84,6 @@ public:
 private:
     HRESULT storeList(IDoxVariables &instance, const QString &key) const;
     void notify(const QString &path) const;
-    static bool localFileExists(const QString &windowsPath);
     static void removeLocalFile(const QString &windowsPath);
     void resetIndex();
     void indexRecord(const FileRecord &record);

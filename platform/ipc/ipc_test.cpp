@@ -62,10 +62,6 @@ TEST(IpcNamesTest, PipeAndMutexNamesBecomeFilesInTheFolder)
               QStringLiteral("/h/{2F22C261-233E-4dcf-A4BD-0443B7120F4A}"));
     EXPECT_EQ(IpcNames::pipeSocketPath(QStringLiteral("a/../b"), QStringLiteral("/h")), QStringLiteral("/h/a_.._b"));
 
-    qputenv("MCTASK_HOME", "/somewhere/home/");
-    EXPECT_EQ(IpcNames::defaultFolder(), QStringLiteral("/somewhere/home"));
-    qunsetenv("MCTASK_HOME");
-    EXPECT_TRUE(IpcNames::defaultFolder().endsWith(QStringLiteral("/.local/share/mctask")));
 }
 
 TEST(NamedMutexTest, ExcludesOtherHoldersUntilReleased)
