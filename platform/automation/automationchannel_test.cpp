@@ -233,12 +233,14 @@ TEST_F(ChannelTest, EventsArriveOnTheCallingThreadDuringTheCall)
     EXPECT_TRUE(sink.events.empty());
     EXPECT_EQ(reply.out.at(1).toI4(), S_OK);
 
-    ASSERT_TRUE(client.call("Counter", "Advise").ok());
+    const AutomationReply advised = client.call("Counter", "Advise");
+    ASSERT_TRUE(advised.ok());
     reply = client.call("Counter", "Later", {Variant::fromBStr(QStringLiteral("saved.pdf")), AutomationValue()});
     ASSERT_TRUE(reply.ok());
     EXPECT_EQ(reply.value.toText(), QStringLiteral("done"));
     ASSERT_EQ(sink.events.size(), 1u);
     EXPECT_EQ(sink.events[0].dispId, 7);
+    EXPECT_EQ(sink.events[0].source, advised.value.handle());
     EXPECT_EQ(sink.events[0].args.at(0).toText(), QStringLiteral("saved.pdf"));
     EXPECT_EQ(sink.nestedValue, 31);                 // the nested call was answered mid-event
     EXPECT_EQ(reply.out.at(1).toI4(), kSinkRefusal); // the firing side saw the sink's answer

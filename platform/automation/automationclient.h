@@ -64,8 +64,9 @@ public:
 // are handed to the sink on the calling thread before the call returns, the
 // way an apartment delivers them on Windows.
 //
-// A client belongs to one thread. Every member Advise/Unadvise of a server
-// object connects this client to (or disconnects it from) that object's events.
+// A client belongs to one thread. The members Advise and Unadvise of a server
+// object connect this client to (or disconnect it from) that object's events;
+// Advise returns the object's handle, which events carry as their source.
 class AutomationClient final
 {
 public:

@@ -314,7 +314,9 @@ void AutomationServer::handleCall(int connection, const QJsonObject &message)
             advised.insert(handle);
         else
             advised.erase(handle);
-        sendReply(connection, id, S_OK, {}, args);
+        // The handle lets the caller tell which object an event comes from,
+        // also for roots it only knows by name.
+        sendReply(connection, id, S_OK, AutomationValue::fromHandle(handle), args);
         return;
     }
 
