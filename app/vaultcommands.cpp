@@ -1,0 +1,433 @@
+#include "app/cli.h"
+#include "app/vaultlocator.h"
+#include "common/errortexts.h"
+#include "common/settingslight.h"
+#include "host/hosterror.h"
+#include "platform/filesystem.h"
+#include "vault/vaultstore.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+
+#include <functional>
+
+namespace {
+
+const QCommandLineOption helpOption({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
+const QCommandLineOption vaultOption(QStringLiteral("vault"), QStringLiteral("The vault's folder."),
+                                     QStringLiteral("DIR"));
+const QCommandLineOption jsonOption(QStringLiteral("json"), QStringLiteral("Print JSON for scripts."));
+
+// Parses args; false when --help was asked for and printed.
+bool parse(QCommandLineParser &parser, CommandContext &context, const QString &usage, const QString &about)
+{
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    parser.addOption(helpOption);
+    if (!parser.parse(QStringList{QStringLiteral("mctask")} + context.args))
+        throw CliError(parser.errorText() + QStringLiteral(" (see --help)"));
+    if (parser.isSet(helpOption)) {
+        QString options = parser.helpText();
+        // Qt's own usage line names the program only; ours is the real one.
+        options = options.mid(options.indexOf(QLatin1String("Options:")));
+        context.out << "Usage: mctask " << usage << "\n\n" << about << "\n\n" << options;
+        context.out.flush();
+        return false;
+    }
+    return true;
+}
+
+// NAME=VALUE with a non-empty name.
+std::pair<QString, QString> splitAssignment(const QString &text)
+{
+    const qsizetype at = text.indexOf('=');
+    if (at <= 0 || text.left(at).trimmed().isEmpty())
+        throw CliError(QStringLiteral("'%1' is not NAME=VALUE").arg(text));
+    return {text.left(at).trimmed(), text.mid(at + 1)};
+}
+
+QString variantText(const Variant &value)
+{
+    try {
+        return value.toText();
+    } catch (const HostError &) {
+        return describeVariant(value);
+    }
+}
+
+// A host failure while the command changes the vault: one line, status 1.
+int hostFailure(CommandContext &context, const HostError &e)
+{
+    context.err << "mctask: " << errorName(e.code()) << ": " << (e.context().isEmpty() ? errorText(e.code()) : e.context())
+                << '\n';
+    context.err.flush();
+    return 1;
+}
+
+int runVaultInit(CommandContext &context)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption name(QStringLiteral("name"), QStringLiteral("The vault's name (default: the folder's)."),
+                                  QStringLiteral("NAME"));
+    const QCommandLineOption drive(QStringLiteral("drive"), QStringLiteral("Drive letter of the local view (default V)."),
+                                   QStringLiteral("LETTER"));
+    const QCommandLineOption dateStyle(QStringLiteral("date-style"), QStringLiteral("The vault's date style (default 0)."),
+                                       QStringLiteral("N"));
+    parser.addOptions({name, drive, dateStyle});
+    parser.addPositionalArgument(QStringLiteral("DIR"), QStringLiteral("Folder that becomes the vault."));
+    if (!parse(parser, context, QStringLiteral("vault init DIR [--name NAME] [--drive LETTER] [--date-style N]"),
+               QStringLiteral("Creates a vault in DIR (created when missing); its database lives in DIR/.mctask.")))
+        return 0;
+    if (parser.positionalArguments().size() != 1)
+        throw CliError(QStringLiteral("vault init: expected one DIR (see --help)"));
+    const QString dir = QDir(parser.positionalArguments().first()).absolutePath();
+    QString letter = parser.isSet(drive) ? parser.value(drive).trimmed() : QStringLiteral("V");
+    if (letter.endsWith(':'))
+        letter.chop(1);
+    if (letter.size() != 1 || letter[0].toUpper() < 'A' || letter[0].toUpper() > 'Z')
+        throw CliError(QStringLiteral("vault init: '%1' is not a drive letter").arg(parser.value(drive)));
+    std::uint32_t style = 0;
+    if (parser.isSet(dateStyle)) {
+        bool ok = false;
+        style = parser.value(dateStyle).toUInt(&ok);
+        if (!ok)
+            throw CliError(QStringLiteral("vault init: '%1' is not a date style number").arg(parser.value(dateStyle)));
+    }
+    const QString vaultName = parser.isSet(name) ? parser.value(name).trimmed() : QFileInfo(dir).fileName();
+    if (vaultName.isEmpty())
+        throw CliError(QStringLiteral("vault init: the vault needs a name"));
+    if (VaultStore::isVault(dir))
+        throw CliError(QStringLiteral("vault init: %1 already holds a vault").arg(dir));
+    if (FileSystem::instance().exists(dir) && !FileSystem::instance().isDirectory(dir))
+        throw CliError(QStringLiteral("vault init: %1 is a file").arg(dir));
+
+    try {
+        VaultOpenOptions options;
+        options.drive = letter[0].toUpper();
+        const auto store = VaultStore::create(dir, vaultName, options);
+        store->setSetting(QStringLiteral("DateFmt"), QString::number(style));
+        // The macros read the date style from the vault client's settings.
+        if (!SettingsLight().setVaultDateStyle(vaultName, style))
+            context.err << "mctask: warning: the date style could not be written to the settings\n";
+        if (!mountVaultDrive(*store, true))
+            context.err << "mctask: warning: drive " << letter.toUpper() << ": could not be mounted\n";
+        context.err.flush();
+        context.out << "created vault '" << vaultName << "' in " << dir << " as " << store->paths().windowsRoot()
+                    << '\n';
+        return 0;
+    } catch (const HostError &e) {
+        return hostFailure(context, e);
+    }
+}
+
+struct AddItem {
+    QString source;   // native file
+    QString folder;   // relative vault folder
+    QString name;
+};
+
+// The files one SRC stands for: a file, or every file below a folder
+// (keeping the folder's own name and structure), skipping the vault's own
+// hidden folder.
+void collectSources(const VaultStore &store, const QString &argument, const std::optional<QString> &to,
+                    std::vector<AddItem> &items)
+{
+    QString native;
+    QString relative;
+    if (store.paths().toRelative(argument, relative))
+        native = store.paths().findNative(relative);
+    else
+        native = QDir::cleanPath(QDir::current().absoluteFilePath(argument));
+    const QFileInfo info(native);
+    if (!info.exists())
+        throw CliError(QStringLiteral("vault add: no such file or folder: %1").arg(argument));
+    QString insideRelative;
+    const bool inside = store.paths().toRelative(info.absoluteFilePath(), insideRelative);
+    if (info.isFile()) {
+        const QString folder = to ? *to : (inside ? VaultPaths::parentOf(insideRelative) : QString());
+        items.push_back({info.absoluteFilePath(), folder, info.fileName()});
+        return;
+    }
+    const QString base = to ? VaultPaths::join(*to, info.fileName()) : (inside ? insideRelative : info.fileName());
+    QDirIterator it(info.absoluteFilePath(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    std::vector<AddItem> found;
+    while (it.hasNext()) {
+        const QString file = it.next();
+        const QString sub = QDir(info.absoluteFilePath()).relativeFilePath(QFileInfo(file).absolutePath());
+        const QString subFolder = sub == QLatin1String(".") ? QString() : QString(sub).replace('/', '\\');
+        if (subFolder.split('\\').contains(QStringLiteral(".mctask")))
+            continue;
+        found.push_back({file, subFolder.isEmpty() ? base : VaultPaths::join(base, subFolder), QFileInfo(file).fileName()});
+    }
+    std::sort(found.begin(), found.end(), [](const AddItem &a, const AddItem &b) { return a.source < b.source; });
+    items.insert(items.end(), found.begin(), found.end());
+}
+
+int runVaultAdd(CommandContext &context)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption to(QStringLiteral("to"), QStringLiteral("Vault folder to add to."), QStringLiteral("FOLDER"));
+    const QCommandLineOption revision(QStringLiteral("revision"), QStringLiteral("Revision label of the new versions."),
+                                      QStringLiteral("R"));
+    const QCommandLineOption state(QStringLiteral("state"), QStringLiteral("Workflow state of the new versions."),
+                                   QStringLiteral("NAME"));
+    const QCommandLineOption card(QStringLiteral("card"), QStringLiteral("A card value of the new versions."),
+                                  QStringLiteral("NAME=VALUE"));
+    parser.addOptions({vaultOption, jsonOption, to, revision, state, card});
+    parser.addPositionalArgument(QStringLiteral("SRC"), QStringLiteral("Files or folders (native or vault paths)."),
+                                 QStringLiteral("SRC..."));
+    if (!parse(parser, context,
+               QStringLiteral("vault add [--vault DIR] SRC... [--to FOLDER] [--revision R] [--state NAME] "
+                              "[--card NAME=VALUE]... [--json]"),
+               QStringLiteral("Adds files to the vault in one transaction and checks them in. A file already in the\n"
+                              "vault gets a new version when its bytes differ. Files inside the vault's folder\n"
+                              "stay where they are unless --to names another folder.")))
+        return 0;
+    if (parser.positionalArguments().isEmpty())
+        throw CliError(QStringLiteral("vault add: name at least one SRC (see --help)"));
+    std::vector<std::pair<QString, QString>> cards;
+    for (const QString &assignment : parser.values(card))
+        cards.push_back(splitAssignment(assignment));
+
+    const auto store = openLocatedVault(parser.value(vaultOption));
+    std::optional<QString> folder;
+    if (parser.isSet(to)) {
+        const QString value = parser.value(to);
+        const bool absolute = value.startsWith('/') || (value.size() >= 2 && value[1] == ':');
+        folder = absolute ? vaultPathArgument(*store, value) : QString(value).replace('/', '\\');
+        QString check;
+        if (!store->paths().toRelative(store->paths().toWindows(*folder), check) || check != *folder)
+            throw CliError(QStringLiteral("vault add: '%1' is not a vault folder").arg(value));
+    }
+    std::vector<AddItem> items;
+    for (const QString &source : parser.positionalArguments())
+        collectSources(*store, source, folder, items);
+    for (const AddItem &item : items) {
+        for (const QString &part : VaultPaths::join(item.folder, item.name).split('\\'))
+            if (!VaultPaths::isValidName(part))
+                throw CliError(QStringLiteral("vault add: '%1' is not a valid vault name").arg(part));
+    }
+
+    QJsonArray json;
+    std::vector<QStringList> rows;
+    try {
+        Transaction transaction(store->db());
+        for (const auto &[name, value] : cards)
+            store->defineCardVariable(name);
+        for (const AddItem &item : items) {
+            const QString relative = VaultPaths::join(item.folder, item.name);
+            QString action;
+            int version = 0;
+            int id = 0;
+            if (const auto existing = store->fileByPath(relative)) {
+                id = existing->id;
+                const auto bytes = FileSystem::instance().read(item.source);
+                if (!bytes)
+                    throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot read %1").arg(item.source));
+                if (VaultStore::contentHash(*bytes) == store->version(id, 0)->hash) {
+                    action = QStringLiteral("unchanged");
+                    version = existing->latestVersion;
+                } else {
+                    store->checkOut(id, existing->folderId);
+                    const QString local = store->paths().toNative(existing->path);
+                    if (QFileInfo(item.source).absoluteFilePath() != QFileInfo(local).absoluteFilePath()
+                        && !FileSystem::instance().write(local, *bytes))
+                        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot write %1").arg(local));
+                    version = store->checkIn(id, QString());
+                    action = QStringLiteral("new version");
+                }
+            } else {
+                VaultStore::AddOptions options;
+                options.revision = parser.value(revision);
+                options.state = parser.value(state);
+                const VaultFileRow row = store->addFile(item.source, item.folder, item.name, options);
+                id = row.id;
+                version = row.latestVersion;
+                action = QStringLiteral("added");
+            }
+            if (action != QLatin1String("unchanged")) {
+                if (parser.isSet(revision) || parser.isSet(state)) {
+                    const auto labels = store->version(id, version);
+                    store->setVersionLabels(id, version, parser.isSet(revision) ? parser.value(revision) : labels->revision,
+                                            parser.isSet(state) ? parser.value(state) : labels->state);
+                }
+                for (const auto &[name, value] : cards)
+                    store->setCardValue(id, version, name, QString(), Variant::fromBStr(value));
+            }
+            const QString path = store->paths().toWindows(relative);
+            rows.push_back({QString::number(id), path, QString::number(version), action});
+            json.append(QJsonObject{{"id", id}, {"path", path}, {"version", version}, {"action", action}});
+        }
+        transaction.commit();
+    } catch (const HostError &e) {
+        return hostFailure(context, e);
+    }
+    if (parser.isSet(jsonOption))
+        printJson(context.out, json);
+    else
+        printTable(context.out, {"ID", "PATH", "VERSION", "ACTION"}, rows);
+    return 0;
+}
+
+int runVaultLs(CommandContext &context)
+{
+    QCommandLineParser parser;
+    parser.addOptions({vaultOption, jsonOption});
+    parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("Folder to list (default: the root)."),
+                                 QStringLiteral("[FOLDER]"));
+    if (!parse(parser, context, QStringLiteral("vault ls [--vault DIR] [--json] [FOLDER]"),
+               QStringLiteral("Lists the files in and below a vault folder.")))
+        return 0;
+    if (parser.positionalArguments().size() > 1)
+        throw CliError(QStringLiteral("vault ls: at most one FOLDER (see --help)"));
+    const auto store = openLocatedVault(parser.value(vaultOption));
+    int folderId = VaultStore::RootFolderId;
+    if (!parser.positionalArguments().isEmpty()) {
+        const QString argument = parser.positionalArguments().first();
+        const auto folder = store->folderByPath(vaultPathArgument(*store, argument));
+        if (!folder)
+            throw CliError(QStringLiteral("vault ls: no folder %1 in the vault").arg(argument));
+        folderId = folder->id;
+    }
+    try {
+        QJsonArray json;
+        std::vector<QStringList> rows;
+        for (const VaultFileRow &file : store->filesUnder(folderId)) {
+            const QString path = store->paths().toWindows(file.path);
+            rows.push_back({QString::number(file.id), QString::number(file.folderId), path,
+                            QString::number(file.latestVersion), file.revision, file.state, file.lockedBy});
+            json.append(QJsonObject{{"id", file.id},
+                                    {"folder_id", file.folderId},
+                                    {"path", path},
+                                    {"version", file.latestVersion},
+                                    {"revision", file.revision},
+                                    {"state", file.state},
+                                    {"checked_out", file.lock != VaultLock::None},
+                                    {"checked_out_by", file.lockedBy}});
+        }
+        if (parser.isSet(jsonOption))
+            printJson(context.out, json);
+        else
+            printTable(context.out, {"ID", "FOLDER", "PATH", "VERSION", "REVISION", "STATE", "CHECKED OUT"}, rows);
+        return 0;
+    } catch (const HostError &e) {
+        return hostFailure(context, e);
+    }
+}
+
+VaultFileRow requireVaultFile(const VaultStore &constStore, const QString &argument, const QString &command)
+{
+    auto &store = const_cast<VaultStore &>(constStore);
+    const auto file = store.fileByPath(vaultPathArgument(store, argument));
+    if (!file)
+        throw CliError(QStringLiteral("%1: %2 is not a file of the vault").arg(command, argument));
+    return *file;
+}
+
+int runVaultCard(CommandContext &context)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption conf(QStringLiteral("conf"), QStringLiteral("Configuration (default: the file's own)."),
+                                  QStringLiteral("NAME"));
+    parser.addOptions({vaultOption, jsonOption, conf});
+    parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The vault file."));
+    parser.addPositionalArgument(QStringLiteral("NAME"), QStringLiteral("Variables to read, or NAME=VALUE to set."),
+                                 QStringLiteral("[NAME[=VALUE]]..."));
+    if (!parse(parser, context, QStringLiteral("vault card [--vault DIR] [--json] [--conf NAME] FILE [NAME[=VALUE]]..."),
+               QStringLiteral("Reads or sets card variables of the file's latest version. Without NAME it shows\n"
+                              "every value; NAME=VALUE sets a text value (defining the variable when new).")))
+        return 0;
+    QStringList args = parser.positionalArguments();
+    if (args.isEmpty())
+        throw CliError(QStringLiteral("vault card: name a FILE (see --help)"));
+    const QString fileArgument = args.takeFirst();
+    QStringList reads;
+    std::vector<std::pair<QString, QString>> writes;
+    for (const QString &arg : args) {
+        if (arg.contains('='))
+            writes.push_back(splitAssignment(arg));
+        else if (arg.trimmed().isEmpty())
+            throw CliError(QStringLiteral("vault card: empty variable name"));
+        else
+            reads.append(arg.trimmed());
+    }
+    const auto store = openLocatedVault(parser.value(vaultOption));
+    const VaultFileRow file = requireVaultFile(*store, fileArgument, QStringLiteral("vault card"));
+    const QString configuration = parser.value(conf);
+    try {
+        if (!writes.empty()) {
+            Transaction transaction(store->db());
+            for (const auto &[name, value] : writes) {
+                store->defineCardVariable(name);
+                store->setCardValue(file.id, 0, name, configuration, Variant::fromBStr(value));
+            }
+            transaction.commit();
+        }
+        std::vector<std::pair<QString, std::optional<Variant>>> shown;
+        if (reads.isEmpty() && writes.empty()) {
+            for (const VaultCardValue &v : store->cardValues(file.id, 0))
+                if (v.configuration == configuration)
+                    shown.emplace_back(v.variable, v.value);
+        } else {
+            for (const auto &[name, value] : writes)
+                reads.append(name);
+            for (const QString &name : reads)
+                shown.emplace_back(name, store->cardValue(file.id, 0, name, configuration));
+        }
+        QJsonObject json;
+        std::vector<QStringList> rows;
+        for (const auto &[name, value] : shown) {
+            json.insert(name, value ? QJsonValue(variantText(*value)) : QJsonValue());
+            rows.push_back({name, value ? variantText(*value) : QString()});
+        }
+        if (parser.isSet(jsonOption))
+            printJson(context.out, json);
+        else
+            printTable(context.out, {"NAME", "VALUE"}, rows);
+        return 0;
+    } catch (const HostError &e) {
+        return hostFailure(context, e);
+    }
+}
+
+int runVaultRef(CommandContext &context)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption conf(QStringLiteral("conf"), QStringLiteral("Configuration of CHILD that is used."),
+                                  QStringLiteral("NAME"));
+    parser.addOptions({vaultOption, conf});
+    parser.addPositionalArgument(QStringLiteral("PARENT"), QStringLiteral("The referencing vault file."));
+    parser.addPositionalArgument(QStringLiteral("CHILD"), QStringLiteral("The referenced vault file."));
+    if (!parse(parser, context, QStringLiteral("vault ref [--vault DIR] PARENT CHILD [--conf NAME]"),
+               QStringLiteral("Makes the latest version of PARENT reference the latest version of CHILD.")))
+        return 0;
+    if (parser.positionalArguments().size() != 2)
+        throw CliError(QStringLiteral("vault ref: expected PARENT and CHILD (see --help)"));
+    const auto store = openLocatedVault(parser.value(vaultOption));
+    const VaultFileRow parent = requireVaultFile(*store, parser.positionalArguments()[0], QStringLiteral("vault ref"));
+    const VaultFileRow child = requireVaultFile(*store, parser.positionalArguments()[1], QStringLiteral("vault ref"));
+    if (parent.id == child.id)
+        throw CliError(QStringLiteral("vault ref: a file cannot reference itself"));
+    try {
+        store->addReference(parent.id, child.id, parser.value(conf));
+    } catch (const HostError &e) {
+        return hostFailure(context, e);
+    }
+    context.out << store->paths().toWindows(parent.path) << " v" << parent.latestVersion << " -> "
+                << store->paths().toWindows(child.path) << " v" << child.latestVersion;
+    if (!parser.value(conf).isEmpty())
+        context.out << " (" << parser.value(conf) << ')';
+    context.out << '\n';
+    return 0;
+}
+
+} // namespace
+
+int runVaultInitCommand(CommandContext &context) { return runVaultInit(context); }
+int runVaultAddCommand(CommandContext &context) { return runVaultAdd(context); }
+int runVaultLsCommand(CommandContext &context) { return runVaultLs(context); }
+int runVaultCardCommand(CommandContext &context) { return runVaultCard(context); }
+int runVaultRefCommand(CommandContext &context) { return runVaultRef(context); }
