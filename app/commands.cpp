@@ -13,6 +13,9 @@ int runVaultLsCommand(CommandContext &context);
 int runVaultCardCommand(CommandContext &context);
 int runVaultRefCommand(CommandContext &context);
 #endif
+#ifdef MCTASK_WITH_MACRO
+int runMacroPreviewCommand(CommandContext &context);
+#endif
 
 const std::vector<CommandEntry> &allCommands()
 {
@@ -26,6 +29,10 @@ const std::vector<CommandEntry> &allCommands()
         {"vault", "ls", "[--vault DIR] [--json] [FOLDER]", "list the files of a folder and below", &runVaultLsCommand},
         {"vault", "card", "[--vault DIR] FILE [NAME[=VALUE]]...", "read or set card variables", &runVaultCardCommand},
         {"vault", "ref", "[--vault DIR] PARENT CHILD [--conf NAME]", "make a reference", &runVaultRefCommand},
+#endif
+#ifdef MCTASK_WITH_MACRO
+        {"macro", "preview", "[--vault DIR] INSTANCE|TASK FILE", "print the macro a run would build for a file",
+         &runMacroPreviewCommand},
 #endif
     };
     return commands;
