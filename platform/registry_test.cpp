@@ -7,7 +7,9 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 #include <memory>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -144,6 +146,30 @@ TEST(JsonRegistryStoreTest, ConcurrentWritersLoseNothing)
     b.join();
     JsonRegistryStore reader(file);
     EXPECT_EQ(reader.valueNames(HKCU, Native, "Shared").size(), 80);
+}
+
+TEST(JsonRegistryStoreTest, TwoProcessesWritingAtOnceLoseNothing)
+{
+    QTemporaryDir dir;
+    const QString file = dir.path() + "/registry.json";
+    ASSERT_TRUE(JsonRegistryStore(file).createKey(HKLM, Native, "Shared"));
+    auto writeValues = [&](const QString &prefix) {
+        JsonRegistryStore store(file);
+        bool ok = true;
+        for (int i = 0; i < 25; ++i)
+            ok = store.writeValue(HKLM, Native, "Shared", prefix + QString::number(i), RegistryValue::fromDword(i)) && ok;
+        return ok;
+    };
+    const pid_t child = ::fork();
+    ASSERT_NE(child, -1);
+    if (child == 0)
+        ::_exit(writeValues("child") ? 0 : 1);
+    const bool parentOk = writeValues("parent");
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(parentOk);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(JsonRegistryStore(file).valueNames(HKLM, Native, "Shared").size(), 50);
 }
 
 TEST(JsonRegistryStoreTest, ADamagedFileReadsEmptyAndIsReplacedByTheNextWrite)
