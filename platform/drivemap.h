@@ -42,7 +42,8 @@ public:
     // "V:\Folder\a.txt" -> "<root of V>/Folder/a.txt". The letter is
     // case-insensitive, "\" and "/" both separate, "." and ".." are resolved,
     // and each component that does not exist in the written case is matched
-    // case-insensitively against what exists on disk. Components that do not
+    // case-insensitively against what exists on disk (as FileSystem::instance()
+    // sees it, so a test's memory file system counts). Components that do not
     // exist at all are kept as written. Empty when the path has no drive
     // letter or the drive is not mounted.
     QString toNative(const QString &windowsPath) const;
