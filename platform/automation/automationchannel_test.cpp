@@ -381,3 +381,15 @@ TEST(ProcessMemoryTest, ReadsTheWorkingSetAndSeesItGrow)
     EXPECT_EQ(block[12345], 1);
     EXPECT_FALSE(workingSetBytes(0x7ffffff0).has_value());
 }
+
+TEST_F(ChannelTest, LargeValuesCrossInBothDirections)
+{
+    AutomationClient client;
+    ASSERT_EQ(client.connectTo(m_endpoint), S_OK);
+    // Several MiB: more than any socket buffer holds at once.
+    QString big(3 * 1024 * 1024, QLatin1Char('x'));
+    big[12345] = QChar(0x4e2d);
+    const AutomationReply reply = client.call("Counter", "Split", {Variant::fromBStr(big), AutomationValue(), AutomationValue()});
+    ASSERT_TRUE(reply.ok());
+    EXPECT_EQ(reply.out.at(0).toText(), big);
+}

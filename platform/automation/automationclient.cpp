@@ -84,8 +84,10 @@ AutomationReply AutomationClient::call(const ObjectRef &object, const QString &m
         message[wire::kObject] = static_cast<qint64>(object.handle());
     message[wire::kMember] = member;
     message[wire::kArgs] = argsToJson(args);
-    m_socket->write(wire::encodeFrame(message));
-    m_socket->flush();
+    if (!writeFrame(message)) {
+        failure.hr = RPC_S_SERVER_UNAVAILABLE;
+        return failure;
+    }
 
     const int timeout = timeoutMs == 0 ? m_defaultTimeoutMs : timeoutMs;
     const QDeadlineTimer deadline = timeout < 0 ? QDeadlineTimer(QDeadlineTimer::Forever)
@@ -175,8 +177,18 @@ void AutomationClient::dispatchEvent(const QJsonObject &message)
     answer[wire::kKind] = wire::kEventReply;
     answer[wire::kId] = message.value(wire::kId);
     answer[wire::kHr] = hr;
-    if (m_socket && m_socket->state() == QLocalSocket::ConnectedState) {
-        m_socket->write(wire::encodeFrame(answer));
-        m_socket->flush();
+    writeFrame(answer);
+}
+
+bool AutomationClient::writeFrame(const QJsonObject &message)
+{
+    if (!m_socket || m_socket->state() != QLocalSocket::ConnectedState)
+        return false;
+    m_socket->write(wire::encodeFrame(message));
+    // No event loop runs here: push the bytes out before waiting for an answer.
+    while (m_socket->bytesToWrite() > 0) {
+        if (!m_socket->waitForBytesWritten(m_defaultTimeoutMs < 0 ? -1 : qMax(m_defaultTimeoutMs, 1000)))
+            return false;
     }
+    return true;
 }

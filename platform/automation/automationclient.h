@@ -100,6 +100,7 @@ private:
     bool readFrames(int waitMs);
     void handleMessage(const QJsonObject &message);
     void dispatchEvent(const QJsonObject &message);
+    bool writeFrame(const QJsonObject &message);
 
     std::unique_ptr<QLocalSocket> m_socket;
     wire::FrameReader m_reader;
