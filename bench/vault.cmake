@@ -1,0 +1,7 @@
+# The embedded vault: walking a 100,000-file tree, and adding plus checking
+# in 10,000 files in one transaction.
+if(TARGET mctask_vault)
+  add_executable(vault_bench ${CMAKE_CURRENT_LIST_DIR}/vault_bench.cpp)
+  target_link_libraries(vault_bench PRIVATE mctask_vault benchmark::benchmark_main)
+  mctask_warnings(vault_bench)
+endif()
