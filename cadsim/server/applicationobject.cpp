@@ -15,13 +15,22 @@ constexpr HRESULT RPC_E_CALL_REJECTED = makeHresult(0x80010001u);
 // Revisions before this one have only the run call without an error code.
 constexpr int kFirstRevisionWithRunErrorCode = 17;
 
+// Entries come as one text separated by line feeds (as macros pass them) or
+// as an array; either way trimmed, empty ones dropped.
 QStringList toStringList(const AutomationValue &value)
 {
-    if (!value.isArray())
-        return value.toText().split(QLatin1Char('\n'));
+    QStringList raw;
+    if (value.isArray()) {
+        for (const AutomationValue &item : value.items())
+            raw << item.toText();
+    } else {
+        raw = value.toText().split(QLatin1Char('\n'));
+    }
     QStringList items;
-    for (const AutomationValue &item : value.items())
-        items << item.toText();
+    for (const QString &item : raw) {
+        if (!item.trimmed().isEmpty())
+            items << item.trimmed();
+    }
     return items;
 }
 
@@ -74,7 +83,7 @@ HRESULT ApplicationObject::invoke(const QString &name, AutomationCall &call)
         if (call.argCount() >= 1) {
             const bool visible = call.arg(0).toBool();
             m_app.setVisible(visible);
-            m_windows.showWindow(m_process.mainWindow, visible ? 5 /* show */ : winmsg::SwHide);
+            m_windows.showWindow(m_process.mainWindow, visible ? winmsg::SwShow : winmsg::SwHide);
         } else {
             call.setResult(Variant::fromBool(m_app.isVisible()));
         }

@@ -127,7 +127,8 @@ TEST_F(McsimTest, PreferencesAndApplicationPropertiesRoundTrip)
     app("SetUserPreferenceIntegerValue", {Variant::fromI4(253), Variant::fromI4(0)});
     app("SetUserPreferenceToggle", {Variant::fromI4(30), Variant::fromBool(false)});
     app("SetUserPreferenceDoubleValue", {Variant::fromI4(7), Variant::fromR8(0.25)});
-    app("SetUserPreferenceStringListValue", {Variant::fromI4(9), Variant::fromBStr(QStringLiteral("Sheet1\nSheet3"))});
+    app("SetUserPreferenceStringListValue", {Variant::fromI4(9), Variant::fromBStr(QStringLiteral(" Sheet1\n\nSheet3 \n"))});
+    app("SetUserPreferenceStringListValue", {Variant::fromI4(10), AutomationValue::fromArray({Variant::fromBStr(QStringLiteral("A")), Variant::fromBStr(QStringLiteral("B"))})});
     app("SetUserPreferenceIntegerValue", {Variant::fromI4(254), Variant::fromBStr(QStringLiteral("42"))});
 
     EXPECT_TRUE(app("GetUserPreferenceToggle", {Variant::fromI4(290)}).toBool());
@@ -137,6 +138,7 @@ TEST_F(McsimTest, PreferencesAndApplicationPropertiesRoundTrip)
     EXPECT_EQ(app("GetUserPreferenceIntegerValue", {Variant::fromI4(254)}).toI4(), 42);
     EXPECT_DOUBLE_EQ(app("GetUserPreferenceDoubleValue", {Variant::fromI4(7)}).toR8(), 0.25);
     EXPECT_EQ(app("GetUserPreferenceStringListValue", {Variant::fromI4(9)}).toText(), QStringLiteral("Sheet1\nSheet3"));
+    EXPECT_EQ(app("GetUserPreferenceStringListValue", {Variant::fromI4(10)}).toText(), QStringLiteral("A\nB"));
     EXPECT_EQ(m_client.call("Application", "SetUserPreferenceIntegerValue",
                             {Variant::fromI4(253), Variant::fromBStr(QStringLiteral("many"))}).hr,
               DISP_E_TYPEMISMATCH);

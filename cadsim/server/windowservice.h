@@ -18,6 +18,7 @@ inline constexpr std::uint32_t KeyUp = 0x0101;
 inline constexpr std::uint32_t VkReturn = 0x0D;
 inline constexpr std::uint32_t VkEscape = 0x1B;
 inline constexpr int SwHide = 0;
+inline constexpr int SwShow = 5;
 } // namespace winmsg
 
 inline constexpr HRESULT E_INVALID_WINDOW_HANDLE = makeHresult(0x80070578u);
