@@ -122,8 +122,9 @@ SqliteDb::SqliteDb(const QString &path, int busyTimeoutMs)
     try {
         checkSqlite(sqlite3_busy_timeout(m_db, busyTimeoutMs), m_db, "busy timeout");
         // WAL lets readers go on while one writer commits; in-memory
-        // databases keep their own journal mode.
-        exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=ON;");
+        // databases keep their own journal mode. FULL syncs the log at every
+        // commit, so a committed version survives a power cut too.
+        exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON;");
     } catch (...) {
         sqlite3_close(m_db);
         m_db = nullptr;

@@ -4,7 +4,6 @@
 #include "vault/hostcall.h"
 #include "vault/variantcolumns.h"
 
-#include <QDateTime>
 #include <QUuid>
 
 TaskStore::TaskStore(std::shared_ptr<VaultStore> store) : m_store(std::move(store)) {}
@@ -228,7 +227,7 @@ InstanceRow TaskStore::createInstance(int taskId)
         .bind(1, taskId)
         .bind(2, guid)
         .bind(3, TaskStatus_Waiting)
-        .bind(4, QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs))
+        .bind(4, m_store->timestamp())
         .exec();
     const int id = static_cast<int>(db.lastInsertId());
     t.commit();

@@ -1,6 +1,7 @@
 #include "vault/vaultstore.h"
 
 #include "host/hosterror.h"
+#include "platform/clock.h"
 #include "platform/filesystem.h"
 #include "vault/variantcolumns.h"
 #include "vault/vaultschema.h"
@@ -336,10 +337,10 @@ QString VaultStore::storeBlob(const QByteArray &bytes)
     return hash;
 }
 
-QString VaultStore::now() const
+QString VaultStore::timestamp() const
 {
-    const QDateTime time = m_now ? m_now() : QDateTime::currentDateTimeUtc();
-    return time.toString(Qt::ISODateWithMs);
+    const QDateTime time = m_now ? m_now() : Clock::instance().now();
+    return time.toUTC().toString(Qt::ISODateWithMs);
 }
 
 VaultFileRow VaultStore::addFile(const QString &source, const QString &folderRelative, const QString &name,
@@ -372,7 +373,7 @@ VaultFileRow VaultStore::addFile(const QString &source, const QString &folderRel
         .bind(4, hash)
         .bind(5, options.comment)
         .bind(6, m_user)
-        .bind(7, now())
+        .bind(7, timestamp())
         .exec();
     const QString target = m_paths.toNative(relative);
     if (QFileInfo(source).absoluteFilePath() != QFileInfo(target).absoluteFilePath())
@@ -402,7 +403,7 @@ int VaultStore::checkIn(int fileId, const QString &comment)
             .bind(2, hash)
             .bind(3, comment)
             .bind(4, m_user)
-            .bind(5, now())
+            .bind(5, timestamp())
             .bind(6, fileId)
             .bind(7, file.latestVersion)
             .exec();

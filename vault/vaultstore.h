@@ -68,7 +68,7 @@ struct VaultCardValue {
 struct VaultOpenOptions {
     QChar drive = 'V';
     QString user;                          // empty: $USER, else "user"
-    std::function<QDateTime()> now;        // empty: the system clock (UTC)
+    std::function<QDateTime()> now;        // empty: the process-wide Clock
     int busyTimeoutMs = 10000;
 };
 
@@ -175,6 +175,9 @@ public:
     void addReference(int parentId, int childId, const QString &configuration);
     std::vector<VaultReferenceRow> references(int parentId, int parentVersion);
 
+    // "Now" in UTC, ISO 8601 with milliseconds, for the records' times.
+    QString timestamp() const;
+
     // SHA-256 of bytes in hex, the key of the stored contents.
     static QString contentHash(const QByteArray &bytes);
 
@@ -182,7 +185,6 @@ private:
     VaultFileRow requireFile(int fileId);
     int resolveVersion(const VaultFileRow &file, int version);
     QString storeBlob(const QByteArray &bytes);
-    QString now() const;
     static VaultFileRow readFileRow(const Statement &s);
 
     SqliteDb m_db;

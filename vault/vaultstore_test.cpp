@@ -1,6 +1,7 @@
 #include "vault/vaultstore.h"
 
 #include "host/hosterror.h"
+#include "platform/clock.h"
 #include "vault/vaulttesting.h"
 #include "vault/vaultschema.h"
 
@@ -248,6 +249,21 @@ TEST(VaultStore, RefusesADatabaseFromANewerProgram)
     vault.store->db().setUserVersion(VaultSchema::CurrentVersion + 1);
     vault.store.reset();
     EXPECT_EQ(codeOf([&] { vault.reopen(); }), E_DOX_CANT_OPEN_DATABASE);
+}
+
+TEST(VaultStore, RecordsTimesFromTheClock)
+{
+    FakeClock clock(QDateTime(QDate(2024, 3, 1), QTime(12, 0, 0), Qt::UTC));
+    ScopedClock scoped(clock);
+    TempVault vault;
+    const int id = vault.store->addFile(vault.outsideFile("a", "a"), "", "a.txt", {}).id;
+    clock.advance(90 * 1000);
+    vault.store->checkOut(id, 0);
+    vault.store->checkIn(id, QString());
+    const auto versions = vault.store->versions(id);
+    ASSERT_EQ(versions.size(), 2u);
+    EXPECT_EQ(versions[0].created, QStringLiteral("2024-03-01T12:00:00.000Z"));
+    EXPECT_EQ(versions[1].created, QStringLiteral("2024-03-01T12:01:30.000Z"));
 }
 
 TEST(VaultStore, StoresEqualContentsOnce)
