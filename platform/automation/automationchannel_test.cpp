@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QLocalSocket>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -392,4 +393,22 @@ TEST_F(ChannelTest, LargeValuesCrossInBothDirections)
     const AutomationReply reply = client.call("Counter", "Split", {Variant::fromBStr(big), AutomationValue(), AutomationValue()});
     ASSERT_TRUE(reply.ok());
     EXPECT_EQ(reply.out.at(0).toText(), big);
+}
+
+TEST_F(ChannelTest, AGarbledConnectionIsDroppedWithoutHarmingOthers)
+{
+    AutomationClient good;
+    ASSERT_EQ(good.connectTo(m_endpoint), S_OK);
+    ASSERT_TRUE(good.call("Counter", "Value", {Variant::fromI4(4)}).ok());
+
+    QLocalSocket bad;
+    bad.connectToServer(m_endpoint);
+    ASSERT_TRUE(bad.waitForConnected(1000));
+    bad.write(QByteArray("\x00\x00\x00\x05{oops", 9));
+    bad.flush();
+    bad.waitForBytesWritten(1000);
+    // The server hangs up on it ...
+    EXPECT_TRUE(bad.state() == QLocalSocket::UnconnectedState || bad.waitForDisconnected(5000));
+    // ... and keeps serving everybody else.
+    EXPECT_EQ(good.call("Counter", "Value").value.toI4(), 4);
 }
