@@ -97,13 +97,6 @@ TEST_F(MacroBuilderTest, RunWideValues)
     EXPECT_FALSE(b.needsVersionInfo());
 }
 
-TEST_F(MacroBuilderTest, TodayFollowsTheVaultStyle)
-{
-    EXPECT_EQ(prepared("", 0).today(), "Mar 05 2012");
-    EXPECT_EQ(prepared("", 113).today(), "05 Mars 2012");
-    EXPECT_EQ(prepared("", 111).today(), "2012_03_05");
-}
-
 TEST_F(MacroBuilderTest, DateStyleComesFromTheVaultsMachineSettings)
 {
     MemoryRegistryStore registry;
@@ -307,13 +300,6 @@ TEST_F(MacroBuilderTest, ReportHostErrorAddsNameAndDescription)
     m_vault->fail("GetErrorInfo", E_FAIL);
     b.ReportHostError(E_DOX_FILE_NOT_FOUND, "ignored too");
     EXPECT_EQ(logBytes().count("An error occured"), 1);
-}
-
-TEST_F(MacroBuilderTest, UseBeforePrepareIsAnError)
-{
-    MacroBuilder b([](const QString &) { return 0; });
-    EXPECT_EQ(codeOf([&] { b.GetErrorLogFile(); }), E_UNEXPECTED);
-    EXPECT_EQ(codeOf([&] { b.Prepare(nullptr, m_instance, "x"); }), E_POINTER);
 }
 
 } // namespace

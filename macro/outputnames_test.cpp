@@ -78,15 +78,4 @@ TEST(OutputLabels, HostFailureIsRaised)
     EXPECT_THROW(OutputLabels::read(vars, [](std::int32_t, const QString &english) { return english; }), HostError);
 }
 
-TEST(OutputPlaceholders, NineEntriesInEditorOrder)
-{
-    const auto &list = outputPathPlaceholders();
-    ASSERT_EQ(list.size(), 9u);
-    EXPECT_EQ(list.front().placeholder, "<Filename>");
-    EXPECT_EQ(list[5].placeholder, "<Revision>");
-    EXPECT_EQ(list[5].textId, 130);
-    EXPECT_EQ(list.back().placeholder, "<Today>");
-    EXPECT_EQ(list.back().displayName, "Todays Date");
-}
-
 } // namespace
