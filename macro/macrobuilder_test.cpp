@@ -7,9 +7,11 @@
 #include "platform/drivemap.h"
 #include "common/settingslight.h"
 #include "platform/memoryfilesystem.h"
+#include "macro/templateloader.h"
 #include "platform/memoryregistrystore.h"
 
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 namespace {
@@ -194,6 +196,22 @@ TEST_F(MacroBuilderTest, BuildingMatchesReplacingInOrder)
         ASSERT_EQ(b.BuildFileMacro(), replaceInOrder(script, values))
             << "script: " << script.toStdString() << " cfg: " << cfg.toStdString();
     }
+}
+
+TEST_F(MacroBuilderTest, TheConversionTemplateLeavesOnlyTheMacrosOwnPlaceholders)
+{
+    const QString script = loadScriptTemplate(ConversionTemplate, [](const QString &) {});
+    ASSERT_FALSE(script.isEmpty());
+    m_instance->set("OutputPath", Variant::fromBStr("<VaultPath>\\Out\\<Filename>-<Configuration>"));
+    MacroBuilder b = prepared(script);
+    EXPECT_FALSE(b.macroText().contains(QRegularExpression("\\[[A-Za-z_0-9]+\\]")));
+    b.SetFile("V:\\Parts\\a.mcdprt", "", 1, 1, 1);
+    const QString macro = b.BuildFileMacro();
+    EXPECT_TRUE(macro.contains("\"V:\\Parts\\a.mcdprt\""));
+    EXPECT_TRUE(macro.contains("\"V:\\Out\\<Filename>-<Configuration>\""));
+    EXPECT_TRUE(macro.contains(kGuid + ".log"));
+    for (const char *placeholder : {"<Filepath>", "<VaultPath>", "<TaskInstanceGuid>"})
+        EXPECT_FALSE(macro.contains(placeholder)) << placeholder;
 }
 
 TEST_F(MacroBuilderTest, VersionInfoOnlyWhenAnOutputPathUsesIt)
