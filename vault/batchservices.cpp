@@ -1,5 +1,6 @@
 #include "vault/batchservices.h"
 
+#include "platform/drivemap.h"
 #include "platform/filesystem.h"
 #include "vault/hostcall.h"
 
@@ -12,10 +13,14 @@ HRESULT VaultBatchAdd::AddFileFromPath(const QString &localPath, const QString &
         const VaultPaths &paths = m_store->paths();
         QString source = localPath;
         QString relative;
-        if (paths.toRelative(localPath, relative))
+        if (paths.toRelative(localPath, relative)) {
             source = paths.findNative(relative);
-        else if (!localPath.startsWith('/'))
-            return E_INVALIDARG; // another drive: nothing this host can read
+        } else if (!localPath.startsWith('/')) {
+            // Another drive: readable when the drive map knows it.
+            source = DriveMap::instance().toNative(localPath);
+            if (source.isEmpty())
+                return E_INVALIDARG;
+        }
         const FileSystem &fs = FileSystem::instance();
         if (!fs.exists(source) || fs.isDirectory(source))
             return E_DOX_FILE_NOT_FOUND;

@@ -1,5 +1,6 @@
 #include "vault/batchservices.h"
 
+#include "platform/drivemap.h"
 #include "vault/vaulttesting.h"
 
 namespace {
@@ -18,17 +19,21 @@ TEST_F(BatchTest, AddCommitsAllFilesAndReportsEachOne)
     const QString outside = temp.outsideFile("b.pdf", "b");
     temp.localFile("Out/taken.pdf", "new");
 
+    DriveMap drives;
+    ScopedDriveMap scopedDrives(drives);
+    drives.mount('C', QFileInfo(outside).absolutePath());
     VaultBatchAdd add(store);
     EXPECT_EQ(add.AddFileFromPath(QStringLiteral("V:\\out\\a.pdf"), QStringLiteral("V:\\Out")), S_OK);
     EXPECT_EQ(add.AddFileFromPath(outside, QStringLiteral("V:\\Out\\New")), S_OK);
     EXPECT_EQ(add.AddFileFromPath(temp.root() + "/Out/taken.pdf", QStringLiteral("V:\\OUT")), S_OK);
     EXPECT_EQ(add.AddFileFromPath(QStringLiteral("V:\\Out\\none.pdf"), QStringLiteral("V:\\Out")), E_DOX_FILE_NOT_FOUND);
-    EXPECT_EQ(add.AddFileFromPath(QStringLiteral("C:\\x.pdf"), QStringLiteral("V:\\Out")), E_INVALIDARG);
+    EXPECT_EQ(add.AddFileFromPath(QStringLiteral("C:\\B.PDF"), QStringLiteral("V:\\Out\\Mapped")), S_OK);
+    EXPECT_EQ(add.AddFileFromPath(QStringLiteral("D:\\x.pdf"), QStringLiteral("V:\\Out")), E_INVALIDARG);
     EXPECT_EQ(add.AddFileFromPath(inTree, QStringLiteral("W:\\Out")), E_DOX_FOLDER_NOT_FOUND);
 
     std::vector<DoxBatchAddResult> results;
     ASSERT_EQ(add.CommitAdd(results), S_OK);
-    ASSERT_EQ(results.size(), 3u);
+    ASSERT_EQ(results.size(), 4u);
     EXPECT_EQ(results[0].result, S_OK);
     EXPECT_EQ(results[0].path, QStringLiteral("V:\\Out\\a.pdf"));
     EXPECT_GT(results[0].docId, 0);
@@ -36,6 +41,8 @@ TEST_F(BatchTest, AddCommitsAllFilesAndReportsEachOne)
     EXPECT_EQ(results[1].path, QStringLiteral("V:\\Out\\New\\b.pdf"));
     EXPECT_EQ(results[2].result, E_DOX_NAME_ALREADY_EXISTS);
     EXPECT_EQ(results[2].docId, 0);
+    EXPECT_EQ(results[3].result, S_OK);
+    EXPECT_EQ(results[3].path, QStringLiteral("V:\\Out\\Mapped\\b.pdf"));
 
     const auto a = store->fileById(results[0].docId);
     EXPECT_EQ(a->lock, VaultLock::Added); // checked out until the check-in
