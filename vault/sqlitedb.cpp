@@ -140,6 +140,7 @@ SqliteDb::~SqliteDb()
 
 Statement &SqliteDb::prepare(const char *sql)
 {
+    const auto lock = guard();
     auto it = m_cache.find(sql);
     if (it != m_cache.end()) {
         it->second->reset();
@@ -153,6 +154,7 @@ Statement &SqliteDb::prepare(const char *sql)
 
 void SqliteDb::exec(const char *sql)
 {
+    const auto lock = guard();
     char *error = nullptr;
     const int rc = sqlite3_exec(m_db, sql, nullptr, nullptr, &error);
     if (rc != SQLITE_OK) {
@@ -186,7 +188,7 @@ void SqliteDb::setUserVersion(int version)
     exec(QByteArray("PRAGMA user_version=" + QByteArray::number(version)).constData());
 }
 
-Transaction::Transaction(SqliteDb &db) : m_db(db)
+Transaction::Transaction(SqliteDb &db) : m_db(db), m_guard(db.guard())
 {
     if (db.inTransaction()) {
         static std::atomic<int> counter{0};

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <unordered_map>
 
 struct sqlite3;
@@ -75,14 +76,21 @@ public:
 
     sqlite3 *handle() const { return m_db; }
 
+    // The connection and its cached statements serve one thread at a time:
+    // every use of them, and every transaction, holds this lock. It is
+    // recursive, so the store's operations may call each other.
+    std::unique_lock<std::recursive_mutex> guard() { return std::unique_lock<std::recursive_mutex>(m_mutex); }
+
 private:
+    std::recursive_mutex m_mutex;
     sqlite3 *m_db = nullptr;
     std::unordered_map<const char *, std::unique_ptr<Statement>> m_cache;
 };
 
 // A write transaction: BEGIN IMMEDIATE (so a writer waits for the lock up
 // front instead of failing half-way), or a savepoint when one is already
-// open. Rolls back in its destructor unless committed.
+// open. Rolls back in its destructor unless committed. Other threads of the
+// process wait until it ends.
 class Transaction final
 {
 public:
@@ -95,6 +103,7 @@ public:
 
 private:
     SqliteDb &m_db;
+    std::unique_lock<std::recursive_mutex> m_guard;
     bool m_nested = false;
     bool m_done = false;
     QByteArray m_savepoint;

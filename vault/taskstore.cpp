@@ -41,6 +41,7 @@ constexpr const char *instanceColumns = "SELECT id, task_id, guid, status, resul
 
 TaskRow TaskStore::createTask(const QString &name, const QString &classId, std::int32_t flags)
 {
+    const auto guard = m_store->db().guard();
     if (name.trimmed().isEmpty())
         throw HostError(E_DOX_INVALID_NAME, QStringLiteral("a task needs a name"));
     SqliteDb &db = m_store->db();
@@ -60,6 +61,7 @@ TaskRow TaskStore::createTask(const QString &name, const QString &classId, std::
 
 std::optional<TaskRow> TaskStore::findTask(const QString &name)
 {
+    const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare("SELECT id, name, class_id, flags FROM tasks WHERE name_key = ?");
     s.bind(1, name.toLower());
     std::optional<TaskRow> row;
@@ -71,6 +73,7 @@ std::optional<TaskRow> TaskStore::findTask(const QString &name)
 
 std::optional<TaskRow> TaskStore::taskById(int id)
 {
+    const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare("SELECT id, name, class_id, flags FROM tasks WHERE id = ?");
     s.bind(1, id);
     std::optional<TaskRow> row;
@@ -82,6 +85,7 @@ std::optional<TaskRow> TaskStore::taskById(int id)
 
 std::vector<TaskRow> TaskStore::listTasks()
 {
+    const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare("SELECT id, name, class_id, flags FROM tasks ORDER BY name_key");
     std::vector<TaskRow> rows;
     while (s.step())
@@ -92,6 +96,7 @@ std::vector<TaskRow> TaskStore::listTasks()
 
 TaskRow TaskStore::requireTask(int taskId)
 {
+    const auto guard = m_store->db().guard();
     const auto row = taskById(taskId);
     if (!row)
         throw HostError(E_DOX_INVALID_ID, QStringLiteral("task id %1").arg(taskId));
@@ -100,6 +105,7 @@ TaskRow TaskStore::requireTask(int taskId)
 
 InstanceRow TaskStore::requireInstance(int instanceId)
 {
+    const auto guard = m_store->db().guard();
     const auto row = instanceById(instanceId);
     if (!row)
         throw HostError(E_DOX_INVALID_ID, QStringLiteral("task instance id %1").arg(instanceId));
@@ -108,6 +114,7 @@ InstanceRow TaskStore::requireInstance(int instanceId)
 
 void TaskStore::deleteTask(int taskId)
 {
+    const auto guard = m_store->db().guard();
     requireTask(taskId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -117,6 +124,7 @@ void TaskStore::deleteTask(int taskId)
 
 void TaskStore::setTaskFlags(int taskId, std::int32_t flags)
 {
+    const auto guard = m_store->db().guard();
     requireTask(taskId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -126,6 +134,7 @@ void TaskStore::setTaskFlags(int taskId, std::int32_t flags)
 
 std::optional<Variant> TaskStore::taskVariable(int taskId, const QString &name)
 {
+    const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare(
         "SELECT type, ivalue, rvalue, tvalue FROM task_variables WHERE task_id = ? AND name_key = ?");
     s.bind(1, taskId).bind(2, name.toLower());
@@ -138,6 +147,7 @@ std::optional<Variant> TaskStore::taskVariable(int taskId, const QString &name)
 
 void TaskStore::setTaskVariable(int taskId, const QString &name, const Variant &value)
 {
+    const auto guard = m_store->db().guard();
     requireTask(taskId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -151,6 +161,7 @@ void TaskStore::setTaskVariable(int taskId, const QString &name, const Variant &
 
 std::vector<NamedVariant> TaskStore::taskVariables(int taskId)
 {
+    const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare(
         "SELECT name, type, ivalue, rvalue, tvalue FROM task_variables WHERE task_id = ? ORDER BY name_key");
     s.bind(1, taskId);
@@ -163,6 +174,7 @@ std::vector<NamedVariant> TaskStore::taskVariables(int taskId)
 
 QStringList TaskStore::declaredVariables(int taskId)
 {
+    const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare("SELECT name FROM task_declared WHERE task_id = ? ORDER BY position");
     s.bind(1, taskId);
     QStringList names;
@@ -174,6 +186,7 @@ QStringList TaskStore::declaredVariables(int taskId)
 
 void TaskStore::declareVariable(int taskId, const QString &name)
 {
+    const auto guard = m_store->db().guard();
     requireTask(taskId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -187,6 +200,7 @@ void TaskStore::declareVariable(int taskId, const QString &name)
 
 std::vector<TaskMenuCommand> TaskStore::menuCommands(int taskId)
 {
+    const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare(
         "SELECT command_id, menu_text, flags, help FROM task_menu WHERE task_id = ? ORDER BY position");
     s.bind(1, taskId);
@@ -199,6 +213,7 @@ std::vector<TaskMenuCommand> TaskStore::menuCommands(int taskId)
 
 void TaskStore::setMenuCommands(int taskId, const std::vector<TaskMenuCommand> &commands)
 {
+    const auto guard = m_store->db().guard();
     requireTask(taskId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -219,6 +234,7 @@ void TaskStore::setMenuCommands(int taskId, const std::vector<TaskMenuCommand> &
 
 InstanceRow TaskStore::createInstance(int taskId)
 {
+    const auto guard = m_store->db().guard();
     requireTask(taskId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -236,6 +252,7 @@ InstanceRow TaskStore::createInstance(int taskId)
 
 std::optional<InstanceRow> TaskStore::instanceById(int id)
 {
+    const auto guard = m_store->db().guard();
     static const QByteArray sql = QByteArray(instanceColumns) + "WHERE id = ?";
     Statement &s = m_store->db().prepare(sql.constData());
     s.bind(1, id);
@@ -248,6 +265,7 @@ std::optional<InstanceRow> TaskStore::instanceById(int id)
 
 std::optional<InstanceRow> TaskStore::instanceByGuid(const QString &guid)
 {
+    const auto guard = m_store->db().guard();
     static const QByteArray sql = QByteArray(instanceColumns) + "WHERE guid = ? COLLATE NOCASE";
     Statement &s = m_store->db().prepare(sql.constData());
     s.bind(1, guid);
@@ -260,6 +278,7 @@ std::optional<InstanceRow> TaskStore::instanceByGuid(const QString &guid)
 
 std::vector<InstanceRow> TaskStore::listInstances(int taskId)
 {
+    const auto guard = m_store->db().guard();
     static const QByteArray sql = QByteArray(instanceColumns) + "WHERE ?1 = 0 OR task_id = ?1 ORDER BY id";
     Statement &s = m_store->db().prepare(sql.constData());
     s.bind(1, taskId);
@@ -272,6 +291,7 @@ std::vector<InstanceRow> TaskStore::listInstances(int taskId)
 
 std::optional<Variant> TaskStore::instanceValue(int instanceId, const QString &name)
 {
+    const auto guard = m_store->db().guard();
     const InstanceRow instance = requireInstance(instanceId);
     Statement &s = m_store->db().prepare(
         "SELECT type, ivalue, rvalue, tvalue FROM instance_variables WHERE instance_id = ? AND name_key = ?");
@@ -285,6 +305,7 @@ std::optional<Variant> TaskStore::instanceValue(int instanceId, const QString &n
 
 std::vector<NamedVariant> TaskStore::instanceOwnVariables(int instanceId)
 {
+    const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare(
         "SELECT name, type, ivalue, rvalue, tvalue FROM instance_variables WHERE instance_id = ? ORDER BY name_key");
     s.bind(1, instanceId);
@@ -297,6 +318,7 @@ std::vector<NamedVariant> TaskStore::instanceOwnVariables(int instanceId)
 
 void TaskStore::setInstanceVariable(int instanceId, const QString &name, const Variant &value)
 {
+    const auto guard = m_store->db().guard();
     requireInstance(instanceId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -311,6 +333,7 @@ void TaskStore::setInstanceVariable(int instanceId, const QString &name, const V
 void TaskStore::setStatus(int instanceId, std::int32_t status, HRESULT result, const std::optional<QString> &message,
                           const std::vector<AffectedObject> &affected, const std::optional<QString> &extra)
 {
+    const auto guard = m_store->db().guard();
     requireInstance(instanceId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -343,6 +366,7 @@ void TaskStore::setStatus(int instanceId, std::int32_t status, HRESULT result, c
 
 void TaskStore::setStatusOnly(int instanceId, std::int32_t status)
 {
+    const auto guard = m_store->db().guard();
     requireInstance(instanceId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -352,6 +376,7 @@ void TaskStore::setStatusOnly(int instanceId, std::int32_t status)
 
 std::vector<AffectedObject> TaskStore::affectedObjects(int instanceId)
 {
+    const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare("SELECT object_id, kind, folder_id, version FROM instance_affected "
                                          "WHERE instance_id = ? ORDER BY position");
     s.bind(1, instanceId);
@@ -365,6 +390,7 @@ std::vector<AffectedObject> TaskStore::affectedObjects(int instanceId)
 void TaskStore::setProgress(int instanceId, std::optional<std::int32_t> maximum, std::int32_t position,
                             const QString &text)
 {
+    const auto guard = m_store->db().guard();
     requireInstance(instanceId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -380,6 +406,7 @@ void TaskStore::setProgress(int instanceId, std::optional<std::int32_t> maximum,
 
 void TaskStore::setInstanceData(int instanceId, const DoxCmdDataArray &data)
 {
+    const auto guard = m_store->db().guard();
     requireInstance(instanceId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
@@ -403,6 +430,7 @@ void TaskStore::setInstanceData(int instanceId, const DoxCmdDataArray &data)
 
 DoxCmdDataArray TaskStore::instanceData(int instanceId)
 {
+    const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare("SELECT object_id1, object_id2, string1, string2, long1, long2 "
                                          "FROM instance_data WHERE instance_id = ? ORDER BY position");
     s.bind(1, instanceId);
@@ -415,12 +443,14 @@ DoxCmdDataArray TaskStore::instanceData(int instanceId)
 
 std::shared_ptr<IDoxTaskProperties> TaskStore::taskProperties(int taskId)
 {
+    const auto guard = m_store->db().guard();
     requireTask(taskId);
     return std::make_shared<StoredTaskProperties>(*this, taskId);
 }
 
 std::shared_ptr<IDoxTaskInstance> TaskStore::taskInstance(int instanceId)
 {
+    const auto guard = m_store->db().guard();
     requireInstance(instanceId);
     return std::make_shared<StoredTaskInstance>(*this, instanceId);
 }

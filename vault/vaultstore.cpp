@@ -98,6 +98,7 @@ VaultStore::VaultStore(const QString &databasePath, const QString &dir, const Va
 
 QString VaultStore::setting(const QString &key, const QString &fallback)
 {
+    const auto guard = m_db.guard();
     Statement &s = m_db.prepare("SELECT value FROM settings WHERE key = ?");
     s.bind(1, key);
     const QString value = s.step() ? s.text(0) : fallback;
@@ -107,6 +108,7 @@ QString VaultStore::setting(const QString &key, const QString &fallback)
 
 void VaultStore::setSetting(const QString &key, const QString &value)
 {
+    const auto guard = m_db.guard();
     Transaction t(m_db);
     m_db.prepare("INSERT OR REPLACE INTO settings (key, value) VALUES (?, ?)").bind(1, key).bind(2, value).exec();
     t.commit();
@@ -114,6 +116,7 @@ void VaultStore::setSetting(const QString &key, const QString &value)
 
 std::optional<VaultFolderRow> VaultStore::folderById(int id)
 {
+    const auto guard = m_db.guard();
     Statement &s = m_db.prepare("SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE id = ?");
     s.bind(1, id);
     std::optional<VaultFolderRow> row;
@@ -125,6 +128,7 @@ std::optional<VaultFolderRow> VaultStore::folderById(int id)
 
 std::optional<VaultFolderRow> VaultStore::folderByPath(const QString &relative)
 {
+    const auto guard = m_db.guard();
     Statement &s = m_db.prepare("SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE path_key = ?");
     s.bind(1, VaultPaths::key(relative));
     std::optional<VaultFolderRow> row;
@@ -136,6 +140,7 @@ std::optional<VaultFolderRow> VaultStore::folderByPath(const QString &relative)
 
 int VaultStore::ensureFolder(const QString &relative)
 {
+    const auto guard = m_db.guard();
     if (const auto existing = folderByPath(relative))
         return existing->id;
     const QString name = VaultPaths::fileName(relative);
@@ -157,6 +162,7 @@ int VaultStore::ensureFolder(const QString &relative)
 
 std::vector<VaultFolderRow> VaultStore::subFolders(int folderId)
 {
+    const auto guard = m_db.guard();
     Statement &s = m_db.prepare("SELECT id, parent_id, path FROM folders WHERE parent_id = ? ORDER BY path_key");
     s.bind(1, folderId);
     std::vector<VaultFolderRow> rows;
@@ -184,6 +190,7 @@ VaultFileRow VaultStore::readFileRow(const Statement &s)
 
 std::optional<VaultFileRow> VaultStore::fileById(int id)
 {
+    const auto guard = m_db.guard();
     static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.id = ?";
     Statement &s = m_db.prepare(sql.constData());
     s.bind(1, id);
@@ -196,6 +203,7 @@ std::optional<VaultFileRow> VaultStore::fileById(int id)
 
 std::optional<VaultFileRow> VaultStore::fileByPath(const QString &relative)
 {
+    const auto guard = m_db.guard();
     static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.path_key = ?";
     Statement &s = m_db.prepare(sql.constData());
     s.bind(1, VaultPaths::key(relative));
@@ -208,6 +216,7 @@ std::optional<VaultFileRow> VaultStore::fileByPath(const QString &relative)
 
 std::vector<VaultFileRow> VaultStore::filesIn(int folderId)
 {
+    const auto guard = m_db.guard();
     static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.folder_id = ? ORDER BY f.path_key";
     Statement &s = m_db.prepare(sql.constData());
     s.bind(1, folderId);
@@ -220,6 +229,7 @@ std::vector<VaultFileRow> VaultStore::filesIn(int folderId)
 
 std::vector<VaultFileRow> VaultStore::filesUnder(int folderId)
 {
+    const auto guard = m_db.guard();
     std::vector<VaultFileRow> rows;
     walk(folderId, nullptr, [&rows](const VaultFileRow &file) { rows.push_back(file); });
     std::sort(rows.begin(), rows.end(), [](const VaultFileRow &a, const VaultFileRow &b) {
@@ -231,6 +241,7 @@ std::vector<VaultFileRow> VaultStore::filesUnder(int folderId)
 void VaultStore::walk(int folderId, const std::function<void(const VaultFolderRow &)> &folder,
                       const std::function<void(const VaultFileRow &)> &file)
 {
+    const auto guard = m_db.guard();
     const auto start = folderById(folderId);
     if (!start)
         throw HostError(E_DOX_FOLDER_NOT_FOUND, QString::number(folderId));
@@ -262,6 +273,7 @@ void VaultStore::walk(int folderId, const std::function<void(const VaultFolderRo
 
 std::vector<VaultVersionRow> VaultStore::versions(int fileId)
 {
+    const auto guard = m_db.guard();
     Statement &s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.user, v.created "
                                 "FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? ORDER BY v.version");
     s.bind(1, fileId);
@@ -274,6 +286,7 @@ std::vector<VaultVersionRow> VaultStore::versions(int fileId)
 
 std::optional<VaultVersionRow> VaultStore::version(int fileId, int version)
 {
+    const auto guard = m_db.guard();
     const auto file = fileById(fileId);
     if (!file)
         return std::nullopt;
@@ -290,6 +303,7 @@ std::optional<VaultVersionRow> VaultStore::version(int fileId, int version)
 
 VaultFileRow VaultStore::requireFile(int fileId)
 {
+    const auto guard = m_db.guard();
     auto file = fileById(fileId);
     if (!file)
         throw HostError(E_DOX_FILE_NOT_FOUND, QStringLiteral("file id %1").arg(fileId));
@@ -298,6 +312,7 @@ VaultFileRow VaultStore::requireFile(int fileId)
 
 int VaultStore::resolveVersion(const VaultFileRow &file, int version)
 {
+    const auto guard = m_db.guard();
     if (version <= 0)
         return file.latestVersion;
     if (version > file.latestVersion)
@@ -307,6 +322,7 @@ int VaultStore::resolveVersion(const VaultFileRow &file, int version)
 
 QByteArray VaultStore::readVersion(int fileId, int version)
 {
+    const auto guard = m_db.guard();
     const VaultFileRow file = requireFile(fileId);
     Statement &s = m_db.prepare(
         "SELECT b.data FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? AND v.version = ?");
@@ -328,6 +344,7 @@ QString VaultStore::contentHash(const QByteArray &bytes)
 
 QString VaultStore::storeBlob(const QByteArray &bytes)
 {
+    const auto guard = m_db.guard();
     const QString hash = contentHash(bytes);
     m_db.prepare("INSERT OR IGNORE INTO blobs (hash, size, data) VALUES (?, ?, ?)")
         .bind(1, hash)
@@ -346,6 +363,7 @@ QString VaultStore::timestamp() const
 VaultFileRow VaultStore::addFile(const QString &source, const QString &folderRelative, const QString &name,
                                  const AddOptions &options)
 {
+    const auto guard = m_db.guard();
     if (!VaultPaths::isValidName(name))
         throw HostError(E_DOX_INVALID_NAME, name);
     const QString relative = VaultPaths::join(folderRelative, name);
@@ -384,6 +402,7 @@ VaultFileRow VaultStore::addFile(const QString &source, const QString &folderRel
 
 int VaultStore::checkIn(int fileId, const QString &comment)
 {
+    const auto guard = m_db.guard();
     Transaction t(m_db);
     const VaultFileRow file = requireFile(fileId);
     if (file.lock == VaultLock::None || file.lockedBy != m_user)
@@ -432,6 +451,7 @@ int VaultStore::checkIn(int fileId, const QString &comment)
 
 void VaultStore::checkOut(int fileId, int folderId)
 {
+    const auto guard = m_db.guard();
     Transaction t(m_db);
     const VaultFileRow file = requireFile(fileId);
     if (file.lock != VaultLock::None) {
@@ -455,6 +475,7 @@ void VaultStore::checkOut(int fileId, int folderId)
 
 void VaultStore::undoCheckOut(int fileId)
 {
+    const auto guard = m_db.guard();
     Transaction t(m_db);
     const VaultFileRow file = requireFile(fileId);
     if (file.lock == VaultLock::None || file.lockedBy != m_user)
@@ -466,12 +487,14 @@ void VaultStore::undoCheckOut(int fileId)
 
 void VaultStore::restoreLocalCopy(int fileId)
 {
+    const auto guard = m_db.guard();
     const VaultFileRow file = requireFile(fileId);
     writeLocal(m_paths.toNative(file.path), readVersion(fileId, file.latestVersion));
 }
 
 void VaultStore::deleteFile(int fileId)
 {
+    const auto guard = m_db.guard();
     Transaction t(m_db);
     const VaultFileRow file = requireFile(fileId);
     if (file.lock != VaultLock::None && file.lockedBy != m_user)
@@ -487,6 +510,7 @@ void VaultStore::deleteFile(int fileId)
 
 void VaultStore::setVersionLabels(int fileId, int version, const QString &revision, const QString &state)
 {
+    const auto guard = m_db.guard();
     Transaction t(m_db);
     const VaultFileRow file = requireFile(fileId);
     m_db.prepare("UPDATE versions SET revision = ?, state = ? WHERE file_id = ? AND version = ?")
@@ -500,6 +524,7 @@ void VaultStore::setVersionLabels(int fileId, int version, const QString &revisi
 
 int VaultStore::defineCardVariable(const QString &name)
 {
+    const auto guard = m_db.guard();
     if (const auto id = cardVariableId(name))
         return *id;
     if (name.trimmed().isEmpty())
@@ -513,6 +538,7 @@ int VaultStore::defineCardVariable(const QString &name)
 
 std::optional<int> VaultStore::cardVariableId(const QString &name)
 {
+    const auto guard = m_db.guard();
     Statement &s = m_db.prepare("SELECT id FROM card_variables WHERE name_key = ?");
     s.bind(1, name.toLower());
     std::optional<int> id;
@@ -524,6 +550,7 @@ std::optional<int> VaultStore::cardVariableId(const QString &name)
 
 QStringList VaultStore::cardVariableNames()
 {
+    const auto guard = m_db.guard();
     Statement &s = m_db.prepare("SELECT name FROM card_variables ORDER BY name_key");
     QStringList names;
     while (s.step())
@@ -535,6 +562,7 @@ QStringList VaultStore::cardVariableNames()
 void VaultStore::setCardValue(int fileId, int version, const QString &variable, const QString &configuration,
                               const Variant &value)
 {
+    const auto guard = m_db.guard();
     Transaction t(m_db);
     const VaultFileRow file = requireFile(fileId);
     const auto variableId = cardVariableId(variable);
@@ -552,6 +580,7 @@ void VaultStore::setCardValue(int fileId, int version, const QString &variable, 
 std::optional<Variant> VaultStore::cardValue(int fileId, int version, const QString &variable,
                                              const QString &configuration)
 {
+    const auto guard = m_db.guard();
     const VaultFileRow file = requireFile(fileId);
     Statement &s = m_db.prepare("SELECT c.type, c.ivalue, c.rvalue, c.tvalue FROM card_values c "
                                 "JOIN card_variables n ON n.id = c.variable_id "
@@ -566,6 +595,7 @@ std::optional<Variant> VaultStore::cardValue(int fileId, int version, const QStr
 
 std::vector<VaultCardValue> VaultStore::cardValues(int fileId, int version)
 {
+    const auto guard = m_db.guard();
     const VaultFileRow file = requireFile(fileId);
     Statement &s = m_db.prepare("SELECT n.name, c.configuration, c.type, c.ivalue, c.rvalue, c.tvalue FROM card_values c "
                                 "JOIN card_variables n ON n.id = c.variable_id "
@@ -580,6 +610,7 @@ std::vector<VaultCardValue> VaultStore::cardValues(int fileId, int version)
 
 void VaultStore::addReference(int parentId, int childId, const QString &configuration)
 {
+    const auto guard = m_db.guard();
     Transaction t(m_db);
     const VaultFileRow parent = requireFile(parentId);
     const VaultFileRow child = requireFile(childId);
@@ -598,6 +629,7 @@ void VaultStore::addReference(int parentId, int childId, const QString &configur
 
 std::vector<VaultReferenceRow> VaultStore::references(int parentId, int parentVersion)
 {
+    const auto guard = m_db.guard();
     const VaultFileRow parent = requireFile(parentId);
     Statement &s = m_db.prepare("SELECT parent_id, parent_version, child_id, child_version, configuration FROM refs "
                                 "WHERE parent_id = ? AND parent_version = ? ORDER BY child_id, configuration");

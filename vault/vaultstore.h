@@ -76,8 +76,9 @@ struct VaultOpenOptions {
 // every version, card variables, references and check-out state, in one
 // SQLite database. Every write runs in a transaction; several writes that
 // belong together run inside the caller's Transaction on db(), which then
-// commits them at once. One VaultStore is used by one thread at a time;
-// several processes may open the same vault.
+// commits them at once. Threads of a process may share one VaultStore (its
+// operations and transactions take turns); several processes may open the
+// same vault.
 class VaultStore final
 {
 public:

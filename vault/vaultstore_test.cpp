@@ -7,6 +7,8 @@
 
 #include <QFileInfo>
 
+#include <thread>
+
 namespace {
 
 HRESULT codeOf(const std::function<void()> &f)
@@ -264,6 +266,28 @@ TEST(VaultStore, RecordsTimesFromTheClock)
     ASSERT_EQ(versions.size(), 2u);
     EXPECT_EQ(versions[0].created, QStringLiteral("2024-03-01T12:00:00.000Z"));
     EXPECT_EQ(versions[1].created, QStringLiteral("2024-03-01T12:01:30.000Z"));
+}
+
+TEST(VaultStore, ThreadsOfOneProcessShareAStore)
+{
+    TempVault vault;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        const QString folder = QStringLiteral("T%1").arg(t);
+        for (int i = 0; i < 50; ++i)
+            vault.localFile(QStringLiteral("%1/f%2").arg(folder).arg(i), QByteArray::number(t * 1000 + i));
+        threads.emplace_back([&vault, folder] {
+            for (int i = 0; i < 50; ++i) {
+                const QString name = QStringLiteral("f%1").arg(i);
+                vault.store->addFile(vault.store->paths().toNative(folder + '\\' + name), folder, name, {});
+                vault.store->filesUnder(VaultStore::RootFolderId); // readers interleave with writers
+            }
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(vault.store->filesUnder(VaultStore::RootFolderId).size(), 200u);
+    EXPECT_EQ(vault.store->readVersion(vault.store->fileByPath("t3\\f49")->id, 1), QByteArray("3049"));
 }
 
 TEST(VaultStore, StoresEqualContentsOnce)
