@@ -6,12 +6,12 @@
 
 #include <atomic>
 
-int checkSqlite(int rc, sqlite3 *db, const char *what)
+int checkSqlite(int rc, sqlite3 *db, const char *what, HRESULT failure)
 {
     if (rc == SQLITE_OK || rc == SQLITE_ROW || rc == SQLITE_DONE)
         return rc;
     const QString message = db ? QString::fromUtf8(sqlite3_errmsg(db)) : QString::fromUtf8(sqlite3_errstr(rc));
-    throw HostError(E_DOX_DATABASE_ACCESS, QStringLiteral("%1: %2").arg(QString::fromUtf8(what), message));
+    throw HostError(failure, QStringLiteral("%1 (%2)").arg(message, QString::fromUtf8(what)));
 }
 
 Statement::~Statement()
@@ -58,12 +58,10 @@ bool Statement::step()
 {
     const int rc = sqlite3_step(m_stmt);
     if (rc != SQLITE_ROW && rc != SQLITE_DONE) {
-        // Reset gives the statement back to the cache in a clean state; the
-        // error text is read before that.
-        const QString message = QString::fromUtf8(sqlite3_errmsg(m_db));
-        const QString sql = QString::fromUtf8(sqlite3_sql(m_stmt));
+        // Reset gives the statement back to the cache in a clean state and
+        // keeps the error's message.
         sqlite3_reset(m_stmt);
-        throw HostError(E_DOX_DATABASE_ACCESS, QStringLiteral("%1 (%2)").arg(message, sql));
+        checkSqlite(rc, m_db, sqlite3_sql(m_stmt));
     }
     return rc == SQLITE_ROW;
 }
@@ -112,21 +110,17 @@ QByteArray Statement::blob(int column) const
 SqliteDb::SqliteDb(const QString &path, int busyTimeoutMs)
 {
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
-    const int rc = sqlite3_open_v2(path.toUtf8().constData(), &m_db, flags, nullptr);
-    if (rc != SQLITE_OK) {
-        const QString message = m_db ? QString::fromUtf8(sqlite3_errmsg(m_db)) : QString::fromUtf8(sqlite3_errstr(rc));
-        sqlite3_close(m_db);
-        m_db = nullptr;
-        throw HostError(E_DOX_CANT_OPEN_DATABASE, QStringLiteral("%1: %2").arg(path, message));
-    }
     try {
-        checkSqlite(sqlite3_busy_timeout(m_db, busyTimeoutMs), m_db, "busy timeout");
+        const QByteArray name = path.toUtf8();
+        checkSqlite(sqlite3_open_v2(name.constData(), &m_db, flags, nullptr), m_db, name.constData(),
+                    E_DOX_CANT_OPEN_DATABASE);
+        checkSqlite(sqlite3_busy_timeout(m_db, busyTimeoutMs), m_db, "busy timeout", E_DOX_CANT_OPEN_DATABASE);
         // WAL lets readers go on while one writer commits; in-memory
         // databases keep their own journal mode. FULL syncs the log at every
         // commit, so a committed version survives a power cut too.
         exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON;");
     } catch (...) {
-        sqlite3_close(m_db);
+        sqlite3_close(m_db); // also after a failed open, which may leave a handle
         m_db = nullptr;
         throw;
     }
@@ -155,13 +149,7 @@ Statement &SqliteDb::prepare(const char *sql)
 void SqliteDb::exec(const char *sql)
 {
     const auto lock = guard();
-    char *error = nullptr;
-    const int rc = sqlite3_exec(m_db, sql, nullptr, nullptr, &error);
-    if (rc != SQLITE_OK) {
-        const QString message = QString::fromUtf8(error ? error : sqlite3_errstr(rc));
-        sqlite3_free(error);
-        throw HostError(E_DOX_DATABASE_ACCESS, message);
-    }
+    checkSqlite(sqlite3_exec(m_db, sql, nullptr, nullptr, nullptr), m_db, sql);
 }
 
 std::int64_t SqliteDb::lastInsertId() const

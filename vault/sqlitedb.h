@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/hresult.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -14,9 +16,10 @@ struct sqlite3_stmt;
 class SqliteDb;
 
 // Turns an SQLite return code into a HostError (E_DOX_DATABASE_ACCESS, or
-// E_DOX_CANT_OPEN_DATABASE while opening) carrying SQLite's own message.
-// Every call into SQLite goes through here; codes that mean "fine" pass.
-int checkSqlite(int rc, sqlite3 *db, const char *what);
+// the code given, e.g. E_DOX_CANT_OPEN_DATABASE while opening) carrying
+// SQLite's own message. Every call into SQLite goes through here; codes
+// that mean "fine" pass.
+int checkSqlite(int rc, sqlite3 *db, const char *what, HRESULT failure = E_DOX_DATABASE_ACCESS);
 
 // One prepared statement. Statements come from SqliteDb::prepare, which
 // caches them; a Statement is reset and its bindings cleared on reuse.

@@ -1,0 +1,107 @@
+#include "vault/sqlitedb.h"
+
+#include "host/hosterror.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+HostError errorOf(const std::function<void()> &f)
+{
+    try {
+        f();
+    } catch (const HostError &e) {
+        return e;
+    }
+    return HostError(S_OK);
+}
+
+int count(SqliteDb &db)
+{
+    Statement &s = db.prepare("SELECT COUNT(*) FROM t");
+    s.step();
+    const int n = s.integer(0);
+    s.reset();
+    return n;
+}
+
+class SqliteDbTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { db.exec("CREATE TABLE t (k TEXT PRIMARY KEY, v BLOB)"); }
+    SqliteDb db{QStringLiteral(":memory:")};
+};
+
+TEST_F(SqliteDbTest, FailuresCarryTheDatabaseCodeAndSqlitesMessage)
+{
+    const HostError syntax = errorOf([&] { db.prepare("SELEC nonsense"); });
+    EXPECT_EQ(syntax.code(), E_DOX_DATABASE_ACCESS);
+    EXPECT_TRUE(syntax.context().contains(QLatin1String("syntax error"))) << syntax.what();
+
+    Statement &insert = db.prepare("INSERT INTO t (k, v) VALUES (?, ?)");
+    insert.bind(1, QStringLiteral("a")).bindBlob(2, QByteArray()).exec();
+    const HostError unique = errorOf([&] { db.prepare("INSERT INTO t (k, v) VALUES (?, ?)").bind(1, QStringLiteral("a")).exec(); });
+    EXPECT_EQ(unique.code(), E_DOX_DATABASE_ACCESS);
+    EXPECT_TRUE(unique.context().contains(QLatin1String("UNIQUE"))) << unique.what();
+    // The cached statement is usable again after its failure.
+    db.prepare("INSERT INTO t (k, v) VALUES (?, ?)").bind(1, QStringLiteral("b")).bindBlob(2, "x").exec();
+    EXPECT_EQ(count(db), 2);
+
+    Statement &read = db.prepare("SELECT v FROM t WHERE k = ?");
+    read.bind(1, QStringLiteral("a"));
+    ASSERT_TRUE(read.step());
+    EXPECT_FALSE(read.isNull(0)); // an empty blob is not NULL
+    EXPECT_EQ(read.blob(0), QByteArray());
+    read.reset();
+
+    EXPECT_EQ(errorOf([] { SqliteDb bad(QStringLiteral("/nonexistent/dir/x.db")); }).code(), E_DOX_CANT_OPEN_DATABASE);
+}
+
+TEST_F(SqliteDbTest, NestedTransactionsRollBackOnlyTheirOwnPart)
+{
+    {
+        Transaction outer(db);
+        db.exec("INSERT INTO t (k) VALUES ('outer')");
+        {
+            Transaction inner(db);
+            db.exec("INSERT INTO t (k) VALUES ('inner')");
+        } // not committed
+        {
+            Transaction kept(db);
+            db.exec("INSERT INTO t (k) VALUES ('kept')");
+            kept.commit();
+        }
+        outer.commit();
+    }
+    EXPECT_EQ(count(db), 2);
+    {
+        Transaction dropped(db);
+        db.exec("INSERT INTO t (k) VALUES ('dropped')");
+    }
+    EXPECT_EQ(count(db), 2);
+    EXPECT_FALSE(db.inTransaction());
+}
+
+TEST(SqliteDbFile, AWriterWaitsForTheLockOrFailsClearly)
+{
+    QTemporaryDir dir;
+    const QString path = dir.path() + "/x.db";
+    SqliteDb first(path);
+    first.exec("CREATE TABLE t (k TEXT)");
+    SqliteDb second(path, 0);
+    Transaction holding(first);
+    const HostError busy = errorOf([&] { Transaction t(second); });
+    EXPECT_EQ(busy.code(), E_DOX_DATABASE_ACCESS);
+    EXPECT_TRUE(busy.context().contains(QLatin1String("locked"))) << busy.what();
+    // Readers are not held up by the writer (WAL).
+    Statement &s = second.prepare("SELECT COUNT(*) FROM t");
+    EXPECT_TRUE(s.step());
+    s.reset();
+    holding.commit();
+    Transaction now(second);
+    now.commit();
+}
+
+} // namespace
