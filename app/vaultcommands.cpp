@@ -195,12 +195,16 @@ int runVaultAdd(CommandContext &context)
     const auto store = openLocatedVault(parser.value(vaultOption));
     std::optional<QString> folder;
     if (parser.isSet(to)) {
+        // Absolute: a vault or native path; relative: a folder below the
+        // vault root (not below the current folder).
         const QString value = parser.value(to);
         const bool absolute = value.startsWith('/') || (value.size() >= 2 && value[1] == ':');
-        folder = absolute ? vaultPathArgument(*store, value) : QString(value).replace('/', '\\');
-        QString check;
-        if (!store->paths().toRelative(store->paths().toWindows(*folder), check) || check != *folder)
+        QString relative;
+        if (absolute)
+            relative = vaultPathArgument(*store, value);
+        else if (!store->paths().toRelative(store->paths().windowsRoot() + '\\' + value, relative))
             throw CliError(QStringLiteral("vault add: '%1' is not a vault folder").arg(value));
+        folder = relative;
     }
     std::vector<AddItem> items;
     for (const QString &source : parser.positionalArguments())
@@ -318,9 +322,8 @@ int runVaultLs(CommandContext &context)
     }
 }
 
-VaultFileRow requireVaultFile(const VaultStore &constStore, const QString &argument, const QString &command)
+VaultFileRow requireVaultFile(VaultStore &store, const QString &argument, const QString &command)
 {
-    auto &store = const_cast<VaultStore &>(constStore);
     const auto file = store.fileByPath(vaultPathArgument(store, argument));
     if (!file)
         throw CliError(QStringLiteral("%1: %2 is not a file of the vault").arg(command, argument));
