@@ -1,5 +1,7 @@
 #include "vault/vaultstore.h"
 
+#include "host/hosterror.h"
+
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -57,6 +59,8 @@ TEST_F(MultiProcessTest, TwoProcessesAddingAtOnceBothSucceed)
     const auto row = store->fileByPath(QStringLiteral("B\\f123.txt"));
     ASSERT_TRUE(row.has_value());
     EXPECT_EQ(store->readVersion(row->id, 1), QByteArray("B 123"));
+    EXPECT_EQ(row->lock, VaultLock::None); // checked in by the same process
+    EXPECT_EQ(row->latestVersion, 1);
 }
 
 TEST_F(MultiProcessTest, AProcessKilledInsideABatchLeavesTheVaultAsBefore)
@@ -71,6 +75,11 @@ TEST_F(MultiProcessTest, AProcessKilledInsideABatchLeavesTheVaultAsBefore)
     start(killed, QStringLiteral("Batch"), 200, true);
     ASSERT_TRUE(killed.waitForReadyRead(60000));
     ASSERT_EQ(killed.readLine().trimmed(), QByteArray("holding"));
+    {
+        // The helper is inside its batch: it holds the vault's write lock.
+        SqliteDb probe(VaultStore::databasePath(root()), 0);
+        EXPECT_THROW(Transaction t(probe), HostError);
+    }
     killed.kill(); // SIGKILL: no destructor, no rollback by the process itself
     ASSERT_TRUE(killed.waitForFinished(60000));
     EXPECT_EQ(killed.exitStatus(), QProcess::CrashExit);
