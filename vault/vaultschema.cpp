@@ -51,6 +51,7 @@ CREATE TABLE versions (
   created  TEXT NOT NULL,
   PRIMARY KEY (file_id, version)
 ) WITHOUT ROWID;
+CREATE INDEX versions_hash ON versions(hash);
 CREATE TABLE card_variables (
   id       INTEGER PRIMARY KEY,
   name     TEXT NOT NULL,

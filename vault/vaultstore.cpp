@@ -501,8 +501,16 @@ void VaultStore::deleteFile(int fileId)
         throw HostError(E_DOX_FILE_IS_LOCKED, m_paths.toWindows(file.path));
     m_db.prepare("DELETE FROM refs WHERE child_id = ?1 OR parent_id = ?1").bind(1, fileId).exec();
     m_db.prepare("DELETE FROM card_values WHERE file_id = ?").bind(1, fileId).exec();
+    std::vector<QString> hashes;
+    for (const VaultVersionRow &v : versions(fileId))
+        hashes.push_back(v.hash);
     m_db.prepare("DELETE FROM versions WHERE file_id = ?").bind(1, fileId).exec();
     m_db.prepare("DELETE FROM files WHERE id = ?").bind(1, fileId).exec();
+    // Contents no other version shares go with the file.
+    for (const QString &hash : hashes)
+        m_db.prepare("DELETE FROM blobs WHERE hash = ?1 AND NOT EXISTS (SELECT 1 FROM versions WHERE hash = ?1)")
+            .bind(1, hash)
+            .exec();
     t.commit();
     // After the commit: a rollback must find the local copy still there.
     FileSystem::instance().remove(m_paths.toNative(file.path));

@@ -196,7 +196,23 @@ TEST(VaultStore, UndoCheckOutRestoresAndDeleteRemovesTheLocalCopy)
     EXPECT_EQ(TempVault::readFile(local), QByteArray("kept"));
     EXPECT_EQ(store.fileById(id)->latestVersion, 1);
 
+    const int shared = store.addFile(vault.outsideFile("b", "kept"), "F", "b.txt", {}).id;
+    auto blobCount = [&store] {
+        Statement &s = store.db().prepare("SELECT COUNT(*) FROM blobs");
+        s.step();
+        const int n = s.integer(0);
+        s.reset();
+        return n;
+    };
+    store.checkOut(id, 0);
+    TempVault::writeFile(local, "only in a.txt");
+    store.checkIn(id, QString());
+    EXPECT_EQ(blobCount(), 2);
+
     store.deleteFile(id);
+    // The bytes a.txt shared with b.txt stay; its own second version goes.
+    EXPECT_EQ(blobCount(), 1);
+    EXPECT_EQ(store.readVersion(shared, 1), QByteArray("kept"));
     EXPECT_FALSE(store.fileById(id).has_value());
     EXPECT_FALSE(QFileInfo::exists(local));
     EXPECT_TRUE(store.versions(id).empty());
