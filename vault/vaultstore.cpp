@@ -262,7 +262,8 @@ void VaultStore::walk(int folderId, const std::function<void(const VaultFolderRo
     }
     if (file) {
         static const QByteArray sql =
-            QByteArray(fileColumns) + "WHERE f.folder_id = ?1 OR (d.path_key > ?2 AND d.path_key < ?3)";
+            QByteArray(fileColumns) + "WHERE f.folder_id IN (SELECT id FROM folders WHERE id = ?1 OR "
+                                      "(path_key > ?2 AND path_key < ?3))";
         Statement &s = m_db.prepare(sql.constData());
         s.bind(1, folderId).bind(2, low).bind(3, high);
         while (s.step())
