@@ -1,0 +1,148 @@
+// The templates, filled the way a run fills them, must compile in the stand-in's macro engine.
+
+#include "macro/expanddelimited.h"
+#include "macro/macroliteral.h"
+#include "macro/templateloader.h"
+#include "platform/qtestprint.h"
+
+#include "cadsim/engine/parser.h"
+
+#include <gtest/gtest.h>
+
+#include <QLocale>
+#include <QStringList>
+
+#include <map>
+
+namespace {
+
+using Settings = std::map<QString, Variant>;
+
+Settings conversionSettings()
+{
+    Settings s = {
+        {"OutputPath", Variant::fromBStr("<Path>\\<Filename>_<Extension>_<Configuration>")},
+        {"OutputPath2", Variant::fromBStr("<VaultPath>\\Copies\\<Today>\\<Filename>")},
+        {"FileFormat", Variant::fromBStr("Glimpse (*.gprt;*.gasm;*.glmp)")},
+        {"OutputSheets", Variant::fromI4(8 + 1)},
+        {"NamedSheet", Variant::fromBStr("Sheet[13]*")},
+        {"FileSheets", Variant::fromI4(2 + 1)},
+        {"OutputConfs", Variant::fromI4(2 + 1)},
+        {"FileConfs", Variant::fromI4(4 + 1)},
+        {"NamedConf", Variant::fromBStr("Default*")},
+        {"ErrorLogPath", Variant::fromBStr("\\Logs\\Convert")},
+    };
+    for (const char *key :
+         {"PdfInColor", "PdfEmbedFonts", "PdfHighQuality", "PdfPrintHeaderFooter",
+          "PdfUsePrinterLineWeights", "IgesExportSolidSurface", "IgesExportWireframe",
+          "IgesExportFreeCurves", "IgesExportSketchEntities", "IgesHighCurveAccuracy",
+          "IgesComponentsIntoOneFile", "IgesFlattenAssemblyHierarchy",
+          "ParasolidFlattenHierarchy", "VrmlSaveAssemblyAsOneFile", "StlOutputAs",
+          "StlDontTranslatePositive", "StlComponentsIntoOneFile", "StlCheckForInterferences",
+          "GlmpOkayToMeasure", "GlmpAllowExportOfSTL", "GlmpSaveShadedData", "GlmpSaveBOM",
+          "GlmpSaveMotionStudies", "GlmpSaveMotionStudiesToAllConfs",
+          "GlmpRecalcMotionStudies"})
+        s[key] = Variant::fromBool(true);
+    for (const char *key :
+         {"IgesRepresentation", "IgesCurveRepresentation", "IgesSystem", "AcisGeometry",
+          "AcisVersion", "AcisOutputAsUnit", "StepGeometry", "StepVersion", "ParasolidVersion",
+          "VrmlOutputAsUnit", "StlOutputAsUnit", "StlQuality", "TifImageType",
+          "TifCompressionScheme"})
+        s[key] = Variant::fromI4(2);
+    return s;
+}
+
+Settings printSettings()
+{
+    Settings s = {
+        {"ErrorLogPath", Variant::fromBStr("D:\\Print logs")},
+        {"__printer_prseltype", Variant::fromI4(2)},
+        {"__printer_prname", Variant::fromBStr("Office")},
+        {"__printer_usedrwnfo", Variant::fromBool(false)},
+        {"__printer_defpapsize", Variant::fromI4(11)},
+        {"__printer_deforientation", Variant::fromI4(1)},
+        {"__printer_margintype", Variant::fromI4(2)},
+        {"__printer_headertype", Variant::fromI4(2)},
+        {"__printer_footertype", Variant::fromI4(2)},
+        // A header with a line break arrives as "a"+vbLf+"b".
+        {"__printer_headerleft", Variant::fromBStr("Project\r\nNorth")},
+        {"__printer_copycount", Variant::fromI4(2)},
+    };
+    for (const char *key : {"__printer_margintop", "__printer_marginbottom",
+                            "__printer_marginleft", "__printer_marginright"})
+        s[key] = Variant::fromR4(12.5f);
+    for (const char *key : {"A", "B", "C", "D", "E", "A0", "A1", "A2", "A3", "A4", "DEF"})
+        s[QStringLiteral("__printer_papsize_") + QLatin1String(key)] = Variant::fromBStr("Plotter");
+    for (const char *key : {"__printer_headercenter", "__printer_headerright",
+                            "__printer_footerleft", "__printer_footercenter",
+                            "__printer_footerright"})
+        s[key] = Variant::fromBStr("");
+    return s;
+}
+
+// Option pass and file pass as a run does them, with a path that needs ChrW.
+QString fillTemplate(int number, const Settings &settings)
+{
+    const QString text = loadScriptTemplate(number, nullptr);
+    const PlaceholderLookup lookup = [&](const QString &name) -> std::optional<Variant> {
+        const auto it = settings.find(name);
+        if (it == settings.end())
+            return std::nullopt;
+        return it->second;
+    };
+    QString macro = ExpandDelimited(text, QLatin1Char('['), QLatin1Char(']'), lookup);
+    const std::pair<const char *, QString> files[] = {
+        {"<Filepath>", EncodeMacroLiteral(QStringLiteral("V:\\Projekt \u0416\\Welle.mcdprt"))},
+        {"<Path>", EncodeMacroLiteral(QStringLiteral("V:\\Projekt \u0416"))},
+        {"<VaultPath>", QStringLiteral("V:")},
+        {"<TaskInstanceGuid>", QStringLiteral("{5B4A1C2D-0000-4000-8000-00000000ABCD}")},
+        {"<SelCfgOrSheet>", QStringLiteral("Sheet2")},
+        {"<Revision>", QStringLiteral("B")},
+        {"<Version>", QStringLiteral("4")},
+        {"<WorkflowState>", QStringLiteral("Released")},
+        {"<Today>", QStringLiteral("05_03_2012")},
+    };
+    for (const auto &[placeholder, value] : files)
+        macro.replace(QLatin1String(placeholder), value);
+    return macro;
+}
+
+QString compileError(const QString &macro)
+{
+    try {
+        cadsim::Parser::parse(macro);
+        return {};
+    } catch (const cadsim::CompileException &e) {
+        const cadsim::CompileError &error = e.error();
+        const QStringList lines = macro.split(QStringLiteral("\r\n"));
+        return QStringLiteral("line %1, column %2: %3\n%4")
+            .arg(error.pos.line)
+            .arg(error.pos.column)
+            .arg(error.message, lines.value(error.pos.line - 1));
+    }
+}
+
+TEST(MacroTemplatesInEngine, FilledTemplatesCompile)
+{
+    EXPECT_EQ(compileError(fillTemplate(ConversionTemplate, conversionSettings())), QString());
+    EXPECT_EQ(compileError(fillTemplate(PrintTemplate, printSettings())), QString());
+    EXPECT_EQ(compileError(fillTemplate(DefaultScriptTemplate, {})), QString());
+}
+
+TEST(MacroTemplatesInEngine, AMissingIntegerSettingBreaksTheSyntax)
+{
+    // Integers stand bare in the macro: without a value the run call reports a compile error,
+    // which is how a task with a missing setting fails.
+    Settings settings = printSettings();
+    settings.erase(QStringLiteral("__printer_margintype"));
+    EXPECT_NE(compileError(fillTemplate(PrintTemplate, settings)), QString());
+}
+
+TEST(MacroTemplatesInEngine, AQuoteInATextSettingBreaksTheSyntax)
+{
+    Settings settings = conversionSettings();
+    settings[QStringLiteral("NamedSheet")] = Variant::fromBStr(QStringLiteral("Sheet \"A"));
+    EXPECT_NE(compileError(fillTemplate(ConversionTemplate, settings)), QString());
+}
+
+} // namespace
