@@ -79,6 +79,11 @@ TEST_F(MultiProcessTest, AProcessKilledInsideABatchLeavesTheVaultAsBefore)
         // The helper is inside its batch: it holds the vault's write lock.
         SqliteDb probe(VaultStore::databasePath(root()), 0);
         EXPECT_THROW(Transaction t(probe), HostError);
+        // Readers go on meanwhile and see the vault as before the batch.
+        VaultOpenOptions noWaiting;
+        noWaiting.busyTimeoutMs = 0;
+        auto reader = VaultStore::open(root(), noWaiting);
+        EXPECT_EQ(reader->filesUnder(VaultStore::RootFolderId).size(), 5u);
     }
     killed.kill(); // SIGKILL: no destructor, no rollback by the process itself
     ASSERT_TRUE(killed.waitForFinished(60000));

@@ -164,6 +164,10 @@ INSERT INTO folders (id, parent_id, name, path, path_key) VALUES (1, NULL, '', '
 
 void VaultSchema::ensure(SqliteDb &db)
 {
+    // The common case needs no write lock, so opening a vault never waits
+    // for another process's batch.
+    if (db.userVersion() == CurrentVersion)
+        return;
     Transaction transaction(db);
     const int version = db.userVersion();
     if (version > CurrentVersion)
