@@ -1,0 +1,1048 @@
+#include "cadsim/engine/interpreter.h"
+
+#include "cadsim/engine/builtins.h"
+#include "cadsim/engine/fso.h"
+#include "cadsim/engine/operators.h"
+
+#include <QDateTime>
+
+#include <cmath>
+
+namespace cadsim {
+
+namespace {
+
+constexpr int kMaxDepth = 1000;
+
+void setPosIfUnknown(ScriptError &e, SourcePos pos)
+{
+    if (e.pos().line == 0)
+        e.setPos(pos);
+}
+
+} // namespace
+
+Interpreter::Interpreter(const Module &module, EngineHost host)
+    : m_module(module), m_host(std::move(host)), m_err(std::make_shared<ErrObject>())
+{
+    m_constants = defaultCadConstants();
+    for (auto it = m_host.constants.constBegin(); it != m_host.constants.constEnd(); ++it)
+        m_constants.insert(it.key().toLower(), it.value());
+}
+
+Interpreter::~Interpreter() = default;
+
+QString Interpreter::resolvePath(const QString &windowsPath) const
+{
+    return m_host.resolvePath ? m_host.resolvePath(windowsPath) : windowsPath;
+}
+
+double Interpreter::now() const
+{
+    if (m_host.now)
+        return m_host.now();
+    const QDateTime t = QDateTime::currentDateTime();
+    return oleDateFromParts(t.date().year(), t.date().month(), t.date().day(), t.time().hour(), t.time().minute(),
+                            t.time().second());
+}
+
+ScriptValue Interpreter::createObject(const QString &progId)
+{
+    if (m_host.createObject) {
+        if (auto obj = m_host.createObject(progId.toLower()))
+            return ScriptValue::fromObject(obj);
+    }
+    if (progId.compare(QLatin1String("Scripting.FileSystemObject"), Qt::CaseInsensitive) == 0)
+        return ScriptValue::fromObject(std::make_shared<FileSystemObject>([this](const QString &p) { return resolvePath(p); }));
+    throw ScriptError(ErrNo::CannotCreateObject);
+}
+
+ScriptValue Interpreter::getObject(const QString &path, const QString &progId)
+{
+    if (m_host.getObject) {
+        if (auto obj = m_host.getObject(path, progId.toLower()))
+            return ScriptValue::fromObject(obj);
+    }
+    if (path.isEmpty()) {
+        const auto it = m_host.globals.constFind(QStringLiteral("application"));
+        if (it != m_host.globals.constEnd())
+            return *it;
+    }
+    throw ScriptError(ErrNo::CannotCreateObject);
+}
+
+int Interpreter::messageBox(const QString &prompt, int buttons, const QString &title)
+{
+    if (!m_host.messageBox)
+        return 1; // vbOK
+    return m_host.messageBox->showMessage(title, prompt, buttons);
+}
+
+bool Interpreter::constantValue(const QString &lower, ScriptValue *out) const
+{
+    const auto &vba = vbaConstants();
+    auto it = vba.constFind(lower);
+    if (it != vba.constEnd()) {
+        *out = *it;
+        return true;
+    }
+    it = m_constants.constFind(lower);
+    if (it != m_constants.constEnd()) {
+        *out = *it;
+        return true;
+    }
+    return false;
+}
+
+ScriptValue Interpreter::initialValue(DeclType type) const
+{
+    switch (type) {
+    case DeclType::Integer:
+    case DeclType::Byte:
+        return ScriptValue::fromInteger(0);
+    case DeclType::Long:
+        return ScriptValue::fromLong(0);
+    case DeclType::Double:
+    case DeclType::Single:
+    case DeclType::Currency:
+        return ScriptValue::fromDouble(0);
+    case DeclType::String:
+        return ScriptValue::fromString(QString());
+    case DeclType::Boolean:
+        return ScriptValue::fromBool(false);
+    case DeclType::Date:
+        return ScriptValue::fromDate(0);
+    case DeclType::Object:
+        return ScriptValue::nothing();
+    case DeclType::Variant:
+        break;
+    }
+    return {};
+}
+
+ScriptValue Interpreter::coerce(const ScriptValue &value, DeclType type, bool isSet)
+{
+    if (isSet) {
+        if (!value.isObject())
+            throw ScriptError(ErrNo::ObjectRequired);
+        if (type != DeclType::Variant && type != DeclType::Object)
+            throw ScriptError(ErrNo::TypeMismatch);
+        return value;
+    }
+    ScriptValue v = value;
+    if (v.isObject() && type != DeclType::Object) {
+        if (!v.object())
+            throw ScriptError(ErrNo::ObjectVariableNotSet);
+        ScriptArgs none;
+        v = v.object()->defaultValue(none);
+    }
+    switch (type) {
+    case DeclType::Variant:
+        return v.copied();
+    case DeclType::Integer:
+        return ScriptValue::fromInteger(v.toInteger());
+    case DeclType::Byte: {
+        const int n = v.toInteger();
+        if (n < 0 || n > 255)
+            throw ScriptError(ErrNo::Overflow);
+        return ScriptValue::fromInteger(static_cast<std::int16_t>(n));
+    }
+    case DeclType::Long:
+        return ScriptValue::fromLong(v.toLong());
+    case DeclType::Double:
+    case DeclType::Single:
+    case DeclType::Currency:
+        return ScriptValue::fromDouble(v.toDouble());
+    case DeclType::String:
+        return ScriptValue::fromString(v.toString());
+    case DeclType::Boolean:
+        return ScriptValue::fromBool(v.toBool());
+    case DeclType::Date:
+        return ScriptValue::fromDate(v.toDouble());
+    case DeclType::Object:
+        // "obj = x" without Set on an object variable
+        throw ScriptError(ErrNo::ObjectVariableNotSet);
+    }
+    return v;
+}
+
+void Interpreter::store(Variable &var, const ScriptValue &value, bool isSet)
+{
+    if (var.isConst)
+        throw ScriptError(ErrNo::TypeMismatch, QStringLiteral("Assignment to constant not permitted"));
+    if (var.fixedArray)
+        throw ScriptError(ErrNo::ArrayFixed);
+    if (!isSet && var.type == DeclType::Variant && value.isObject()) {
+        // Let of an object into a Variant takes its default value.
+        if (!value.object())
+            throw ScriptError(ErrNo::ObjectVariableNotSet);
+        ScriptArgs none;
+        var.slot() = value.object()->defaultValue(none);
+        return;
+    }
+    if (value.isArray() && var.type != DeclType::Variant && !var.slot().isArray())
+        throw ScriptError(ErrNo::TypeMismatch);
+    var.slot() = value.isArray() ? value.copied() : coerce(value, var.type, isSet);
+}
+
+ScriptValue Interpreter::newArray(const std::vector<Dimension> &dims, DeclType type)
+{
+    std::vector<ScriptArray::Bound> bounds;
+    for (const Dimension &d : dims) {
+        ScriptArray::Bound b;
+        b.lower = d.lower ? eval(*d.lower).toLong() : m_module.optionBase;
+        b.upper = eval(*d.upper).toLong();
+        if (b.upper < b.lower)
+            throw ScriptError(ErrNo::SubscriptOutOfRange);
+        bounds.push_back(b);
+    }
+    auto a = ScriptArray::create(bounds);
+    const ScriptValue init = initialValue(type);
+    if (!init.isEmpty())
+        std::fill(a->items.begin(), a->items.end(), init);
+    return ScriptValue::fromArray(a);
+}
+
+ScriptValue Interpreter::evalConst(const Expr &e)
+{
+    return eval(e);
+}
+
+void Interpreter::initialize()
+{
+    m_moduleVars.clear();
+    for (const ConstDecl &c : m_module.constants) {
+        Variable v;
+        try {
+            v.value = evalConst(*c.value);
+        } catch (ScriptError &e) {
+            setPosIfUnknown(e, c.pos);
+            throw;
+        }
+        v.isConst = true;
+        m_moduleVars[c.lower] = std::move(v);
+    }
+    for (const VarDecl &d : m_module.variables) {
+        Variable v;
+        v.type = d.type;
+        try {
+            if (d.isArray)
+                v.value = d.dims.empty() ? ScriptValue() : newArray(d.dims, d.type);
+            else if (d.isNew)
+                v.value = createObject(QString());
+            else
+                v.value = initialValue(d.type);
+        } catch (ScriptError &e) {
+            setPosIfUnknown(e, d.pos);
+            throw;
+        }
+        if (d.isArray) {
+            v.fixedArray = !d.dims.empty();
+            v.type = DeclType::Variant;
+        }
+        m_moduleVars[d.lower] = std::move(v);
+    }
+}
+
+Interpreter::Variable *Interpreter::findVariable(const QString &lower)
+{
+    if (!m_frames.empty()) {
+        auto &locals = m_frames.back()->locals;
+        const auto it = locals.find(lower);
+        if (it != locals.end())
+            return &it->second;
+    }
+    const auto it = m_moduleVars.find(lower);
+    return it != m_moduleVars.end() ? &it->second : nullptr;
+}
+
+Interpreter::Variable &Interpreter::implicitVariable(const QString &lower)
+{
+    if (m_frames.empty())
+        return m_moduleVars[lower];
+    return m_frames.back()->locals[lower];
+}
+
+ScriptValue Interpreter::call(const QString &procedure, std::vector<ScriptValue> args)
+{
+    const Procedure *proc = m_module.procedureIndex.value(procedure.toLower());
+    if (!proc)
+        throw ScriptError(35, QStringLiteral("Sub or Function not defined"));
+    return invokeProcedure(*proc, {}, &args);
+}
+
+// ---- procedures ---------------------------------------------------------------------------
+
+ScriptValue Interpreter::invokeProcedure(const Procedure &proc, const std::vector<Arg> &args,
+                                         const std::vector<ScriptValue> *values)
+{
+    if (m_depth >= kMaxDepth)
+        throw ScriptError(28);
+    Frame frame;
+    frame.proc = &proc;
+    frame.locals.reserve(proc.params.size() + 8);
+    const std::size_t given = values ? values->size() : args.size();
+    // Bind arguments: positional first, then named.
+    std::vector<const Arg *> bound(proc.params.size(), nullptr);
+    std::vector<bool> boundValue(proc.params.size(), false);
+    std::vector<ScriptValue> paramArray;
+    const Param *paramArrayParam = (!proc.params.empty() && proc.params.back().paramArray) ? &proc.params.back() : nullptr;
+    for (std::size_t i = 0; i < given; ++i) {
+        const Arg *a = values ? nullptr : &args[i];
+        if (a && !a->name.isEmpty()) {
+            bool found = false;
+            for (std::size_t p = 0; p < proc.params.size(); ++p) {
+                if (proc.params[p].lower == a->name) {
+                    bound[p] = a;
+                    found = true;
+                }
+            }
+            if (!found)
+                throw ScriptError(448, QStringLiteral("Named argument not found"));
+            continue;
+        }
+        if (paramArrayParam && i + 1 >= proc.params.size()) {
+            paramArray.push_back(values ? (*values)[i] : (a->value ? eval(*a->value) : ScriptValue::missing()));
+            continue;
+        }
+        if (i >= proc.params.size())
+            throw ScriptError(450);
+        if (values)
+            boundValue[i] = true;
+        else
+            bound[i] = a;
+    }
+    for (std::size_t p = 0; p < proc.params.size(); ++p) {
+        const Param &param = proc.params[p];
+        Variable var;
+        var.type = param.isArray ? DeclType::Variant : param.type;
+        if (param.paramArray) {
+            var.value = ScriptValue::fromList(paramArray);
+        } else if (boundValue[p]) {
+            var.value = (*values)[p];
+        } else if (bound[p] && bound[p]->value) {
+            const Expr &argExpr = *bound[p]->value;
+            ScriptValue *ref = param.byRef ? addressOf(argExpr) : nullptr;
+            if (ref && (param.type == DeclType::Variant || param.isArray)) {
+                var.ref = ref;
+            } else {
+                const ScriptValue v = eval(argExpr);
+                if (ref && param.type != DeclType::Variant && v.type() != initialValue(param.type).type()
+                    && !(param.type == DeclType::Object && v.isObject()))
+                    throw ScriptError(ErrNo::TypeMismatch, QStringLiteral("ByRef argument type mismatch"));
+                if (ref)
+                    var.ref = ref;
+                else
+                    var.value = v.isObject() ? coerce(v, param.type, true) : coerce(v, param.type, false);
+            }
+        } else {
+            if (!param.optional)
+                throw ScriptError(ErrNo::ArgumentNotOptional);
+            var.value = param.defaultValue ? coerce(eval(*param.defaultValue), param.type, false)
+                                           : (param.type == DeclType::Variant ? ScriptValue::missing() : initialValue(param.type));
+        }
+        frame.locals[param.lower] = std::move(var);
+    }
+    if (proc.isFunction) {
+        Variable result;
+        result.type = proc.returnType;
+        result.value = initialValue(proc.returnType);
+        frame.locals.emplace(proc.lower, std::move(result));
+    }
+    m_frames.push_back(&frame);
+    ++m_depth;
+    struct Pop {
+        Interpreter *self;
+        ~Pop()
+        {
+            self->m_frames.pop_back();
+            --self->m_depth;
+        }
+    } pop{this};
+    runBody(frame);
+    if (frame.inHandler || frame.errorMode != OnErrorMode::Disable)
+        m_err->clear();
+    if (proc.isFunction)
+        return frame.locals[proc.lower].value;
+    return {};
+}
+
+Interpreter::Flow Interpreter::runBody(Frame &frame)
+{
+    const Block &body = frame.proc->body;
+    int i = 0;
+    while (i < static_cast<int>(body.size())) {
+        frame.topIndex = i;
+        Flow flow = Flow::Normal;
+        try {
+            flow = exec(*body[i]);
+        } catch (ScriptError &e) {
+            flow = handleError(e, *body[i]);
+        }
+        if (flow == Flow::ExitProc)
+            return flow;
+        if (flow == Flow::Jump) {
+            i = frame.jumpIndex;
+            frame.jumpIndex = -1;
+            continue;
+        }
+        ++i;
+    }
+    return Flow::Normal;
+}
+
+Interpreter::Flow Interpreter::handleError(ScriptError &error, const Stmt &s)
+{
+    setPosIfUnknown(error, s.pos);
+    Frame &frame = *m_frames.back();
+    if (frame.inHandler || frame.errorMode == OnErrorMode::Disable)
+        throw error;
+    m_err->set(error);
+    if (frame.errorMode == OnErrorMode::ResumeNext)
+        return Flow::Normal;
+    frame.inHandler = true;
+    frame.resumeIndex = frame.topIndex;
+    return jumpTo(frame.errorLabel, s.pos);
+}
+
+Interpreter::Flow Interpreter::jumpTo(const QString &label, SourcePos pos)
+{
+    Frame &frame = *m_frames.back();
+    const auto it = frame.proc->labels.constFind(label);
+    if (it == frame.proc->labels.constEnd())
+        throw ScriptError(ErrNo::InvalidCall, QStringLiteral("Label not defined"), pos);
+    frame.jumpIndex = *it;
+    return Flow::Jump;
+}
+
+Interpreter::Flow Interpreter::execBlock(const Block &block)
+{
+    for (const StmtPtr &s : block) {
+        Flow flow = Flow::Normal;
+        try {
+            flow = exec(*s);
+        } catch (ScriptError &e) {
+            flow = handleError(e, *s);
+        }
+        if (flow != Flow::Normal)
+            return flow;
+    }
+    return Flow::Normal;
+}
+
+// ---- statements ---------------------------------------------------------------------------
+
+Interpreter::Flow Interpreter::exec(const Stmt &s)
+{
+    switch (s.kind) {
+    case StmtKind::Label:
+        return Flow::Normal;
+    case StmtKind::Dim:
+        execDim(s);
+        return Flow::Normal;
+    case StmtKind::Const: {
+        Variable v;
+        v.value = eval(*s.value);
+        v.isConst = true;
+        m_frames.back()->locals[s.constName] = std::move(v);
+        for (const StmtPtr &more : s.body)
+            exec(*more);
+        return Flow::Normal;
+    }
+    case StmtKind::ReDim:
+        execReDim(s);
+        return Flow::Normal;
+    case StmtKind::Assign:
+        assign(*s.target, eval(*s.value), false, s.pos);
+        return Flow::Normal;
+    case StmtKind::SetAssign:
+        assign(*s.target, eval(*s.value), true, s.pos);
+        return Flow::Normal;
+    case StmtKind::Call:
+        execCall(s);
+        return Flow::Normal;
+    case StmtKind::If:
+        return execIf(s);
+    case StmtKind::For:
+        return execFor(s);
+    case StmtKind::ForEach:
+        return execForEach(s);
+    case StmtKind::Do:
+    case StmtKind::While:
+        return execDo(s);
+    case StmtKind::Select:
+        return execSelect(s);
+    case StmtKind::Exit:
+        switch (s.exitKind) {
+        case ExitKind::For:
+            return Flow::ExitFor;
+        case ExitKind::Do:
+            return Flow::ExitDo;
+        default:
+            return Flow::ExitProc;
+        }
+    case StmtKind::OnError: {
+        Frame &frame = *m_frames.back();
+        frame.errorMode = s.onError;
+        frame.errorLabel = s.label;
+        if (s.label == QLatin1String("-1"))
+            frame.inHandler = false;
+        m_err->clear();
+        return Flow::Normal;
+    }
+    case StmtKind::Resume:
+        return execResume(s);
+    case StmtKind::GoTo:
+        return jumpTo(s.label, s.pos);
+    case StmtKind::With: {
+        Frame &frame = *m_frames.back();
+        frame.withStack.push_back(eval(*s.target));
+        struct PopWith {
+            Frame &f;
+            ~PopWith() { f.withStack.pop_back(); }
+        } popWith{frame};
+        return execBlock(s.body);
+    }
+    case StmtKind::Open:
+        execOpen(s);
+        return Flow::Normal;
+    case StmtKind::Close:
+        if (s.args.empty())
+            m_files.closeAll();
+        for (const Arg &a : s.args)
+            m_files.close(eval(*a.value).toLong());
+        return Flow::Normal;
+    case StmtKind::Print:
+    case StmtKind::Write:
+    case StmtKind::DebugPrint:
+        execPrint(s);
+        return Flow::Normal;
+    case StmtKind::LineInput: {
+        const QString line = m_files.readLine(eval(*s.value).toLong());
+        assign(*s.target, ScriptValue::fromString(line), false, s.pos);
+        return Flow::Normal;
+    }
+    case StmtKind::Erase:
+        for (const Arg &a : s.args) {
+            Variable *v = a.value->kind == ExprKind::Name ? findVariable(a.value->lower) : nullptr;
+            if (!v || !v->slot().isArray())
+                throw ScriptError(ErrNo::TypeMismatch);
+            if (v->fixedArray) {
+                for (ScriptValue &item : v->slot().array()->items)
+                    item = ScriptValue();
+            } else {
+                v->slot() = ScriptValue();
+            }
+        }
+        return Flow::Normal;
+    case StmtKind::End:
+        throw EndRequest{};
+    }
+    return Flow::Normal;
+}
+
+Interpreter::Flow Interpreter::execResume(const Stmt &s)
+{
+    Frame &frame = *m_frames.back();
+    if (!frame.inHandler)
+        throw ScriptError(ErrNo::ResumeWithoutError);
+    frame.inHandler = false;
+    m_err->clear();
+    switch (s.resume) {
+    case ResumeMode::Here:
+        frame.jumpIndex = frame.resumeIndex;
+        return Flow::Jump;
+    case ResumeMode::Next:
+        frame.jumpIndex = frame.resumeIndex + 1;
+        return Flow::Jump;
+    case ResumeMode::Label:
+        break;
+    }
+    return jumpTo(s.label, s.pos);
+}
+
+void Interpreter::execDim(const Stmt &s)
+{
+    Frame &frame = *m_frames.back();
+    for (const VarDecl &d : s.decls) {
+        Variable v;
+        v.type = d.type;
+        if (d.isArray) {
+            v.value = d.dims.empty() ? ScriptValue() : newArray(d.dims, d.type);
+            v.fixedArray = !d.dims.empty();
+            v.type = DeclType::Variant;
+        } else if (d.isNew) {
+            v.value = createObject(QString());
+        } else {
+            v.value = initialValue(d.type);
+        }
+        frame.locals[d.lower] = std::move(v);
+    }
+}
+
+void Interpreter::execReDim(const Stmt &s)
+{
+    for (const VarDecl &d : s.decls) {
+        Variable *var = findVariable(d.lower);
+        if (!var)
+            var = &implicitVariable(d.lower);
+        if (var->fixedArray)
+            throw ScriptError(ErrNo::ArrayFixed);
+        ScriptValue fresh = newArray(d.dims, d.type);
+        if (s.preserve && var->slot().isArray()) {
+            const ScriptArray &old = *var->slot().array();
+            ScriptArray &now = *fresh.array();
+            if (old.bounds.size() != now.bounds.size())
+                throw ScriptError(ErrNo::SubscriptOutOfRange);
+            for (std::size_t i = 0; i + 1 < old.bounds.size(); ++i) {
+                if (old.bounds[i].lower != now.bounds[i].lower || old.bounds[i].upper != now.bounds[i].upper)
+                    throw ScriptError(ErrNo::SubscriptOutOfRange);
+            }
+            // Only the last dimension may change: copy element by element.
+            const std::size_t lastOld = static_cast<std::size_t>(old.bounds.back().count());
+            const std::size_t lastNew = static_cast<std::size_t>(now.bounds.back().count());
+            const std::size_t rows = lastOld ? old.items.size() / lastOld : 0;
+            const std::size_t keep = std::min(lastOld, lastNew);
+            const std::int32_t shift = old.bounds.back().lower - now.bounds.back().lower;
+            for (std::size_t r = 0; r < rows; ++r) {
+                for (std::size_t c = 0; c < keep; ++c) {
+                    const std::int64_t target = static_cast<std::int64_t>(c) + shift;
+                    if (target >= 0 && target < static_cast<std::int64_t>(lastNew))
+                        now.items[r * lastNew + static_cast<std::size_t>(target)] = old.items[r * lastOld + c];
+                }
+            }
+        }
+        var->slot() = fresh;
+    }
+}
+
+Interpreter::Flow Interpreter::execIf(const Stmt &s)
+{
+    for (const IfBranch &b : s.branches) {
+        if (b.condition) {
+            const ScriptValue c = eval(*b.condition);
+            if (c.isNull() || !c.toBool())
+                continue;
+        }
+        return execBlock(b.body);
+    }
+    return Flow::Normal;
+}
+
+Interpreter::Flow Interpreter::execFor(const Stmt &s)
+{
+    const ScriptValue start = eval(*s.value);
+    const ScriptValue limit = eval(*s.limit);
+    const ScriptValue step = s.step ? eval(*s.step) : ScriptValue::fromInteger(1);
+    const double end = limit.toDouble();
+    const double stepValue = step.toDouble();
+    assign(*s.target, start, false, s.pos);
+    for (;;) {
+        const double v = eval(*s.target).toDouble();
+        if (stepValue >= 0 ? v > end : v < end)
+            break;
+        const Flow flow = execBlock(s.body);
+        if (flow == Flow::ExitFor)
+            break;
+        if (flow != Flow::Normal)
+            return flow;
+        assign(*s.target, applyBinary(Op::Add, eval(*s.target), step, false), false, s.pos);
+    }
+    return Flow::Normal;
+}
+
+Interpreter::Flow Interpreter::execForEach(const Stmt &s)
+{
+    const ScriptValue coll = eval(*s.collection);
+    std::vector<ScriptValue> items;
+    if (coll.isArray())
+        items = coll.array()->items;
+    else if (coll.isObject() && coll.object())
+        items = coll.object()->enumerate();
+    else if (coll.isNothing())
+        throw ScriptError(ErrNo::ObjectVariableNotSet);
+    else
+        throw ScriptError(ErrNo::ObjectRequired);
+    for (const ScriptValue &item : items) {
+        assign(*s.target, item, item.isObject(), s.pos);
+        const Flow flow = execBlock(s.body);
+        if (flow == Flow::ExitFor)
+            break;
+        if (flow != Flow::Normal)
+            return flow;
+    }
+    return Flow::Normal;
+}
+
+Interpreter::Flow Interpreter::execDo(const Stmt &s)
+{
+    auto test = [&](LoopCond kind) {
+        const ScriptValue c = eval(*s.condition);
+        const bool truth = !c.isNull() && c.toBool();
+        return kind == LoopCond::While ? truth : !truth;
+    };
+    const LoopCond pre = s.kind == StmtKind::While ? LoopCond::While : s.preCond;
+    for (;;) {
+        if (pre != LoopCond::None && !test(pre))
+            break;
+        const Flow flow = execBlock(s.body);
+        if (flow == Flow::ExitDo && s.kind == StmtKind::Do)
+            break;
+        if (flow != Flow::Normal)
+            return flow;
+        if (s.postCond != LoopCond::None && !test(s.postCond))
+            break;
+    }
+    return Flow::Normal;
+}
+
+Interpreter::Flow Interpreter::execSelect(const Stmt &s)
+{
+    const ScriptValue subject = eval(*s.value);
+    const bool text = m_module.compareText;
+    for (const CaseClause &clause : s.cases) {
+        bool hit = clause.tests.empty();
+        for (const CaseTest &t : clause.tests) {
+            if (hit)
+                break;
+            if (subject.isNull())
+                continue;
+            switch (t.kind) {
+            case CaseTest::Value:
+                hit = compareValues(subject, eval(*t.a), text) == 0;
+                break;
+            case CaseTest::Range:
+                hit = compareValues(subject, eval(*t.a), text) >= 0 && compareValues(subject, eval(*t.b), text) <= 0;
+                break;
+            case CaseTest::Is: {
+                const ScriptValue r = applyBinary(t.op, subject, eval(*t.a), text);
+                hit = !r.isNull() && r.toBool();
+                break;
+            }
+            }
+        }
+        if (hit)
+            return execBlock(clause.body);
+    }
+    return Flow::Normal;
+}
+
+void Interpreter::execOpen(const Stmt &s)
+{
+    const QString path = eval(*s.value).toString();
+    const int number = eval(*s.limit).toLong();
+    m_files.open(number, resolvePath(path), s.openMode);
+}
+
+void Interpreter::execPrint(const Stmt &s)
+{
+    QString text;
+    bool newline = true;
+    for (const PrintItem &item : s.items) {
+        if (item.value) {
+            const ScriptValue v = eval(*item.value);
+            if (s.kind == StmtKind::Write) {
+                if (v.isString())
+                    text += QLatin1Char('"') + v.toString() + QLatin1Char('"');
+                else if (v.type() == ValueType::Boolean)
+                    text += v.toBool() ? QStringLiteral("#TRUE#") : QStringLiteral("#FALSE#");
+                else if (v.isNull())
+                    text += QStringLiteral("#NULL#");
+                else
+                    text += v.toString();
+            } else if (v.isNull()) {
+                text += QStringLiteral("Null");
+            } else if (v.isNumeric() && v.type() != ValueType::Date && v.type() != ValueType::Boolean) {
+                // Print puts a blank before positive numbers and one after every number.
+                const QString n = v.toString();
+                text += (n.startsWith(QLatin1Char('-')) ? n : QLatin1Char(' ') + n) + QLatin1Char(' ');
+            } else {
+                text += v.toString();
+            }
+        }
+        newline = item.separator.isNull();
+        if (item.separator == QLatin1Char(',')) {
+            if (s.kind == StmtKind::Write)
+                text += QLatin1Char(',');
+            else
+                do {
+                    text += QLatin1Char(' ');
+                } while (text.size() % 14 != 0);
+        }
+    }
+    if (s.kind == StmtKind::DebugPrint) {
+        if (m_host.debugOutput)
+            m_host.debugOutput(text);
+        return;
+    }
+    if (newline)
+        text += QStringLiteral("\r\n");
+    m_files.write(eval(*s.value).toLong(), text);
+}
+
+void Interpreter::execCall(const Stmt &s)
+{
+    const Expr &target = *s.target;
+    if (target.kind == ExprKind::Name) {
+        callByName(target, s.args, CallKind::Call, true);
+        return;
+    }
+    if (target.kind == ExprKind::Member) {
+        evalMember(target, CallKind::Call, &s.args, nullptr);
+        return;
+    }
+    // x(1).Method or a call on an indexed value
+    const ScriptValue base = eval(target);
+    if (!s.args.empty())
+        indexValue(base, s.args);
+}
+
+// ---- assignment ---------------------------------------------------------------------------
+
+void Interpreter::assign(const Expr &target, const ScriptValue &value, bool isSet, SourcePos)
+{
+    if (isSet && !value.isObject())
+        throw ScriptError(ErrNo::ObjectRequired);
+    switch (target.kind) {
+    case ExprKind::Name: {
+        Variable *var = findVariable(target.lower);
+        if (!var) {
+            if (m_module.procedureIndex.contains(target.lower) || findBuiltin(target.lower))
+                throw ScriptError(ErrNo::TypeMismatch, QStringLiteral("Function call on left-hand side of assignment must return Variant or Object"));
+            ScriptValue dummy;
+            if (constantValue(target.lower, &dummy))
+                throw ScriptError(ErrNo::TypeMismatch, QStringLiteral("Assignment to constant not permitted"));
+            var = &implicitVariable(target.lower);
+        }
+        store(*var, value, isSet);
+        return;
+    }
+    case ExprKind::Member:
+        evalMember(target, isSet ? CallKind::Set : CallKind::Let, nullptr, &value);
+        return;
+    case ExprKind::Call: {
+        const Expr &callee = *target.left;
+        if (callee.kind == ExprKind::Name) {
+            Variable *var = findVariable(callee.lower);
+            if (var && var->slot().isArray()) {
+                ScriptValue &cell = var->slot().array()->at(indexes(target.args));
+                cell = isSet ? value : (value.isArray() ? value.copied() : value);
+                return;
+            }
+            if (var && var->slot().isObject()) {
+                if (!var->slot().object())
+                    throw ScriptError(ErrNo::ObjectVariableNotSet);
+                std::vector<ScriptValue> temps;
+                temps.reserve(target.args.size() + 1);
+                ScriptArgs args;
+                for (const Arg &a : target.args) {
+                    temps.push_back(a.value ? eval(*a.value) : ScriptValue::missing());
+                    args.push_back(&temps.back());
+                }
+                temps.push_back(value);
+                args.push_back(&temps.back());
+                var->slot().object()->invoke(QStringLiteral("Item"), isSet ? CallKind::Set : CallKind::Let, args);
+                return;
+            }
+            if (var || !m_module.procedureIndex.contains(callee.lower))
+                throw ScriptError(ErrNo::TypeMismatch);
+        }
+        if (callee.kind == ExprKind::Member) {
+            evalMember(callee, isSet ? CallKind::Set : CallKind::Let, &target.args, &value);
+            return;
+        }
+        throw ScriptError(ErrNo::TypeMismatch);
+    }
+    default:
+        throw ScriptError(ErrNo::TypeMismatch);
+    }
+}
+
+// ---- expressions --------------------------------------------------------------------------
+
+ScriptValue *Interpreter::addressOf(const Expr &e)
+{
+    if (e.kind == ExprKind::Name) {
+        Variable *v = findVariable(e.lower);
+        if (v && !v->isConst)
+            return &v->slot();
+        return nullptr;
+    }
+    if (e.kind == ExprKind::Call && e.left->kind == ExprKind::Name) {
+        Variable *v = findVariable(e.left->lower);
+        if (v && v->slot().isArray())
+            return &v->slot().array()->at(indexes(e.args));
+    }
+    return nullptr;
+}
+
+std::vector<std::int32_t> Interpreter::indexes(const std::vector<Arg> &args)
+{
+    std::vector<std::int32_t> out;
+    out.reserve(args.size());
+    for (const Arg &a : args) {
+        if (!a.value)
+            throw ScriptError(ErrNo::SubscriptOutOfRange);
+        out.push_back(eval(*a.value).toLong());
+    }
+    return out;
+}
+
+ScriptValue Interpreter::indexValue(const ScriptValue &base, const std::vector<Arg> &args)
+{
+    if (base.isArray())
+        return base.array()->at(indexes(args));
+    if (base.isObject()) {
+        if (!base.object())
+            throw ScriptError(ErrNo::ObjectVariableNotSet);
+        std::vector<ScriptValue> temps;
+        temps.reserve(args.size());
+        ScriptArgs ptrs;
+        for (const Arg &a : args) {
+            temps.push_back(a.value ? eval(*a.value) : ScriptValue::missing());
+            ptrs.push_back(&temps.back());
+        }
+        return base.object()->defaultValue(ptrs);
+    }
+    if (args.empty())
+        return base;
+    throw ScriptError(ErrNo::TypeMismatch);
+}
+
+ScriptValue Interpreter::eval(const Expr &e)
+{
+    switch (e.kind) {
+    case ExprKind::Literal:
+        return e.value;
+    case ExprKind::Name:
+        return evalName(e);
+    case ExprKind::Member:
+        return evalMember(e, CallKind::Get, nullptr, nullptr);
+    case ExprKind::Call:
+        return evalCall(e, CallKind::Get);
+    case ExprKind::Paren:
+        return eval(*e.left);
+    case ExprKind::Unary:
+        return applyUnary(e.op, eval(*e.left));
+    case ExprKind::Binary: {
+        // And/Or evaluate both sides, as VBA does.
+        const ScriptValue l = eval(*e.left);
+        const ScriptValue r = eval(*e.right);
+        return applyBinary(e.op, l, r, m_module.compareText);
+    }
+    case ExprKind::Me:
+        break;
+    }
+    throw ScriptError(ErrNo::TypeMismatch);
+}
+
+ScriptValue Interpreter::evalName(const Expr &e)
+{
+    if (Variable *v = findVariable(e.lower))
+        return v->slot();
+    static const std::vector<Arg> noArgs;
+    return callByName(e, noArgs, CallKind::Get, false);
+}
+
+ScriptValue Interpreter::evalCall(const Expr &e, CallKind kind)
+{
+    const Expr &callee = *e.left;
+    if (callee.kind == ExprKind::Name)
+        return callByName(callee, e.args, kind, true);
+    if (callee.kind == ExprKind::Member)
+        return evalMember(callee, kind, &e.args, nullptr);
+    return indexValue(eval(callee), e.args);
+}
+
+ScriptValue Interpreter::callByName(const Expr &nameExpr, const std::vector<Arg> &args, CallKind kind, bool hadParens)
+{
+    const QString &name = nameExpr.lower;
+    Variable *var = findVariable(name);
+    const Frame *frame = m_frames.empty() ? nullptr : m_frames.back();
+    const bool isOwnResult = var && frame && frame->proc->isFunction && frame->proc->lower == name;
+    if (var && !(isOwnResult && hadParens && !args.empty())) {
+        if (kind == CallKind::Call && args.empty() && !var->slot().isObject())
+            throw ScriptError(ErrNo::TypeMismatch, QStringLiteral("Expected procedure, not variable"));
+        return indexValue(var->slot(), args);
+    }
+    if (const Procedure *proc = m_module.procedureIndex.value(name))
+        return invokeProcedure(*proc, args, nullptr);
+    if (const DeclareProc *d = m_module.declareIndex.value(name))
+        return callDeclare(*d, args);
+    ScriptValue constant;
+    if (constantValue(name, &constant)) {
+        if (!args.empty())
+            throw ScriptError(ErrNo::TypeMismatch);
+        return constant;
+    }
+    if (name == QLatin1String("err"))
+        return indexValue(ScriptValue::fromObject(m_err), args);
+    const auto global = m_host.globals.constFind(name);
+    if (global != m_host.globals.constEnd())
+        return indexValue(*global, args);
+    if (const Builtin *b = findBuiltin(name)) {
+        const int n = static_cast<int>(args.size());
+        if (n < b->minArgs || (b->maxArgs >= 0 && n > b->maxArgs))
+            throw ScriptError(450);
+        std::vector<ScriptValue> values;
+        values.reserve(args.size());
+        for (const Arg &a : args)
+            values.push_back(a.value ? eval(*a.value) : ScriptValue::missing());
+        return b->fn(*this, values);
+    }
+    if (hadParens && !args.empty())
+        throw ScriptError(35, QStringLiteral("Sub or Function not defined"));
+    // A variable used before it was given a value (no Option Explicit).
+    return implicitVariable(name).slot();
+}
+
+ScriptValue Interpreter::callDeclare(const DeclareProc &d, const std::vector<Arg> &args)
+{
+    std::vector<ScriptValue> values;
+    for (const Arg &a : args)
+        values.push_back(a.value ? eval(*a.value) : ScriptValue::missing());
+    if (values.size() != d.params.size())
+        throw ScriptError(450);
+    return callDeclaredFunction(*this, d, values);
+}
+
+ScriptValue Interpreter::objectOf(const Expr *objectExpr)
+{
+    if (objectExpr)
+        return eval(*objectExpr);
+    if (m_frames.empty() || m_frames.back()->withStack.empty())
+        throw ScriptError(ErrNo::ObjectRequired, QStringLiteral("Invalid or unqualified reference"));
+    return m_frames.back()->withStack.back();
+}
+
+ScriptValue Interpreter::evalMember(const Expr &e, CallKind kind, const std::vector<Arg> *args, const ScriptValue *assigned)
+{
+    const ScriptValue target = objectOf(e.left.get());
+    if (!target.isObject())
+        throw ScriptError(ErrNo::ObjectRequired);
+    if (!target.object())
+        throw ScriptError(ErrNo::ObjectVariableNotSet);
+    const std::size_t n = (args ? args->size() : 0) + (assigned ? 1 : 0);
+    std::vector<ScriptValue> temps;
+    temps.reserve(n);
+    ScriptArgs ptrs;
+    ptrs.reserve(n);
+    if (args) {
+        for (const Arg &a : *args) {
+            ScriptValue *ref = a.value ? addressOf(*a.value) : nullptr;
+            if (ref) {
+                ptrs.push_back(ref);
+            } else {
+                temps.push_back(a.value ? eval(*a.value) : ScriptValue::missing());
+                ptrs.push_back(&temps.back());
+            }
+        }
+    }
+    if (assigned) {
+        temps.push_back(*assigned);
+        ptrs.push_back(&temps.back());
+    }
+    return target.object()->invoke(e.name, kind, ptrs);
+}
+
+} // namespace cadsim

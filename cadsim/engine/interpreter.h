@@ -1,0 +1,121 @@
+#pragma once
+
+#include "cadsim/engine/ast.h"
+#include "cadsim/engine/environment.h"
+#include "cadsim/engine/errobject.h"
+#include "cadsim/engine/filetable.h"
+#include "cadsim/engine/scriptobject.h"
+
+#include <QStringList>
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+namespace cadsim {
+
+// Raised by the End statement: the macro stops at once.
+struct EndRequest {};
+
+// Walks the syntax tree of one module. Module variables live as long as the interpreter.
+class Interpreter final {
+public:
+    Interpreter(const Module &module, EngineHost host);
+    ~Interpreter();
+    Interpreter(const Interpreter &) = delete;
+    Interpreter &operator=(const Interpreter &) = delete;
+
+    // Module constants and variables; raises ScriptError for a bad constant.
+    void initialize();
+    // Runs a procedure with the given values; returns a Function's result. Unhandled run-time
+    // errors come out as ScriptError with the position of the failing statement; End as
+    // EndRequest.
+    ScriptValue call(const QString &procedure, std::vector<ScriptValue> args = {});
+
+    // For the built-in functions.
+    const EngineHost &host() const { return m_host; }
+    bool compareText() const { return m_module.compareText; }
+    FileTable &files() { return m_files; }
+    ErrObject &err() { return *m_err; }
+    QString resolvePath(const QString &windowsPath) const;
+    double now() const;
+    ScriptValue createObject(const QString &progId);
+    ScriptValue getObject(const QString &path, const QString &progId);
+    int messageBox(const QString &prompt, int buttons, const QString &title);
+    // State of Dir: the names left from the last pattern.
+    QStringList &dirMatches() { return m_dirMatches; }
+    int optionBase() const { return m_module.optionBase; }
+
+private:
+    struct Variable {
+        ScriptValue value;
+        ScriptValue *ref = nullptr; // ByRef parameter: the caller's storage
+        DeclType type = DeclType::Variant;
+        bool isConst = false;
+        bool fixedArray = false;
+        ScriptValue &slot() { return ref ? *ref : value; }
+    };
+    struct Frame {
+        const Procedure *proc = nullptr;
+        std::unordered_map<QString, Variable> locals;
+        OnErrorMode errorMode = OnErrorMode::Disable;
+        QString errorLabel;
+        bool inHandler = false;
+        int topIndex = 0;      // top-level statement being run
+        int resumeIndex = -1;  // top-level statement that raised the handled error
+        int jumpIndex = -1;    // pending GoTo target
+        std::vector<ScriptValue> withStack;
+    };
+    enum class Flow { Normal, ExitFor, ExitDo, ExitProc, Jump };
+
+    ScriptValue invokeProcedure(const Procedure &proc, const std::vector<Arg> &args, const std::vector<ScriptValue> *values);
+    Flow runBody(Frame &frame);
+    Flow execBlock(const Block &block);
+    Flow exec(const Stmt &s);
+    Flow handleError(ScriptError &error, const Stmt &s);
+    Flow execIf(const Stmt &s);
+    Flow execFor(const Stmt &s);
+    Flow execForEach(const Stmt &s);
+    Flow execDo(const Stmt &s);
+    Flow execSelect(const Stmt &s);
+    void execDim(const Stmt &s);
+    void execReDim(const Stmt &s);
+    void execCall(const Stmt &s);
+    void execOpen(const Stmt &s);
+    void execPrint(const Stmt &s);
+    Flow execResume(const Stmt &s);
+    Flow jumpTo(const QString &label, SourcePos pos);
+
+    ScriptValue eval(const Expr &e);
+    ScriptValue evalName(const Expr &e);
+    ScriptValue evalCall(const Expr &e, CallKind kind);
+    ScriptValue evalMember(const Expr &e, CallKind kind, const std::vector<Arg> *args, const ScriptValue *assigned);
+    ScriptValue objectOf(const Expr *objectExpr);
+    ScriptValue callByName(const Expr &nameExpr, const std::vector<Arg> &args, CallKind kind, bool hadParens);
+    ScriptValue callDeclare(const DeclareProc &d, const std::vector<Arg> &args);
+    ScriptValue indexValue(const ScriptValue &base, const std::vector<Arg> &args);
+    std::vector<std::int32_t> indexes(const std::vector<Arg> &args);
+    void assign(const Expr &target, const ScriptValue &value, bool isSet, SourcePos pos);
+    void store(Variable &var, const ScriptValue &value, bool isSet);
+    ScriptValue coerce(const ScriptValue &value, DeclType type, bool isSet);
+    ScriptValue initialValue(DeclType type) const;
+    ScriptValue newArray(const std::vector<Dimension> &dims, DeclType type);
+
+    Variable *findVariable(const QString &lower);
+    Variable &implicitVariable(const QString &lower);
+    ScriptValue *addressOf(const Expr &e); // for ByRef arguments; null when not addressable
+    bool constantValue(const QString &lower, ScriptValue *out) const;
+    ScriptValue evalConst(const Expr &e);
+
+    const Module &m_module;
+    EngineHost m_host;
+    std::unordered_map<QString, Variable> m_moduleVars;
+    std::vector<Frame *> m_frames;
+    std::shared_ptr<ErrObject> m_err;
+    FileTable m_files;
+    QStringList m_dirMatches;
+    QHash<QString, ScriptValue> m_constants; // host constants over the defaults
+    int m_depth = 0;
+};
+
+} // namespace cadsim

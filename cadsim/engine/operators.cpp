@@ -1,0 +1,230 @@
+#include "cadsim/engine/operators.h"
+
+#include "cadsim/engine/likematcher.h"
+#include "cadsim/engine/scriptobject.h"
+
+#include <cmath>
+
+namespace cadsim {
+
+namespace {
+
+// 0 Integer, 1 Long, 2 Double, 3 Date
+int numericRank(const ScriptValue &v)
+{
+    switch (v.type()) {
+    case ValueType::Empty:
+    case ValueType::Boolean:
+    case ValueType::Integer:
+        return 0;
+    case ValueType::Long:
+        return 1;
+    case ValueType::Date:
+        return 3;
+    case ValueType::Null:
+        throw ScriptError(94);
+    case ValueType::Object:
+    case ValueType::Array:
+    case ValueType::Error:
+        throw ScriptError(ErrNo::TypeMismatch);
+    default:
+        return 2;
+    }
+}
+
+ScriptValue numberOfRank(double v, int rank)
+{
+    if (rank == 3)
+        return ScriptValue::fromDate(v);
+    if (std::isnan(v) || std::isinf(v))
+        throw ScriptError(ErrNo::Overflow);
+    if (rank == 0 && v >= -32768 && v <= 32767)
+        return ScriptValue::fromInteger(static_cast<std::int16_t>(v));
+    if (rank <= 1 && v >= -2147483648.0 && v <= 2147483647.0)
+        return ScriptValue::fromLong(static_cast<std::int32_t>(v));
+    return ScriptValue::fromDouble(v);
+}
+
+ScriptValue objectValue(const ScriptValue &v)
+{
+    if (!v.isObject())
+        return v;
+    if (!v.object())
+        throw ScriptError(ErrNo::ObjectVariableNotSet);
+    ScriptArgs none;
+    return v.object()->defaultValue(none);
+}
+
+ScriptValue bitwise(Op op, const ScriptValue &a, const ScriptValue &b)
+{
+    if (a.type() == ValueType::Boolean && b.type() == ValueType::Boolean) {
+        const bool x = a.toBool(), y = b.toBool();
+        bool r = false;
+        switch (op) {
+        case Op::And: r = x && y; break;
+        case Op::Or: r = x || y; break;
+        case Op::Xor: r = x != y; break;
+        case Op::Eqv: r = x == y; break;
+        default: r = !x || y; break;
+        }
+        return ScriptValue::fromBool(r);
+    }
+    const std::int32_t x = a.toLong(), y = b.toLong();
+    std::int32_t r = 0;
+    switch (op) {
+    case Op::And: r = x & y; break;
+    case Op::Or: r = x | y; break;
+    case Op::Xor: r = x ^ y; break;
+    case Op::Eqv: r = ~(x ^ y); break;
+    default: r = ~x | y; break;
+    }
+    const bool small = numericRank(a) == 0 && numericRank(b) == 0;
+    return small ? ScriptValue::fromInteger(static_cast<std::int16_t>(r)) : ScriptValue::fromLong(r);
+}
+
+bool isNumericString(const ScriptValue &v, double *out)
+{
+    return v.isString() && parseVbNumber(v.toString(), out);
+}
+
+} // namespace
+
+int compareValues(const ScriptValue &aIn, const ScriptValue &bIn, bool compareText)
+{
+    const ScriptValue a = objectValue(aIn);
+    const ScriptValue b = objectValue(bIn);
+    if (a.isArray() || b.isArray() || a.type() == ValueType::Error || b.type() == ValueType::Error)
+        throw ScriptError(ErrNo::TypeMismatch);
+    const bool aStr = a.isString() || (a.isEmpty() && b.isString());
+    const bool bStr = b.isString() || (b.isEmpty() && a.isString());
+    if (aStr && bStr) {
+        const int c = QString::compare(a.toString(), b.toString(), compareText ? Qt::CaseInsensitive : Qt::CaseSensitive);
+        return c < 0 ? -1 : (c > 0 ? 1 : 0);
+    }
+    double x = 0, y = 0;
+    if (a.isString()) {
+        if (!isNumericString(a, &x))
+            return 1; // a string is greater than any number
+    } else {
+        x = a.toDouble();
+    }
+    if (b.isString()) {
+        if (!isNumericString(b, &y))
+            return -1;
+    } else {
+        y = b.toDouble();
+    }
+    return x < y ? -1 : (x > y ? 1 : 0);
+}
+
+ScriptValue applyUnary(Op op, const ScriptValue &aIn)
+{
+    const ScriptValue a = objectValue(aIn);
+    if (a.isNull())
+        return a;
+    if (op == Op::Neg) {
+        if (a.isString()) {
+            return ScriptValue::fromDouble(-a.toDouble());
+        }
+        const int rank = numericRank(a);
+        if (a.type() == ValueType::Boolean)
+            return ScriptValue::fromInteger(static_cast<std::int16_t>(-a.toLong()));
+        return numberOfRank(-a.toDouble(), rank == 0 ? (a.toDouble() == -32768 ? 1 : 0) : rank);
+    }
+    // Not
+    if (a.type() == ValueType::Boolean)
+        return ScriptValue::fromBool(!a.toBool());
+    if (a.isString()) {
+        const QString t = a.toString().trimmed();
+        if (t.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0 || t.compare(QLatin1String("false"), Qt::CaseInsensitive) == 0)
+            return ScriptValue::fromBool(!a.toBool());
+        return ScriptValue::fromLong(~a.toLong());
+    }
+    if (numericRank(a) == 0)
+        return ScriptValue::fromInteger(static_cast<std::int16_t>(~a.toInteger()));
+    return ScriptValue::fromLong(~a.toLong());
+}
+
+ScriptValue applyBinary(Op op, const ScriptValue &aIn, const ScriptValue &bIn, bool compareText)
+{
+    if (op == Op::Is) {
+        if (!aIn.isObject() || !bIn.isObject())
+            throw ScriptError(ErrNo::ObjectRequired);
+        return ScriptValue::fromBool(aIn.object() == bIn.object());
+    }
+    const ScriptValue a = objectValue(aIn);
+    const ScriptValue b = objectValue(bIn);
+    if (op == Op::Concat) {
+        if (a.isNull() && b.isNull())
+            return a;
+        if (a.isArray() || b.isArray())
+            throw ScriptError(ErrNo::TypeMismatch);
+        return ScriptValue::fromString((a.isNull() ? QString() : a.toString()) + (b.isNull() ? QString() : b.toString()));
+    }
+    if (a.isNull() || b.isNull())
+        return ScriptValue::null();
+    switch (op) {
+    case Op::Like:
+        return ScriptValue::fromBool(likeMatch(a.toString(), b.toString(), compareText));
+    case Op::Eq:
+        return ScriptValue::fromBool(compareValues(a, b, compareText) == 0);
+    case Op::Ne:
+        return ScriptValue::fromBool(compareValues(a, b, compareText) != 0);
+    case Op::Lt:
+        return ScriptValue::fromBool(compareValues(a, b, compareText) < 0);
+    case Op::Gt:
+        return ScriptValue::fromBool(compareValues(a, b, compareText) > 0);
+    case Op::Le:
+        return ScriptValue::fromBool(compareValues(a, b, compareText) <= 0);
+    case Op::Ge:
+        return ScriptValue::fromBool(compareValues(a, b, compareText) >= 0);
+    case Op::And:
+    case Op::Or:
+    case Op::Xor:
+    case Op::Eqv:
+    case Op::Imp:
+        return bitwise(op, a, b);
+    default:
+        break;
+    }
+    if (op == Op::Add && (a.isString() || a.isEmpty()) && (b.isString() || b.isEmpty()) && (a.isString() || b.isString()))
+        return ScriptValue::fromString(a.toString() + b.toString());
+    const double x = a.toDouble();
+    const double y = b.toDouble();
+    int rank = std::max(a.isString() ? 2 : numericRank(a), b.isString() ? 2 : numericRank(b));
+    switch (op) {
+    case Op::Add:
+        return numberOfRank(x + y, rank);
+    case Op::Sub:
+        if (a.type() == ValueType::Date && b.type() == ValueType::Date)
+            rank = 2;
+        return numberOfRank(x - y, rank);
+    case Op::Mul:
+        return numberOfRank(x * y, rank == 3 ? 2 : rank);
+    case Op::Div:
+        if (y == 0)
+            throw ScriptError(x == 0 ? ErrNo::Overflow : ErrNo::DivisionByZero);
+        return ScriptValue::fromDouble(x / y);
+    case Op::Pow: {
+        const double r = std::pow(x, y);
+        if (std::isnan(r) && !(std::isnan(x) || std::isnan(y)))
+            throw ScriptError(ErrNo::InvalidCall);
+        return ScriptValue::fromDouble(r);
+    }
+    case Op::IntDiv:
+    case Op::Mod: {
+        const std::int32_t l = a.toLong();
+        const std::int32_t r = b.toLong();
+        if (r == 0)
+            throw ScriptError(ErrNo::DivisionByZero);
+        const double v = op == Op::IntDiv ? static_cast<double>(static_cast<std::int64_t>(l) / r)
+                                          : static_cast<double>(static_cast<std::int64_t>(l) % r);
+        return numberOfRank(v, std::min(rank == 3 ? 1 : rank, 1) == 0 && rank == 0 ? 0 : 1);
+    }
+    default:
+        break;
+    }
+    throw ScriptError(ErrNo::TypeMismatch);
+}
+
+} // namespace cadsim

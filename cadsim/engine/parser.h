@@ -1,0 +1,78 @@
+#pragma once
+
+#include "cadsim/engine/ast.h"
+#include "cadsim/engine/lexer.h"
+#include "cadsim/engine/token.h"
+
+#include <memory>
+#include <vector>
+
+namespace cadsim {
+
+// Builds the syntax tree of one module from its tokens; the first syntax error throws a
+// CompileException with its position.
+class Parser final {
+public:
+    explicit Parser(std::vector<Token> tokens);
+
+    std::unique_ptr<Module> parseModule();
+
+    // Lexes and parses a whole text.
+    static std::unique_ptr<Module> parse(const QString &text);
+
+private:
+    const Token &peek(int ahead = 0) const;
+    const Token &next();
+    bool atEndOfStatement() const;
+    void expectEndOfStatement();
+    void skipSeparators();
+    bool acceptWord(const char *word);
+    bool acceptOp(const char *op);
+    void expectWord(const char *word, const char *display);
+    void expectOp(const char *op);
+    QString expectIdentifier();
+    [[noreturn]] void fail(const QString &message, const Token &at) const;
+    [[noreturn]] void fail(const QString &message) const { fail(message, peek()); }
+
+    void parseModuleDeclaration(Module &module);
+    std::unique_ptr<Procedure> parseProcedure(bool isPrivate);
+    DeclareProc parseDeclare();
+    std::vector<Param> parseParams();
+    DeclType parseAsType(bool *isNew = nullptr);
+    VarDecl parseVarDecl(bool redim);
+    void parseConstList(std::vector<ConstDecl> &out);
+
+    Block parseBlock(const std::vector<const char *> &stops);
+    bool isStop(const std::vector<const char *> &stops) const;
+    StmtPtr parseStatement();
+    StmtPtr parseIf();
+    StmtPtr parseFor();
+    StmtPtr parseDo();
+    StmtPtr parseWhile();
+    StmtPtr parseSelect();
+    StmtPtr parseWith();
+    StmtPtr parseOnError();
+    StmtPtr parseOpen();
+    StmtPtr parsePrint(StmtKind kind, bool hasFileNumber);
+    StmtPtr parseSimpleStatement();
+    void parseEndOf(const char *word, const QString &missingMessage, const Token &opener);
+    ExprPtr parseFileNumber();
+
+    ExprPtr parseExpression();
+    ExprPtr parseBinary(int level);
+    ExprPtr parseUnary(int level);
+    ExprPtr parsePostfix(bool statementStart = false);
+    ExprPtr parsePrimary();
+    std::vector<Arg> parseArgList(); // after "(" up to and including ")"
+    Arg parseArg();
+    bool startsExpression() const;
+
+    std::vector<Token> m_tokens;
+    std::size_t m_index = 0;
+    int m_singleLineIf = 0;
+    int m_loopDepthFor = 0;
+    int m_loopDepthDo = 0;
+    Procedure *m_procedure = nullptr;
+};
+
+} // namespace cadsim
