@@ -157,7 +157,7 @@ struct Procedure {
     std::vector<Param> params;
     Block body;
     SourcePos pos;
-    QHash<QString, int> labels; // label -> index in body (labels live at the top level)
+    QHash<QString, int> labels; // label -> index in body, -1 for a label inside a block
 };
 
 // Declare [PtrSafe] Function name Lib "lib" [Alias "alias"] (params) As type

@@ -382,8 +382,13 @@ Interpreter::Flow Interpreter::runBody(Frame &frame)
         if (flow == Flow::ExitProc)
             return flow;
         if (flow == Flow::Jump) {
+            if (frame.jumpIndex < 0) {
+                // A label inside a block that is not open here: VBA cannot jump into blocks either.
+                throw ScriptError(ErrNo::InvalidCall, QStringLiteral("Label not defined"), body[i]->pos);
+            }
             i = frame.jumpIndex;
             frame.jumpIndex = -1;
+            frame.jumpLabel.clear();
             continue;
         }
         ++i;
@@ -412,17 +417,33 @@ Interpreter::Flow Interpreter::jumpTo(const QString &label, SourcePos pos)
     if (it == frame.proc->labels.constEnd())
         throw ScriptError(ErrNo::InvalidCall, QStringLiteral("Label not defined"), pos);
     frame.jumpIndex = *it;
+    frame.jumpLabel = *it < 0 ? label : QString();
     return Flow::Jump;
 }
 
 Interpreter::Flow Interpreter::execBlock(const Block &block)
 {
-    for (const StmtPtr &s : block) {
+    for (std::size_t i = 0; i < block.size(); ++i) {
+        const Stmt &s = *block[i];
         Flow flow = Flow::Normal;
         try {
-            flow = exec(*s);
+            flow = exec(s);
         } catch (ScriptError &e) {
-            flow = handleError(e, *s);
+            flow = handleError(e, s);
+        }
+        if (flow == Flow::Jump) {
+            Frame &frame = *m_frames.back();
+            if (!frame.jumpLabel.isEmpty()) {
+                for (std::size_t j = 0; j < block.size(); ++j) {
+                    if (block[j]->kind == StmtKind::Label && block[j]->label == frame.jumpLabel) {
+                        frame.jumpLabel.clear();
+                        frame.jumpIndex = -1;
+                        i = j; // continue after the label
+                        flow = Flow::Normal;
+                        break;
+                    }
+                }
+            }
         }
         if (flow != Flow::Normal)
             return flow;
@@ -890,6 +911,8 @@ std::vector<std::int32_t> Interpreter::indexes(const std::vector<Arg> &args)
 
 ScriptValue Interpreter::indexValue(const ScriptValue &base, const std::vector<Arg> &args)
 {
+    if (args.empty())
+        return base;
     if (base.isArray())
         return base.array()->at(indexes(args));
     if (base.isObject()) {

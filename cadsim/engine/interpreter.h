@@ -63,7 +63,8 @@ private:
         bool inHandler = false;
         int topIndex = 0;      // top-level statement being run
         int resumeIndex = -1;  // top-level statement that raised the handled error
-        int jumpIndex = -1;    // pending GoTo target
+        int jumpIndex = -1;    // pending jump to a top-level statement
+        QString jumpLabel;     // pending GoTo to a label inside a block
         std::vector<ScriptValue> withStack;
     };
     enum class Flow { Normal, ExitFor, ExitDo, ExitProc, Jump };

@@ -140,6 +140,11 @@ std::unique_ptr<Module> Parser::parseModule()
             break;
         parseModuleDeclaration(*module);
     }
+    for (const DeclareProc &d : module->declares) {
+        if (module->declareIndex.contains(d.lower))
+            fail(QStringLiteral("Ambiguous name detected: %1").arg(d.name), Token{TokenKind::Identifier, {}, {}, 0, false, {}, false, d.pos});
+        module->declareIndex.insert(d.lower, &d);
+    }
     for (auto &proc : module->procedures) {
         if (module->procedureIndex.contains(proc->lower) || module->declareIndex.contains(proc->lower))
             fail(QStringLiteral("Ambiguous name detected: %1").arg(proc->name), Token{TokenKind::Identifier, {}, {}, 0, false, {}, false, proc->pos});
@@ -197,10 +202,6 @@ void Parser::parseModuleDeclaration(Module &module)
     }
     if (peek().isWord("declare")) {
         module.declares.push_back(parseDeclare());
-        const DeclareProc &d = module.declares.back();
-        if (module.declareIndex.contains(d.lower))
-            fail(QStringLiteral("Ambiguous name detected: %1").arg(d.name), first);
-        module.declareIndex.insert(d.lower, &module.declares.back());
         return;
     }
     if (acceptWord("const")) {
@@ -397,15 +398,26 @@ std::unique_ptr<Procedure> Parser::parseProcedure(bool isPrivate)
     next();
     next();
     expectEndOfStatement();
-    for (int i = 0; i < static_cast<int>(proc->body.size()); ++i) {
-        const Stmt &s = *proc->body[i];
-        if (s.kind == StmtKind::Label) {
-            if (proc->labels.contains(s.label))
-                fail(QStringLiteral("Duplicate label"), Token{TokenKind::Identifier, {}, {}, 0, false, {}, false, s.pos});
-            proc->labels.insert(s.label, i);
-        }
-    }
+    collectLabels(*proc, proc->body, true);
     return proc;
+}
+
+void Parser::collectLabels(Procedure &proc, const Block &block, bool topLevel)
+{
+    for (int i = 0; i < static_cast<int>(block.size()); ++i) {
+        const Stmt &s = *block[i];
+        if (s.kind == StmtKind::Label) {
+            if (proc.labels.contains(s.label))
+                fail(QStringLiteral("Duplicate label"), Token{TokenKind::Identifier, {}, {}, 0, false, {}, false, s.pos});
+            proc.labels.insert(s.label, topLevel ? i : -1);
+        }
+        for (const IfBranch &b : s.branches)
+            collectLabels(proc, b.body, false);
+        for (const CaseClause &c : s.cases)
+            collectLabels(proc, c.body, false);
+        if (s.kind != StmtKind::Const)
+            collectLabels(proc, s.body, false);
+    }
 }
 
 // ---- statements ---------------------------------------------------------------------------

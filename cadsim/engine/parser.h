@@ -36,6 +36,7 @@ private:
 
     void parseModuleDeclaration(Module &module);
     std::unique_ptr<Procedure> parseProcedure(bool isPrivate);
+    void collectLabels(Procedure &proc, const Block &block, bool topLevel);
     DeclareProc parseDeclare();
     std::vector<Param> parseParams();
     DeclType parseAsType(bool *isNew = nullptr);
