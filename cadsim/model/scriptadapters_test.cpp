@@ -1,5 +1,4 @@
 #include "cadsim/model/cadconstants.h"
-#include "cadsim/model/printspool.h"
 #include "cadsim/model/scriptadapters.h"
 #include "modeltestsupport.h"
 
@@ -64,7 +63,7 @@ protected:
         settings.spoolFile = scratch.filePath("spool.jsonl");
         model = std::make_shared<CadApplication>(testResolver(scratch), settings);
         app = ScriptCadApplication::create(model);
-        host = std::make_shared<ScriptMacroHost>(app);
+        host = ScriptMacroHost::create(app);
     }
 
     std::shared_ptr<ScriptObject> openNative(const char *path, std::int32_t *error = nullptr)
@@ -91,6 +90,8 @@ protected:
 TEST_F(ScriptAdaptersTest, MacroReachesTheApplicationThroughItsHost)
 {
     EXPECT_EQ(get(host, "CADRIX").object(), app);
+    ScriptArgs none;
+    EXPECT_EQ(host->defaultValue(none).object(), host);
     EXPECT_EQ(get(app, "revisionnumber").toString(), "21.0.0");
     auto frame = get(app, "Frame").toObject();
     let(frame, "KeepInVisible", ScriptValue::fromBool(true));
@@ -210,17 +211,6 @@ TEST_F(ScriptAdaptersTest, DrawingSheetsAndPdfExportOfChosenSheets)
     EXPECT_EQ(bad.args[4].toLong(), 256);
 }
 
-TEST_F(ScriptAdaptersTest, OleDrawingReportsErrorAndWarningByRef)
-{
-    auto drawing = openNative("S:\\embedded.mcddrw");
-    ASSERT_TRUE(drawing);
-    Call save{{str("C:\\embedded.pdf"), ScriptValue::fromLong(0), ScriptValue::fromLong(1), ScriptValue::nothing(),
-               ScriptValue::fromLong(0), ScriptValue::fromLong(0)}};
-    EXPECT_FALSE(save(get(drawing, "Extension").toObject(), "SaveAs").toBool());
-    EXPECT_EQ(save.args[4].toLong() & 4096, 4096);
-    EXPECT_EQ(save.args[5].toLong() & 512, 512);
-}
-
 TEST_F(ScriptAdaptersTest, AssemblyComponentsAreObjectsOrEmpty)
 {
     auto assembly = openNative("S:\\gearbox.mcdasm");
@@ -252,47 +242,4 @@ TEST_F(ScriptAdaptersTest, PreferencesOfEveryKind)
     EXPECT_EQ(prefs.stringList(cad::mcGlimpseModelSelectionList), (QStringList{"Sheet1", "Detail A"}));
     EXPECT_TRUE(get(app, "GetUserPreferenceToggle", {ScriptValue::fromLong(cad::mcPDFExportInColor)}).toBool());
     EXPECT_EQ(get(app, "GetUserPreferenceIntegerValue", {ScriptValue::fromLong(cad::mcSTLQuality)}).toLong(), 7);
-}
-
-TEST_F(ScriptAdaptersTest, PrintingThroughTheMacroObjects)
-{
-    auto drawing = openNative("S:\\layout.mcddrw");
-    let(drawing, "Printer", str("Nowhere"));
-    EXPECT_EQ(get(drawing, "Printer").toString(), "Office Laser");
-    let(drawing, "Printer", str("Jammed"));
-    EXPECT_EQ(get(drawing, "Printer").toString(), "Jammed");
-
-    auto page = get(drawing, "PageSetup").toObject();
-    let(page, "PrinterPaperSize", ScriptValue::fromLong(262));
-    let(page, "Orientation", ScriptValue::fromLong(2));
-    get(page, "SetHeader", {str("L"), str("C"), str("R")});
-    get(page, "SetFooter", {str(""), str("F"), str("")});
-    auto ext = get(drawing, "Extension").toObject();
-    let(ext, "UsePageSetup", ScriptValue::fromLong(cad::mcPageSetupInUse_Document));
-
-    // The first print fails on the jammed printer; the messages come back ByRef.
-    Call messages{{ScriptValue(), ScriptValue(), ScriptValue()}};
-    EXPECT_EQ(messages(app, "GetErrorMessages").toLong(), 0);
-    EXPECT_TRUE(messages.args[0].isEmpty());
-    auto sheets = ScriptArray::create({{0, 0}});
-    sheets->items[0] = ScriptValue::fromLong(3);
-    get(ext, "PrintOut2", {ScriptValue::fromArray(sheets), ScriptValue::fromLong(2), ScriptValue::fromBool(false),
-                           str("Jammed"), str("")});
-    EXPECT_EQ(messages(app, "GetErrorMessages").toLong(), 1);
-    EXPECT_EQ(texts(messages.args[0]), QStringList{"Paper jam."});
-
-    get(ext, "PrintOut2", {ScriptValue::fromArray(sheets), ScriptValue::fromLong(2), ScriptValue::fromBool(false),
-                           str("Office Laser"), str("")});
-    EXPECT_EQ(messages(app, "GetErrorMessages").toLong(), 0);
-    QFile spool(model->spoolFile());
-    ASSERT_TRUE(spool.open(QIODevice::ReadOnly));
-    const QList<PrintRecord> records = readPrintSpool(spool.readAll());
-    ASSERT_EQ(records.size(), 1);
-    EXPECT_EQ(records[0].sheets, QStringList{"Detail A"});
-    EXPECT_EQ(records[0].paperSize, 262);
-    EXPECT_EQ(records[0].orientation, 2);
-    EXPECT_EQ(records[0].header, (std::array<QString, 3>{"L", "C", "R"}));
-    EXPECT_EQ(records[0].footer, (std::array<QString, 3>{"", "F", ""}));
-    EXPECT_EQ(records[0].pageSetupInUse, cad::mcPageSetupInUse_Document);
-    EXPECT_EQ(records[0].copies, 2);
 }

@@ -1,0 +1,400 @@
+// The conversion and print macro templates, filled in for the sample
+// documents and run by the macro engine against the model.
+
+#include "cadsim/engine/codepage.h"
+#include "cadsim/engine/interpreter.h"
+#include "cadsim/engine/parser.h"
+#include "cadsim/model/cadconstants.h"
+#include "cadsim/model/printspool.h"
+#include "cadsim/model/scriptadapters.h"
+#include "modeltestsupport.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <gtest/gtest.h>
+
+using namespace cadsim;
+
+namespace {
+
+const QString kGuid = QStringLiteral("{6B1E1B4C-0D8A-4A55-9E4B-7F2C1D3E5A60}");
+
+QString loadTemplate(const char *name)
+{
+    QFile f(QStringLiteral(MCTASK_TEMPLATES_DIR "/") + QLatin1String(name));
+    if (!f.open(QIODevice::ReadOnly))
+        return QString();
+    return decodeWindows1252(f.readAll());
+}
+
+class TemplateRun : public ::testing::Test
+{
+protected:
+    TemplateRun()
+    {
+        CadSettings settings;
+        settings.printers = {{"Office Laser", ""}, {"Plotter", ""}, {"Jammed", "Paper jam in tray 2."}};
+        settings.spoolFile = scratch.filePath("spool.jsonl");
+        model = std::make_shared<CadApplication>(testResolver(scratch), settings);
+        model->addObserver(&observer);
+        QDir(scratch.path()).mkpath("Vault");
+    }
+
+    // Option placeholders ("[Name]") with the text each becomes.
+    void convertOptions(const QString &format, int outputItems, int fileItems)
+    {
+        options = {{"OutputPath", "C:\\Out\\<Filename>"}, {"OutputPath2", ""}, {"FileFormat", format},
+                   {"OutputSheets", QString::number(outputItems)}, {"FileSheets", QString::number(fileItems)},
+                   {"OutputConfs", QString::number(outputItems)}, {"FileConfs", QString::number(fileItems)},
+                   {"NamedSheet", ""}, {"NamedConf", ""}, {"ErrorLogPath", "\\Logs\\Convert"}};
+        for (const char *flag : {"PdfInColor", "PdfEmbedFonts", "PdfHighQuality", "PdfPrintHeaderFooter",
+                                 "PdfUsePrinterLineWeights", "IgesExportSolidSurface", "IgesExportWireframe",
+                                 "IgesExportFreeCurves", "IgesExportSketchEntities", "IgesHighCurveAccuracy",
+                                 "IgesComponentsIntoOneFile", "IgesFlattenAssemblyHierarchy",
+                                 "ParasolidFlattenHierarchy", "VrmlSaveAssemblyAsOneFile", "StlOutputAs",
+                                 "StlDontTranslatePositive", "StlComponentsIntoOneFile", "StlCheckForInterferences",
+                                 "GlmpOkayToMeasure", "GlmpAllowExportOfSTL", "GlmpSaveShadedData", "GlmpSaveBOM",
+                                 "GlmpSaveMotionStudies", "GlmpSaveMotionStudiesToAllConfs",
+                                 "GlmpRecalcMotionStudies"})
+            options.insert(flag, "False");
+        for (const char *number : {"IgesRepresentation", "IgesCurveRepresentation", "IgesSystem", "AcisGeometry",
+                                   "AcisVersion", "AcisOutputAsUnit", "StepGeometry", "StepVersion",
+                                   "ParasolidVersion", "VrmlOutputAsUnit", "StlOutputAsUnit", "StlQuality",
+                                   "TifImageType", "TifCompressionScheme"})
+            options.insert(number, "0");
+    }
+
+    void printOptions()
+    {
+        options = {{"ErrorLogPath", "Logs\\Print"},
+                   {"__printer_prseltype", "0"},
+                   {"__printer_prname", "Office Laser"},
+                   {"__printer_usedrwnfo", "False"},
+                   {"__printer_defpapsize", "10"},
+                   {"__printer_deforientation", "1"},
+                   {"__printer_margintype", "0"},
+                   {"__printer_margintop", "0"},
+                   {"__printer_marginbottom", "0"},
+                   {"__printer_marginleft", "0"},
+                   {"__printer_marginright", "0"},
+                   {"__printer_headertype", "0"},
+                   {"__printer_footertype", "0"},
+                   {"__printer_copycount", ""}};
+        for (const char *key : {"A", "B", "C", "D", "E", "A0", "A1", "A2", "A3", "A4", "DEF"})
+            options.insert(QStringLiteral("__printer_papsize_") + QLatin1String(key), "");
+        for (const char *key : {"headerleft", "headercenter", "headerright", "footerleft", "footercenter",
+                                "footerright"})
+            options.insert(QStringLiteral("__printer_") + QLatin1String(key), "");
+    }
+
+    QString expand(QString text, const QString &file, const QString &cfgOrSheet)
+    {
+        static const QRegularExpression option(QStringLiteral("\\[([A-Za-z0-9_]+)\\]"));
+        QString out;
+        qsizetype last = 0;
+        for (auto it = option.globalMatch(text); it.hasNext();) {
+            const QRegularExpressionMatch m = it.next();
+            out += text.mid(last, m.capturedStart() - last);
+            const QString key = m.captured(1);
+            if (!options.contains(key))
+                ADD_FAILURE() << "no value for option " << key.toStdString();
+            out += options.value(key);
+            last = m.capturedEnd();
+        }
+        out += text.mid(last);
+        const QHash<QString, QString> fileValues = {
+            {"<Filepath>", file}, {"<SelCfgOrSheet>", cfgOrSheet}, {"<VaultPath>", "C:\\Vault"},
+            {"<TaskInstanceGuid>", kGuid}, {"<Path>", winpath::folder(file)}, {"<Revision>", "A"},
+            {"<Version>", "1"}, {"<WorkflowState>", "Released"}, {"<Today>", "2026-11-23"}};
+        for (auto it = fileValues.cbegin(); it != fileValues.cend(); ++it)
+            out.replace(it.key(), it.value());
+        return out;
+    }
+
+    // Runs the template's main for one file; false when the engine failed.
+    bool run(const char *templateFile, const QString &file, const QString &cfgOrSheet = QString())
+    {
+        const QString text = loadTemplate(templateFile);
+        if (text.isEmpty()) {
+            ADD_FAILURE() << "template " << templateFile << " not found";
+            return false;
+        }
+        try {
+            std::unique_ptr<Module> module = Parser::parse(expand(text, file, cfgOrSheet));
+            EngineHost host;
+            host.resolvePath = testResolver(scratch);
+            host.constants = cadConstantValues();
+            host.globals.insert(QStringLiteral("application"),
+                                ScriptValue::fromObject(ScriptMacroHost::create(
+                                    ScriptCadApplication::create(model))));
+            Interpreter interpreter(*module, host);
+            interpreter.initialize();
+            interpreter.call(QStringLiteral("main"));
+            return true;
+        } catch (const CompileException &e) {
+            ADD_FAILURE() << "compile error: " << e.error().message.toStdString() << " line " << e.error().pos.line;
+        } catch (const ScriptError &e) {
+            ADD_FAILURE() << "run-time error " << e.number() << ": " << e.description().toStdString() << " line "
+                          << e.pos().line;
+        }
+        return false;
+    }
+
+    QString native(const QString &windowsPath) const { return testResolver(scratch)(windowsPath); }
+
+    QStringList logLines(const QString &folder)
+    {
+        QFile f(native(folder + "\\" + kGuid + ".log"));
+        if (!f.open(QIODevice::ReadOnly))
+            return {};
+        QStringList lines = decodeWindows1252(f.readAll()).split(QStringLiteral("\r\n"));
+        if (!lines.isEmpty() && lines.last().isEmpty())
+            lines.removeLast();
+        return lines;
+    }
+    QStringList convertLog() { return logLines("C:\\Vault\\Logs\\Convert"); }
+    QStringList printLog() { return logLines("C:\\Vault\\Logs\\Print"); }
+
+    QJsonObject exported(const QString &windowsPath)
+    {
+        QFile f(native(windowsPath));
+        if (!f.open(QIODevice::ReadOnly))
+            return {};
+        return QJsonDocument::fromJson(f.readAll()).object();
+    }
+
+    static QStringList list(const QJsonValue &v)
+    {
+        QStringList out;
+        for (const QJsonValue &x : v.toArray())
+            out << x.toString();
+        return out;
+    }
+
+    QStringList outputs() const { return QDir(native("C:\\Out")).entryList(QDir::Files, QDir::Name); }
+
+    QList<PrintRecord> spool()
+    {
+        QFile f(model->spoolFile());
+        return f.open(QIODevice::ReadOnly) ? readPrintSpool(f.readAll()) : QList<PrintRecord>();
+    }
+
+    QTemporaryDir scratch;
+    std::shared_ptr<CadApplication> model;
+    RecordingObserver observer;
+    QHash<QString, QString> options;
+};
+
+const QString kPdf = QStringLiteral("Adobe Portable Document Format (*.pdf)");
+
+} // namespace
+
+TEST_F(TemplateRun, DrawingOneFilePerSheet)
+{
+    convertOptions(kPdf, 2, 4);
+    ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
+    EXPECT_EQ(outputs(), (QStringList{"layout_0.pdf", "layout_1.pdf", "layout_2.pdf"}));
+    EXPECT_EQ(list(exported("C:\\Out\\layout_0.pdf")["sheets"]), QStringList{"Sheet1"});
+    EXPECT_EQ(list(exported("C:\\Out\\layout_1.pdf")["sheets"]), QStringList{"Sheet2"});
+    EXPECT_EQ(list(exported("C:\\Out\\layout_2.pdf")["sheets"]), QStringList{"Detail A"});
+    EXPECT_TRUE(convertLog().isEmpty()) << convertLog().join('\n').toStdString();
+    // The macro closed its document.
+    EXPECT_TRUE(model->documents().empty());
+    // The holder of the new folder is gone again.
+    EXPECT_FALSE(QFile::exists(native("C:\\Out\\~$holder")));
+}
+
+TEST_F(TemplateRun, DrawingAllSheetsInOneFile)
+{
+    convertOptions(kPdf, 2, 2);
+    options["OutputPath2"] = "C:\\Out\\Copy\\<Filename>-<Extension>";
+    ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
+    EXPECT_EQ(outputs(), QStringList{"layout.pdf"});
+    EXPECT_EQ(list(exported("C:\\Out\\layout.pdf")["sheets"]), (QStringList{"Sheet1", "Sheet2", "Detail A"}));
+    EXPECT_EQ(list(exported("C:\\Out\\Copy\\layout-mcddrw.pdf")["sheets"]).size(), 3);
+    EXPECT_EQ(observer.events.filter("saving:").size(), 2);
+}
+
+TEST_F(TemplateRun, SingleNamedSheetHasNoSuffix)
+{
+    convertOptions(kPdf, 8, 4);
+    options["NamedSheet"] = "Det*";
+    ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
+    EXPECT_EQ(outputs(), QStringList{"layout.pdf"});
+    EXPECT_EQ(list(exported("C:\\Out\\layout.pdf")["sheets"]), QStringList{"Detail A"});
+
+    options["NamedSheet"] = "Sheet[!1]";
+    options["OutputPath"] = "C:\\Out\\<Filename> <Configuration>";
+    ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
+    EXPECT_TRUE(QFile::exists(native("C:\\Out\\layout Sheet2.pdf")));
+
+    options["NamedSheet"] = "Plan*";
+    ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
+    EXPECT_EQ(convertLog(), QStringList{"Document 'S:\\layout.mcddrw' didn't contain any sheets named 'Plan*'."});
+}
+
+TEST_F(TemplateRun, ThreeConfigurationsGetNumberedOrNamedOutputs)
+{
+    convertOptions("STEP AP203/214 (*.step)", 2, 4);
+    ASSERT_TRUE(run("convert.mcb", "S:\\bracket.mcdprt"));
+    EXPECT_EQ(outputs(), (QStringList{"bracket_0.step", "bracket_1.step", "bracket_2.step"}));
+    EXPECT_EQ(list(exported("C:\\Out\\bracket_0.step")["configurations"]), QStringList{"Default"});
+    EXPECT_EQ(list(exported("C:\\Out\\bracket_2.step")["configurations"]), QStringList{"A/B\\C"});
+
+    options["OutputPath"] = "C:\\Out\\Named\\<Filename>-<Configuration>";
+    ASSERT_TRUE(run("convert.mcb", "S:\\bracket.mcdprt"));
+    EXPECT_EQ(QDir(native("C:\\Out\\Named")).entryList(QDir::Files, QDir::Name),
+              (QStringList{"bracket-ABC.step", "bracket-Default.step", "bracket-Machined.step"}));
+    EXPECT_TRUE(convertLog().isEmpty()) << convertLog().join('\n').toStdString();
+}
+
+TEST_F(TemplateRun, NamedConfigurationsMatchWithLikeAndOptionsReachTheExport)
+{
+    convertOptions("IGES (*.igs)", 8, 4);
+    options["NamedConf"] = "?a*";
+    options["IgesExportWireframe"] = "True";
+    options["IgesSystem"] = "3";
+    ASSERT_TRUE(run("convert.mcb", "S:\\bracket.mcdprt"));
+    EXPECT_EQ(outputs(), QStringList{"bracket.igs"});
+    const QJsonObject d = exported("C:\\Out\\bracket.igs");
+    EXPECT_EQ(list(d["configurations"]), QStringList{"Machined"});
+    EXPECT_TRUE(d["preferences"].toObject()["mcIGESExportAsWireframe"].toBool());
+    EXPECT_EQ(d["preferences"].toObject()["mcIGESSystem"].toInt(), 3);
+}
+
+TEST_F(TemplateRun, VirtualComponentIsConvertedToo)
+{
+    convertOptions("STL (*.stl)", 4, 4);
+    ASSERT_TRUE(run("convert.mcb", "S:\\gearbox.mcdasm"));
+    EXPECT_EQ(outputs(), (QStringList{"cover.stl", "gearbox.stl"}));
+    EXPECT_EQ(exported("C:\\Out\\cover.stl")["source"].toString(), "S:\\cover.mcdprt");
+    EXPECT_TRUE(model->documents().empty());
+}
+
+TEST_F(TemplateRun, ImportedFileIsNamedAfterItself)
+{
+    convertOptions(kPdf, 4, 4);
+    ASSERT_TRUE(run("convert.mcb", "S:\\flange.igs"));
+    EXPECT_EQ(outputs(), QStringList{"flange.pdf"});
+    EXPECT_TRUE(exported("C:\\Out\\flange.pdf")["imported"].toBool());
+}
+
+TEST_F(TemplateRun, ConversionFailuresAreLogged)
+{
+    convertOptions(kPdf, 2, 4);
+    ASSERT_TRUE(run("convert.mcb", "S:\\notes.xyz"));
+    ASSERT_TRUE(run("convert.mcb", "S:\\newer.mcdprt"));
+    ASSERT_TRUE(run("convert.mcb", "S:\\missing.mcdprt"));
+    ASSERT_TRUE(run("convert.mcb", "S:\\embedded.mcddrw"));
+    options["FileFormat"] = "STL (*.stl)";
+    options["OutputSheets"] = "4";
+    ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
+    EXPECT_EQ(convertLog(),
+              (QStringList{
+                  "The file extension 'xyz' is not supported.",
+                  "Document 'S:\\newer.mcdprt' is future version.",
+                  "Method call ModelDoc2::OpenDoc7 for document 'S:\\missing.mcdprt' failed. Error code 2 returned.",
+                  "Method call ModelDocExtension::SaveAs for document 'C:\\Out\\embedded.pdf' and sheet 'Sheet1' "
+                  "failed. Error code 4096 returned.",
+                  "This document contains OLE objects. Such objects can't be converted outside of Mecadra. Please "
+                  "open the document and perform the conversion from Mecadra.",
+                  "The file 'S:\\layout.mcddrw' and sheet 'Sheet2' can't be converted to the file extension '.stl'.",
+              }));
+    EXPECT_TRUE(outputs().isEmpty());
+}
+
+TEST_F(TemplateRun, PrintDrawingSheetWithMarginsHeaderAndFooter)
+{
+    printOptions();
+    options["__printer_margintype"] = "2";
+    options["__printer_margintop"] = "10";
+    options["__printer_marginbottom"] = "20";
+    options["__printer_marginleft"] = "12.5";
+    options["__printer_marginright"] = "5";
+    options["__printer_headertype"] = "2";
+    options["__printer_headerleft"] = "Left";
+    options["__printer_headerright"] = "Right";
+    options["__printer_footertype"] = "2";
+    options["__printer_footercenter"] = "Page";
+    options["__printer_copycount"] = "3";
+    options["__printer_defpapsize"] = "10";
+    options["__printer_deforientation"] = "0";
+    ASSERT_TRUE(run("print.mcb", "S:\\layout.mcddrw", "detail a"));
+    const QList<PrintRecord> records = spool();
+    ASSERT_EQ(records.size(), 1);
+    const PrintRecord &r = records[0];
+    EXPECT_EQ(r.printer, "Office Laser");
+    EXPECT_EQ(r.sheets, QStringList{"Detail A"});
+    // The drawing's own A3 landscape is overridden by the task's A4 portrait.
+    EXPECT_EQ(r.paperSize, 9);
+    EXPECT_EQ(r.orientation, 1);
+    EXPECT_FALSE(r.usePrinterMargins);
+    EXPECT_DOUBLE_EQ(r.marginTop, 0.01);
+    EXPECT_DOUBLE_EQ(r.marginBottom, 0.02);
+    EXPECT_DOUBLE_EQ(r.marginLeft, 0.0125);
+    EXPECT_DOUBLE_EQ(r.marginRight, 0.005);
+    EXPECT_EQ(r.header, (std::array<QString, 3>{"Left", "", "Right"}));
+    EXPECT_EQ(r.footer, (std::array<QString, 3>{"", "Page", ""}));
+    EXPECT_EQ(r.copies, 3);
+    EXPECT_EQ(r.pageSetupInUse, cad::mcPageSetupInUse_Document);
+    EXPECT_TRUE(printLog().isEmpty()) << printLog().join('\n').toStdString();
+    EXPECT_TRUE(observer.events.contains("printed:layout.mcddrw"));
+}
+
+TEST_F(TemplateRun, PrintPaperCodesAndPrinterByPaperSize)
+{
+    printOptions();
+    options["__printer_usedrwnfo"] = "True";
+    options["__printer_prseltype"] = "2";
+    options["__printer_papsize_A"] = "Plotter";
+    options["__printer_papsize_A4"] = "Office Laser";
+    const struct { const char *code; const char *printer; int paper; } cases[] = {
+        {"0", "Plotter", 262}, {"1", "Plotter", 262}, {"10", "Office Laser", 9}, {"11", "Office Laser", 77}};
+    for (const auto &c : cases) {
+        options["__printer_defpapsize"] = c.code;
+        options["__printer_deforientation"] = "0";
+        ASSERT_TRUE(run("print.mcb", "S:\\bracket.mcdprt", "Default"));
+    }
+    // A drawing keeps its own paper and orientation when the task says so.
+    ASSERT_TRUE(run("print.mcb", "S:\\layout.mcddrw"));
+    const QList<PrintRecord> records = spool();
+    ASSERT_EQ(records.size(), 5);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(records[i].printer, cases[i].printer) << cases[i].code;
+        EXPECT_EQ(records[i].paperSize, cases[i].paper) << cases[i].code;
+        EXPECT_EQ(records[i].orientation, 1) << cases[i].code;
+        EXPECT_TRUE(records[i].usePrinterMargins);
+        EXPECT_EQ(records[i].configuration, "Default");
+    }
+    EXPECT_EQ(records[4].paperSize, 8);
+    EXPECT_EQ(records[4].orientation, 2);
+    EXPECT_EQ(records[4].sheets, (QStringList{"Sheet1", "Sheet2", "Detail A"}));
+}
+
+TEST_F(TemplateRun, PrintFailuresAreLogged)
+{
+    printOptions();
+    options["__printer_prname"] = "";
+    ASSERT_TRUE(run("print.mcb", "S:\\bracket.mcdprt"));
+    ASSERT_TRUE(run("print.mcb", "S:\\bracket.mcdprt", "Machined"));
+    ASSERT_TRUE(run("print.mcb", "S:\\layout.mcddrw", "Sheet1"));
+    options["__printer_prname"] = "Ghost";
+    ASSERT_TRUE(run("print.mcb", "S:\\shaft.mcdprt"));
+    options["__printer_prname"] = "Jammed";
+    ASSERT_TRUE(run("print.mcb", "S:\\shaft.mcdprt"));
+    EXPECT_EQ(printLog(),
+              (QStringList{
+                  "Could not print document 'S:\\bracket.mcdprt'. No printer was selected.",
+                  "Could not print document 'S:\\bracket.mcdprt' and configuration 'Machined'. No printer was selected.",
+                  "Could not print document 'S:\\layout.mcddrw' and sheet 'Sheet1'. No printer was selected.",
+                  "The printer 'Ghost' for the Document  'S:\\shaft.mcdprt' is not a valid printer.",
+                  "Could not print file 'S:\\shaft.mcdprt'. The following errors occured: ",
+                  "Paper jam in tray 2.",
+                  "",
+              }));
+    EXPECT_TRUE(spool().isEmpty());
+    EXPECT_TRUE(model->documents().empty());
+}
