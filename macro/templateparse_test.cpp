@@ -5,7 +5,7 @@
 #include "macro/templateloader.h"
 #include "platform/qtestprint.h"
 
-#include "cadsim/engine/parser.h"
+#include "cadsim/engine/macroengine.h"
 
 #include <gtest/gtest.h>
 
@@ -107,26 +107,46 @@ QString fillTemplate(int number, const Settings &settings)
     return macro;
 }
 
+QString describe(const cadsim::MacroResult &result, const QString &macro)
+{
+    if (result.ok)
+        return {};
+    const QStringList lines = macro.split(QStringLiteral("\r\n"));
+    return QStringLiteral("line %1, column %2: %3\n%4")
+        .arg(result.line)
+        .arg(result.column)
+        .arg(result.message, lines.value(result.line - 1));
+}
+
+// Syntax only.
+QString syntaxError(const QString &macro)
+{
+    return describe(cadsim::MacroEngine::checkMacro(macro), macro);
+}
+
+// The whole compile step of a run: syntax, declared names (the templates use Option Explicit),
+// calls of the module's procedures and their argument counts.
 QString compileError(const QString &macro)
 {
-    try {
-        cadsim::Parser::parse(macro);
-        return {};
-    } catch (const cadsim::CompileException &e) {
-        const cadsim::CompileError &error = e.error();
-        const QStringList lines = macro.split(QStringLiteral("\r\n"));
-        return QStringLiteral("line %1, column %2: %3\n%4")
-            .arg(error.pos.line)
-            .arg(error.pos.column)
-            .arg(error.message, lines.value(error.pos.line - 1));
-    }
+    cadsim::EngineHost host;
+    host.globals.insert(QStringLiteral("application"), cadsim::ScriptValue());
+    cadsim::MacroEngine engine(host);
+    return describe(engine.load(macro), macro);
 }
 
 TEST(MacroTemplatesInEngine, FilledTemplatesCompile)
 {
-    EXPECT_EQ(compileError(fillTemplate(ConversionTemplate, conversionSettings())), QString());
-    EXPECT_EQ(compileError(fillTemplate(PrintTemplate, printSettings())), QString());
-    EXPECT_EQ(compileError(fillTemplate(DefaultScriptTemplate, {})), QString());
+    const std::pair<int, Settings> cases[] = {
+        {ConversionTemplate, conversionSettings()},
+        {PrintTemplate, printSettings()},
+        {DefaultScriptTemplate, {}},
+    };
+    for (const auto &[number, settings] : cases) {
+        SCOPED_TRACE(number);
+        const QString macro = fillTemplate(number, settings);
+        EXPECT_EQ(syntaxError(macro), QString());
+        EXPECT_EQ(compileError(macro), QString());
+    }
 }
 
 TEST(MacroTemplatesInEngine, AMissingIntegerSettingBreaksTheSyntax)
@@ -135,14 +155,24 @@ TEST(MacroTemplatesInEngine, AMissingIntegerSettingBreaksTheSyntax)
     // which is how a task with a missing setting fails.
     Settings settings = printSettings();
     settings.erase(QStringLiteral("__printer_margintype"));
-    EXPECT_NE(compileError(fillTemplate(PrintTemplate, settings)), QString());
+    EXPECT_NE(syntaxError(fillTemplate(PrintTemplate, settings)), QString());
 }
 
 TEST(MacroTemplatesInEngine, AQuoteInATextSettingBreaksTheSyntax)
 {
     Settings settings = conversionSettings();
     settings[QStringLiteral("NamedSheet")] = Variant::fromBStr(QStringLiteral("Sheet \"A"));
-    EXPECT_NE(compileError(fillTemplate(ConversionTemplate, settings)), QString());
+    EXPECT_NE(syntaxError(fillTemplate(ConversionTemplate, settings)), QString());
+}
+
+TEST(MacroTemplatesInEngine, TheCompileStepSeesAnUndeclaredName)
+{
+    // Guards the check above: with Option Explicit a name without Dim must not pass.
+    QString macro = fillTemplate(PrintTemplate, printSettings());
+    ASSERT_TRUE(macro.contains(QLatin1String("    Dim report As String\r\n")));
+    macro.remove(QLatin1String("    Dim report As String\r\n"));
+    EXPECT_EQ(syntaxError(macro), QString());
+    EXPECT_NE(compileError(macro), QString());
 }
 
 } // namespace
