@@ -489,19 +489,4 @@ ScriptMacroHost::ScriptMacroHost(std::shared_ptr<ScriptCadApplication> app) : m_
     method("Cadrix", [this](CallKind, ScriptArgs &) { return object(m_app); });
 }
 
-std::shared_ptr<ScriptMacroHost> ScriptMacroHost::create(std::shared_ptr<ScriptCadApplication> app)
-{
-    auto host = std::make_shared<ScriptMacroHost>(std::move(app));
-    host->m_self = host;
-    return host;
-}
-
-ScriptValue ScriptMacroHost::defaultValue(ScriptArgs &args)
-{
-    auto self = m_self.lock();
-    if (!args.empty() || !self)
-        throw ScriptError(ErrNo::NoSuchMember);
-    return object(self);
-}
-
 } // namespace cadsim

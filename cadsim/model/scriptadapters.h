@@ -75,16 +75,9 @@ class ScriptMacroHost final : public ModelScriptObject
 public:
     explicit ScriptMacroHost(std::shared_ptr<ScriptCadApplication> app);
     QString typeName() const override { return QStringLiteral("Application"); }
-    // The bare name stands for the object itself: the engine reads a global
-    // through its default member when no arguments follow it.
-    ScriptValue defaultValue(ScriptArgs &args) override;
 
 private:
     std::shared_ptr<ScriptCadApplication> m_app;
-    std::weak_ptr<ScriptMacroHost> m_self;
-
-public:
-    static std::shared_ptr<ScriptMacroHost> create(std::shared_ptr<ScriptCadApplication> app);
 };
 
 // The model's type-library constants for the engine's host table

@@ -128,7 +128,7 @@ protected:
             host.resolvePath = testResolver(scratch);
             host.constants = cadConstantValues();
             host.globals.insert(QStringLiteral("application"),
-                                ScriptValue::fromObject(ScriptMacroHost::create(
+                                ScriptValue::fromObject(std::make_shared<ScriptMacroHost>(
                                     ScriptCadApplication::create(model))));
             Interpreter interpreter(*module, host);
             interpreter.initialize();
