@@ -9,6 +9,7 @@ Checker::Checker(const Module &module, QSet<QString> knownNames) : m_module(modu
 {
     m_known.insert(QStringLiteral("err"));
     m_known.insert(QStringLiteral("debug"));
+    m_known.insert(QStringLiteral("application")); // the host application object, supplied at run time
     for (const VarDecl &v : module.variables)
         m_moduleNames.insert(v.lower);
     for (const ConstDecl &c : module.constants)

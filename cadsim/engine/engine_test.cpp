@@ -1,0 +1,349 @@
+#include "cadsim/engine/codepage.h"
+#include "cadsim/engine/lexer.h"
+#include "cadsim/engine/likematcher.h"
+#include "cadsim/engine/macroengine.h"
+#include "cadsim/engine/scriptobject.h"
+
+#include <QTemporaryDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+namespace cadsim {
+namespace {
+
+// ---- values -------------------------------------------------------------------------------
+
+TEST(ScriptValueTest, ConversionsFollowVbaRules)
+{
+    // Integer conversions round halves to even.
+    EXPECT_EQ(ScriptValue::fromDouble(2.5).toInteger(), 2);
+    EXPECT_EQ(ScriptValue::fromDouble(3.5).toInteger(), 4);
+    EXPECT_EQ(ScriptValue::fromDouble(-2.5).toLong(), -2);
+    EXPECT_EQ(ScriptValue::fromString(QStringLiteral(" 42 ")).toLong(), 42);
+    EXPECT_EQ(ScriptValue::fromString(QStringLiteral("&HFF")).toLong(), 255);
+    EXPECT_TRUE(ScriptValue::fromString(QStringLiteral("true")).toBool());
+    EXPECT_DOUBLE_EQ(ScriptValue().toDouble(), 0);
+    EXPECT_EQ(ScriptValue().toString(), QString());
+    EXPECT_EQ(ScriptValue::fromBool(true).toLong(), -1);
+
+    try {
+        ScriptValue::fromLong(40000).toInteger();
+        FAIL() << "no overflow";
+    } catch (const ScriptError &e) {
+        EXPECT_EQ(e.number(), 6);
+    }
+    try {
+        ScriptValue::fromString(QStringLiteral("12abc")).toDouble();
+        FAIL() << "no type mismatch";
+    } catch (const ScriptError &e) {
+        EXPECT_EQ(e.number(), 13);
+    }
+    try {
+        ScriptValue::null().toString();
+        FAIL() << "Null converted";
+    } catch (const ScriptError &e) {
+        EXPECT_EQ(e.number(), 94);
+    }
+}
+
+TEST(ScriptValueTest, TextOfNumbersAndDates)
+{
+    EXPECT_EQ(ScriptValue::fromDouble(0.5).toString(), QStringLiteral("0.5"));
+    EXPECT_EQ(ScriptValue::fromDouble(1e20).toString(), QStringLiteral("1E+20"));
+    EXPECT_EQ(ScriptValue::fromDouble(1.5e-7).toString(), QStringLiteral("1.5E-07"));
+    EXPECT_EQ(ScriptValue::fromDouble(123456.0).toString(), QStringLiteral("123456"));
+    EXPECT_EQ(formatOleDate(oleDateFromParts(2026, 1, 2, 13, 4, 5)), QStringLiteral("1/2/2026 1:04:05 PM"));
+    EXPECT_EQ(formatOleDate(oleDateFromParts(2026, 1, 2)), QStringLiteral("1/2/2026"));
+    EXPECT_EQ(formatOleDate(oleDateFromParts(1899, 12, 30, 0, 30, 0)), QStringLiteral("12:30:00 AM"));
+}
+
+TEST(ScriptValueTest, ArraysCopyOnCopiedAndCheckBounds)
+{
+    auto a = ScriptArray::create({{1, 2}, {0, 2}});
+    a->at({2, 1}) = ScriptValue::fromLong(7);
+    EXPECT_EQ(a->items[4].toLong(), 7); // row-major: (2-1)*3 + 1
+    const ScriptValue v = ScriptValue::fromArray(a);
+    const ScriptValue copy = v.copied();
+    copy.array()->at({2, 1}) = ScriptValue::fromLong(8);
+    EXPECT_EQ(a->at({2, 1}).toLong(), 7);
+    EXPECT_THROW(a->at({0, 0}), ScriptError);
+    EXPECT_THROW(a->at({1}), ScriptError);
+}
+
+// ---- Like and code page -------------------------------------------------------------------
+
+TEST(LikeTest, ClassesRangesAndCase)
+{
+    EXPECT_TRUE(likeMatch(QStringLiteral("Sheet3"), QStringLiteral("Sheet[1-3]"), false));
+    EXPECT_FALSE(likeMatch(QStringLiteral("Sheet4"), QStringLiteral("Sheet[1-3]"), false));
+    EXPECT_TRUE(likeMatch(QStringLiteral("x-y"), QStringLiteral("x[-]y"), false));
+    EXPECT_TRUE(likeMatch(QStringLiteral("ABC"), QStringLiteral("a*c"), true));
+    EXPECT_FALSE(likeMatch(QStringLiteral("ABC"), QStringLiteral("a*c"), false));
+    EXPECT_TRUE(likeMatch(QStringLiteral("a?b"), QStringLiteral("a[?]b"), false));
+    EXPECT_THROW(likeMatch(QStringLiteral("a"), QStringLiteral("[z-a]"), false), ScriptError);
+}
+
+TEST(LikeTest, ManyStarsStayLinear)
+{
+    // Backtracking matchers take exponential time on this; the table walk does not.
+    const QString text(2000, QLatin1Char('a'));
+    EXPECT_FALSE(likeMatch(text, QStringLiteral("*a*a*a*a*a*a*a*a*a*a*a*b"), false));
+    EXPECT_TRUE(likeMatch(text + QLatin1Char('b'), QStringLiteral("*a*a*a*a*a*a*a*a*a*a*a*b"), false));
+}
+
+TEST(CodePageTest, Windows1252RoundTrip)
+{
+    const QByteArray bytes("\x80 caf\xE9 \x93q\x94", 10);
+    const QString text = decodeWindows1252(bytes);
+    EXPECT_EQ(text, QStringLiteral("\u20AC caf\u00E9 \u201Cq\u201D"));
+    EXPECT_EQ(encodeWindows1252(text), bytes);
+    EXPECT_EQ(encodeWindows1252(QStringLiteral("\u4E2D")), QByteArray("?"));
+}
+
+// ---- lexer and syntax check ---------------------------------------------------------------
+
+TEST(LexerTest, ContinuationsKeepPositionsAndDirectivesChooseBranches)
+{
+    Lexer lexer(QStringLiteral("#If Win64 And Not Mac Then\r\nx = 1 + _\r\n    &H10\r\n#Else\r\ny = 2\r\n#End If\r\n"));
+    const std::vector<Token> tokens = lexer.tokenize();
+    ASSERT_GE(tokens.size(), 6u);
+    EXPECT_TRUE(tokens[0].isWord("x"));
+    EXPECT_EQ(tokens[0].pos.line, 2);
+    EXPECT_EQ(tokens[4].kind, TokenKind::Number);
+    EXPECT_EQ(tokens[4].number, 16);
+    EXPECT_EQ(tokens[4].pos.line, 3);
+    EXPECT_EQ(tokens[4].pos.column, 5);
+    EXPECT_TRUE(tokens[5].is(TokenKind::Newline)); // one statement; the #Else branch is gone
+    for (const Token &t : tokens)
+        EXPECT_FALSE(t.isWord("y"));
+}
+
+TEST(CheckMacroTest, ReportsFirstSyntaxErrorWithLineAndColumn)
+{
+    const MacroResult ok = MacroEngine::checkMacro(QStringLiteral("Sub main()\r\n  Undefined 1\r\nEnd Sub\r\n"));
+    EXPECT_TRUE(ok.ok); // parsing only: names are the run's business
+
+    const MacroResult bad = MacroEngine::checkMacro(QStringLiteral("Sub main()\r\n  x = (1 + \r\nEnd Sub\r\n"));
+    EXPECT_FALSE(bad.ok);
+    EXPECT_EQ(bad.line, 2);
+    EXPECT_EQ(bad.column, 12);
+    EXPECT_EQ(bad.message, QStringLiteral("Expected: expression"));
+
+    const MacroResult unterminated = MacroEngine::checkMacro(QStringLiteral("Sub main()\n  s = \"abc\nEnd Sub\n"));
+    EXPECT_FALSE(unterminated.ok);
+    EXPECT_EQ(unterminated.line, 2);
+
+    const MacroResult noEnd = MacroEngine::checkMacro(QStringLiteral("Sub main()\n  Do\n  x = 1\nEnd Sub\n"));
+    EXPECT_FALSE(noEnd.ok);
+    EXPECT_EQ(noEnd.line, 2);
+    EXPECT_EQ(noEnd.message, QStringLiteral("Do without Loop"));
+
+    const MacroResult badDirective = MacroEngine::checkMacro(QStringLiteral("#If VBA7 Then\nSub main()\nEnd Sub\n"));
+    EXPECT_FALSE(badDirective.ok);
+}
+
+// ---- running ------------------------------------------------------------------------------
+
+class ScriptedMessageBox final : public MessageBoxHandler {
+public:
+    int showMessage(const QString &title, const QString &prompt, int buttons) override
+    {
+        shown << title + QLatin1Char('|') + prompt + QLatin1Char('|') + QString::number(buttons);
+        return 2; // vbCancel
+    }
+    QStringList shown;
+};
+
+struct EngineFixture : ::testing::Test {
+    EngineFixture()
+    {
+        host.debugOutput = [this](const QString &line) { output << line; };
+        host.messageBox = box;
+    }
+    MacroResult runText(const QString &text, const QString &procedure = QStringLiteral("main"))
+    {
+        MacroEngine engine(host);
+        const MacroResult loaded = engine.load(text);
+        if (!loaded.ok)
+            return loaded;
+        return engine.run(QStringLiteral("McMacro1"), procedure);
+    }
+    EngineHost host;
+    std::shared_ptr<ScriptedMessageBox> box = std::make_shared<ScriptedMessageBox>();
+    QStringList output;
+};
+
+TEST_F(EngineFixture, RunFindsModuleAndProcedure)
+{
+    const QString text = QStringLiteral("Sub main()\nDebug.Print \"hi\"\nEnd Sub\nSub needsArg(a)\nEnd Sub\n");
+    MacroEngine engine(host);
+    ASSERT_TRUE(engine.load(text).ok);
+    EXPECT_EQ(engine.run(QStringLiteral("McMacro2"), QStringLiteral("main")).runCode, RunCode::InvalidProcedureName);
+    EXPECT_EQ(engine.run(QStringLiteral("mcmacro1"), QStringLiteral("nothere")).runCode, RunCode::InvalidProcedureName);
+    EXPECT_EQ(engine.run(QStringLiteral("McMacro1"), QStringLiteral("needsArg")).runCode, RunCode::InvalidParameterCount);
+    EXPECT_TRUE(engine.run(QStringLiteral("McMacro1"), QStringLiteral("MAIN")).ok);
+    EXPECT_EQ(output, QStringList{QStringLiteral("hi")});
+}
+
+TEST_F(EngineFixture, CompileFailureIsReportedByEveryRun)
+{
+    MacroEngine engine(host);
+    const MacroResult loaded = engine.load(QStringLiteral("Sub main()\n  Foo 1\nEnd Sub\n"));
+    EXPECT_FALSE(loaded.ok);
+    EXPECT_EQ(loaded.runCode, RunCode::SubOrFunctionExpected);
+    const MacroResult ran = engine.run(QStringLiteral("McMacro1"), QStringLiteral("main"));
+    EXPECT_FALSE(ran.ok);
+    EXPECT_EQ(ran.runCode, RunCode::SubOrFunctionExpected);
+    EXPECT_EQ(ran.line, 2);
+    EXPECT_TRUE(box->shown.isEmpty()); // compile errors show no window
+}
+
+TEST_F(EngineFixture, UnhandledErrorShowsRunTimeWindowAndMapsCode)
+{
+    const MacroResult r = runText(QStringLiteral("Sub main()\n  Dim a(1)\n  a(2) = 0\nEnd Sub\n"));
+    EXPECT_FALSE(r.ok);
+    EXPECT_EQ(r.errorNumber, 9);
+    EXPECT_EQ(r.runCode, RunCode::InvalidIndex);
+    EXPECT_EQ(r.line, 3);
+    ASSERT_EQ(box->shown.size(), 1);
+    EXPECT_EQ(box->shown[0], QStringLiteral("Mecadra|Run-time error '9':\n\nSubscript out of range|0"));
+
+    EXPECT_EQ(runCodeForError(13), RunCode::TypeMismatch);
+    EXPECT_EQ(runCodeForError(6), RunCode::ValueOverflow);
+    EXPECT_EQ(runCodeForError(70), RunCode::PermissionDenied);
+    EXPECT_EQ(runCodeForError(1234), RunCode::UnhandledException);
+}
+
+TEST_F(EngineFixture, EndStopsWithoutErrorAndModuleStateIsFreshPerRun)
+{
+    const QString text = QStringLiteral("Dim runs\nSub main()\n  runs = runs + 1\n  Debug.Print runs\n  End\n  Debug.Print \"no\"\nEnd Sub\n");
+    MacroEngine engine(host);
+    ASSERT_TRUE(engine.load(text).ok);
+    EXPECT_TRUE(engine.run(QStringLiteral("McMacro1"), QStringLiteral("main")).ok);
+    EXPECT_TRUE(engine.run(QStringLiteral("McMacro1"), QStringLiteral("main")).ok);
+    EXPECT_EQ(output, (QStringList{QStringLiteral(" 1 "), QStringLiteral(" 1 ")}));
+}
+
+TEST_F(EngineFixture, MsgBoxTitleButtonsAndAnswer)
+{
+    ASSERT_TRUE(runText(QStringLiteral("Sub main()\n  Debug.Print MsgBox(\"Go?\", vbOKCancel)\nEnd Sub\n")).ok);
+    EXPECT_EQ(box->shown, QStringList{QStringLiteral("Mecadra|Go?|1")});
+    EXPECT_EQ(output, QStringList{QStringLiteral(" 2 ")});
+}
+
+TEST_F(EngineFixture, LoadFileDecodesWindows1252)
+{
+    QTemporaryDir dir;
+    QFile f(dir.filePath(QStringLiteral("m.mcb")));
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write("Sub main()\r\n  Debug.Print \"\x80\" & AscW(\"\x80\")\r\nEnd Sub\r\n");
+    f.close();
+    MacroEngine engine(host);
+    ASSERT_TRUE(engine.loadFile(f.fileName()).ok);
+    ASSERT_TRUE(engine.run(QStringLiteral("McMacro1"), QStringLiteral("main")).ok);
+    EXPECT_EQ(output, QStringList{QStringLiteral("\u20AC8364")});
+    EXPECT_EQ(MacroEngine(host).loadFile(dir.filePath(QStringLiteral("none.mcb"))).runCode, RunCode::FileOpenFailed);
+}
+
+// An automation object that records what macros ask of it.
+class FakeDoc final : public ScriptObject {
+public:
+    QString typeName() const override { return QStringLiteral("ModelDoc2"); }
+    ScriptValue invoke(const QString &member, CallKind kind, ScriptArgs &args) override
+    {
+        const QString m = member.toLower();
+        calls << QStringLiteral("%1:%2:%3").arg(m).arg(static_cast<int>(kind)).arg(args.size());
+        if (m == QLatin1String("gettitle"))
+            return ScriptValue::fromString(title);
+        if (m == QLatin1String("title") && kind == CallKind::Let) {
+            title = args.back()->toString();
+            return {};
+        }
+        if (m == QLatin1String("saveas")) {
+            // The last two arguments are ByRef results.
+            *args[args.size() - 2] = ScriptValue::fromLong(256);
+            *args[args.size() - 1] = ScriptValue::fromLong(512);
+            return ScriptValue::fromBool(false);
+        }
+        if (m == QLatin1String("child") && kind == CallKind::Set) {
+            child = args.back()->object();
+            return {};
+        }
+        if (m == QLatin1String("child"))
+            return ScriptValue::fromObject(child);
+        throw ScriptError(ErrNo::NoSuchMember);
+    }
+    std::vector<ScriptValue> enumerate() override
+    {
+        return {ScriptValue::fromString(QStringLiteral("Sheet1")), ScriptValue::fromString(QStringLiteral("Sheet2"))};
+    }
+    QString title = QStringLiteral("part1.prt");
+    std::shared_ptr<ScriptObject> child;
+    QStringList calls;
+};
+
+TEST_F(EngineFixture, ObjectsGetByRefResultsKindsAndCollections)
+{
+    auto doc = std::make_shared<FakeDoc>();
+    host.globals.insert(QStringLiteral("doc"), ScriptValue::fromObject(doc));
+    const QString text = QStringLiteral(
+        "Option Explicit\n"
+        "Sub main()\n"
+        "  Dim errors As Long, warnings As Long, ok\n"
+        "  ok = doc.SaveAs(\"a.pdf\", 0, 1, Nothing, errors, warnings)\n"
+        "  Debug.Print ok & \" \" & errors & \" \" & warnings\n"
+        "  With doc\n"
+        "    .Title = \"renamed\"\n"
+        "    Debug.Print .GetTitle\n"
+        "  End With\n"
+        "  Set doc.Child = doc\n"
+        "  Debug.Print doc.Child Is doc, doc.Child Is Nothing\n"
+        "  Dim s\n"
+        "  For Each s In doc\n"
+        "    Debug.Print s\n"
+        "  Next\n"
+        "  On Error Resume Next\n"
+        "  doc.Unknown 1\n"
+        "  Debug.Print Err.Number & \" \" & Err.Description\n"
+        "End Sub\n");
+    const MacroResult r = runText(text);
+    ASSERT_TRUE(r.ok) << r.message.toStdString() << " line " << r.line;
+    EXPECT_EQ(output, (QStringList{QStringLiteral("False 256 512"), QStringLiteral("renamed"), QStringLiteral("True          False"),
+                                   QStringLiteral("Sheet1"), QStringLiteral("Sheet2"),
+                                   QStringLiteral("438 Object doesn't support this property or method")}));
+    // Get for values, Let for assignment, Set for objects, Call for statements.
+    EXPECT_EQ(doc->calls.value(0), QStringLiteral("saveas:1:6"));
+    EXPECT_EQ(doc->calls.value(1), QStringLiteral("title:2:1"));
+    EXPECT_EQ(doc->calls.value(3), QStringLiteral("child:3:1"));
+    EXPECT_EQ(doc->calls.last(), QStringLiteral("unknown:0:1"));
+}
+
+TEST_F(EngineFixture, NothingAndMissingApplicationFailAtRunTime)
+{
+    const MacroResult r = runText(QStringLiteral("Dim o As Object\nSub main()\n  Debug.Print o.Name\nEnd Sub\n"));
+    EXPECT_EQ(r.errorNumber, 91);
+    EXPECT_EQ(r.line, 3);
+    // "Application" compiles without a host object and fails when used.
+    const MacroResult app = runText(QStringLiteral("Sub main()\n  Set x = Application.Cadrix\nEnd Sub\n"));
+    EXPECT_FALSE(app.ok);
+    EXPECT_EQ(app.line, 2);
+}
+
+TEST_F(EngineFixture, DeepRecursionIsAnErrorNotACrash)
+{
+    const MacroResult r = runText(QStringLiteral("Sub f(n)\n  f n + 1\nEnd Sub\nSub main()\n  f 0\nEnd Sub\n"));
+    EXPECT_FALSE(r.ok);
+    EXPECT_EQ(r.errorNumber, 28);
+    EXPECT_EQ(r.runCode, RunCode::OutOfMemory);
+}
+
+TEST_F(EngineFixture, CadConstantsAreDefaultsHostConstantsWin)
+{
+    host.constants.insert(QStringLiteral("mcDocPART"), ScriptValue::fromLong(42));
+    ASSERT_TRUE(runText(QStringLiteral("Sub main()\n  Debug.Print mcDocPART & \" \" & mcDocDRAWING\nEnd Sub\n")).ok);
+    EXPECT_EQ(output, QStringList{QStringLiteral("42 3")});
+}
+
+} // namespace
+} // namespace cadsim
