@@ -236,6 +236,20 @@ TEST_F(TemplateRun, SingleNamedSheetHasNoSuffix)
     EXPECT_EQ(convertLog(), QStringList{"Document 'S:\\layout.mcddrw' didn't contain any sheets named 'Plan*'."});
 }
 
+TEST_F(TemplateRun, ViewerFormatTakesThePatternOfTheTypeAndTheSelectedSheets)
+{
+    convertOptions("Glimpse (*.gprt;*.gasm;*.glmp)", 8, 2);
+    options["NamedSheet"] = "Sheet#";
+    ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
+    EXPECT_EQ(outputs(), QStringList{"layout.glmp"});
+    EXPECT_EQ(list(exported("C:\\Out\\layout.glmp")["sheets"]), (QStringList{"Sheet1", "Sheet2"}));
+
+    options["OutputConfs"] = "2";
+    ASSERT_TRUE(run("convert.mcb", "S:\\bracket.mcdprt"));
+    EXPECT_EQ(list(exported("C:\\Out\\bracket.gprt")["configurations"]).size(), 3);
+    EXPECT_TRUE(convertLog().isEmpty()) << convertLog().join('\n').toStdString();
+}
+
 TEST_F(TemplateRun, ThreeConfigurationsGetNumberedOrNamedOutputs)
 {
     convertOptions("STEP AP203/214 (*.step)", 2, 4);
