@@ -1,5 +1,6 @@
 // Checks of the compiled-in macro templates themselves: their form, the placeholders they
-// carry, their procedures and the texts they log.
+// carry and their procedures. What they do when run is tested with the stand-in's engine and
+// documents.
 
 #include "macro/templateloader.h"
 #include "platform/qtestprint.h"
@@ -230,98 +231,6 @@ TEST(MacroTemplates, ShareTheSupportedExtensionList)
         for (const QRegularExpressionMatch &m : quoted.globalMatch(list))
             found << m.captured(1);
         EXPECT_EQ(found, expected);
-    }
-}
-
-TEST(MacroTemplates, LogTheMessagesTheTasksReport)
-{
-    // Log lines that people and tools read; a changed word breaks them.
-    struct Expect
-    {
-        int number;
-        const char *text;
-    };
-    const Expect expected[] = {
-        {ConversionTemplate, "\"The file extension '\" & docExtension & \"' is not supported.\""},
-        {ConversionTemplate, "\"Document '\" & docFileName & \"' is future version.\""},
-        {ConversionTemplate, "\"Method call ModelDoc2::OpenDoc7 for document '\" & docFileName & "
-                             "\"' failed. Error code \" & errors & \" returned.\""},
-        {ConversionTemplate, "\"Document '\" & docFileName & \"' didn't contain any sheets "
-                             "named '[NamedSheet]'.\""},
-        {ConversionTemplate, "\"Document '\" & docFileName & \"' didn't contain any "
-                             "configurations named '[NamedConf]'.\""},
-        {ConversionTemplate, "\"The file '\" & docFileName & \"' and sheet '\" & itemName & "
-                             "\"' can't be converted to the file extension '\" & ext & \"'.\""},
-        {ConversionTemplate, "\"The file '\" & docFileName & \"' and configuration '\" & "
-                             "itemName & \"' can't be converted to the file extension '\" & ext "
-                             "& \"'.\""},
-        {ConversionTemplate, "\"Method call ModelDocExtension::SaveAs for document '\" & "
-                             "outputName & \"' and sheet '\" & itemName & \"' failed. Error "
-                             "code \" & errors & \" returned.\""},
-        {ConversionTemplate, "\"Method call ModelDocExtension::SaveAs for document '\" & "
-                             "outputName & \"' and configuration '\" & itemName & \"' failed. "
-                             "Error code \" & errors & \" returned.\""},
-        {ConversionTemplate, "\"Method call ModelDocExtension::SaveAs for document '\" & "
-                             "outputName & \"' failed. Error code \" & errors & \" returned.\""},
-        {ConversionTemplate, "\"warnings1 = \" & warnings"},
-        {ConversionTemplate, "\"This document contains OLE objects. Such objects can't be "
-                             "converted outside of Mecadra. Please open the document and "
-                             "perform the conversion from Mecadra.\""},
-        {ConversionTemplate, "\"Error while converting file '\" & docFileName & \"': \""},
-        {PrintTemplate, "\"The file extension '\" & docExtension & \"' is not supported.\""},
-        {PrintTemplate, "\"Method call ModelDoc2::OpenDoc6 for document '\" & docFileName & "
-                        "\"' failed. Error code \" & errors & \" returned.\""},
-        {PrintTemplate, "\"Could not print document '\" & docFileName & \"' and sheet '\" & "
-                        "docCfgOrSheet & \"'. No printer was selected.\""},
-        {PrintTemplate, "\"Could not print document '\" & docFileName & \"' and configuration "
-                        "'\" & docCfgOrSheet & \"'. No printer was selected.\""},
-        {PrintTemplate, "\"Could not print document '\" & docFileName & \"'. No printer was "
-                        "selected.\""},
-        {PrintTemplate, "\"The printer '\" & printer & \"' for the Document  '\" & docFileName "
-                        "& \"' is not a valid printer.\""},
-        {PrintTemplate, "\"Could not print file '\" & docFileName & \"'. The following errors "
-                        "occured: \" & vbCrLf"},
-        {PrintTemplate, "\"Error while printing file '\" & docFileName & \"': \""},
-    };
-    for (const Expect &e : expected) {
-        SCOPED_TRACE(e.text);
-        EXPECT_TRUE(loadedTemplate(e.number).contains(QString::fromLatin1(e.text)));
-    }
-    for (int number : {ConversionTemplate, PrintTemplate}) {
-        const QString text = loadedTemplate(number);
-        EXPECT_TRUE(text.contains(QLatin1String(
-            "\"An unexpected error occurred while executing the generated script. Script syntax "
-            "error?\" & vbCrLf & _")));
-        EXPECT_TRUE(text.contains(QLatin1String("\"Error number: \" & Err.Number & vbCrLf & _")));
-        EXPECT_TRUE(text.contains(QLatin1String(
-            "\"Error description: '\" & Err.Description & \"'\" & vbCrLf\r\n")));
-    }
-}
-
-TEST(MacroTemplates, LogProtocolBuildsTheInstanceLogPath)
-{
-    for (int number : {ConversionTemplate, PrintTemplate}) {
-        SCOPED_TRACE(number);
-        const QString body = procedureBody(loadedTemplate(number), "Log");
-        const QStringList steps = {
-            "logFolder = \"[ErrorLogPath]\"",
-            "If Left(logFolder, 1) = \"\\\" Then logFolder = Mid(logFolder, 2)",
-            "If PathIsRelative(logFolder) = 1 Then logFolder = PathAppend(\"<VaultPath>\", "
-            "logFolder)",
-            "SHCreateDirectoryEx 0, logFolder, 0",
-            "logFile = PathAppend(logFolder, \"<TaskInstanceGuid>.log\")",
-            "Open logFile For Append As #1",
-            "Print #1, message",
-            "Close #1",
-        };
-        qsizetype at = 0;
-        for (const QString &step : steps) {
-            SCOPED_TRACE(step.toStdString());
-            const qsizetype found = body.indexOf(step, at);
-            EXPECT_GE(found, at) << "missing or out of order";
-            if (found >= 0)
-                at = found + step.size();
-        }
     }
 }
 
