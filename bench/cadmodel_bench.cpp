@@ -1,0 +1,100 @@
+#include "cadsim/engine/codepage.h"
+#include "cadsim/engine/interpreter.h"
+#include "cadsim/engine/parser.h"
+#include "cadsim/model/cadapplication.h"
+#include "cadsim/model/cadconstants.h"
+#include "cadsim/model/scriptadapters.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+
+namespace {
+
+PathResolver resolverFor(const QTemporaryDir &scratch)
+{
+    return makeDriveResolver({{QChar('S'), QStringLiteral(MCTASK_SAMPLES_DIR)}, {QChar('C'), scratch.path()}});
+}
+
+// Open the three-sheet drawing, export each sheet to PDF, close it.
+void BM_OpenExportCloseDrawing(benchmark::State &state)
+{
+    QTemporaryDir scratch;
+    CadApplication app(resolverFor(scratch));
+    for (auto _ : state) {
+        auto spec = app.getOpenDocSpec(QStringLiteral("S:\\layout.mcddrw"));
+        ModelDocPtr doc = app.openDoc7(*spec);
+        std::shared_ptr<ExportPdfData> data = app.exportFileData(cad::mcExportPdfData);
+        int i = 0;
+        for (const QString &sheet : doc->sheetNames()) {
+            data->setSheets(cad::mcExportData_ExportSpecifiedSheets, {sheet});
+            std::int32_t errors = 0, warnings = 0;
+            doc->extension().saveAs(QStringLiteral("C:\\layout_%1.pdf").arg(i++), 0, 1, data.get(), errors, warnings);
+        }
+        app.closeDoc(doc->title());
+    }
+}
+BENCHMARK(BM_OpenExportCloseDrawing)->Unit(benchmark::kMicrosecond);
+
+// The conversion template, filled in for the drawing (one PDF per sheet),
+// parsed and run against the model: the stand-in's work for one file.
+void BM_ConversionTemplateOneDrawing(benchmark::State &state)
+{
+    QTemporaryDir scratch;
+    QDir(scratch.path()).mkpath(QStringLiteral("Vault"));
+    QFile f(QStringLiteral(MCTASK_TEMPLATES_DIR "/convert.mcb"));
+    if (!f.open(QIODevice::ReadOnly)) {
+        state.SkipWithError("conversion template not found");
+        return;
+    }
+    QString text = cadsim::decodeWindows1252(f.readAll());
+    // Every option placeholder: numbers 0 and flags False, except the few that
+    // choose the work.
+    const QHash<QString, QString> chosen = {{"OutputPath", "C:\\Out\\<Filename>"}, {"OutputPath2", ""},
+                                            {"FileFormat", "Adobe Portable Document Format (*.pdf)"},
+                                            {"OutputSheets", "2"}, {"FileSheets", "4"}, {"OutputConfs", "2"},
+                                            {"FileConfs", "4"}, {"NamedSheet", ""}, {"NamedConf", ""},
+                                            {"ErrorLogPath", "Logs"}};
+    static const QRegularExpression option(QStringLiteral("\\[([A-Za-z0-9_]+)\\]"));
+    QString filled;
+    qsizetype last = 0;
+    for (auto it = option.globalMatch(text); it.hasNext();) {
+        const QRegularExpressionMatch m = it.next();
+        filled += text.mid(last, m.capturedStart() - last);
+        const QString key = m.captured(1);
+        filled += chosen.contains(key) ? chosen.value(key)
+                  : (key.startsWith("Pdf") || key.contains("Export") || key.startsWith("Glmp")) ? "False"
+                                                                                                : "0";
+        last = m.capturedEnd();
+    }
+    filled += text.mid(last);
+    filled.replace("<Filepath>", "S:\\layout.mcddrw");
+    filled.replace("<VaultPath>", "C:\\Vault");
+    filled.replace("<TaskInstanceGuid>", "{00000000-0000-0000-0000-000000000001}");
+
+    auto model = std::make_shared<CadApplication>(resolverFor(scratch));
+    cadsim::EngineHost host;
+    host.resolvePath = resolverFor(scratch);
+    host.constants = cadsim::cadConstantValues();
+    host.globals.insert(QStringLiteral("application"),
+                        cadsim::ScriptValue::fromObject(std::make_shared<cadsim::ScriptMacroHost>(
+                            cadsim::ScriptCadApplication::create(model))));
+    for (auto _ : state) {
+        try {
+            std::unique_ptr<cadsim::Module> module = cadsim::Parser::parse(filled);
+            cadsim::Interpreter interpreter(*module, host);
+            interpreter.initialize();
+            interpreter.call(QStringLiteral("main"));
+        } catch (...) {
+            state.SkipWithError("the template did not run");
+            return;
+        }
+    }
+    if (!QFile::exists(scratch.filePath("Out/layout_2.pdf")))
+        state.SkipWithError("no output written");
+}
+BENCHMARK(BM_ConversionTemplateOneDrawing)->Unit(benchmark::kMicrosecond);
+
+} // namespace
