@@ -143,6 +143,18 @@ TEST(CheckMacroTest, ReportsFirstSyntaxErrorWithLineAndColumn)
     EXPECT_FALSE(badDirective.ok);
 }
 
+TEST(CheckMacroTest, DeepNestingIsAnErrorNotACrash)
+{
+    const QString parens = QStringLiteral("Sub main()\n x = ") + QString(100000, QLatin1Char('(')) + QStringLiteral("1\nEnd Sub\n");
+    EXPECT_EQ(MacroEngine::checkMacro(parens).message, QStringLiteral("Expression too complex"));
+    QString ifs = QStringLiteral("Sub main()\n");
+    for (int i = 0; i < 5000; ++i)
+        ifs += QStringLiteral("If 1 Then\n");
+    EXPECT_EQ(MacroEngine::checkMacro(ifs).message, QStringLiteral("Expression too complex"));
+    const QString nots = QStringLiteral("Sub main()\n x = ") + QStringLiteral("Not -").repeated(50000) + QStringLiteral("1\nEnd Sub\n");
+    EXPECT_FALSE(MacroEngine::checkMacro(nots).ok);
+}
+
 // ---- running ------------------------------------------------------------------------------
 
 class ScriptedMessageBox final : public MessageBoxHandler {

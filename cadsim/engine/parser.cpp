@@ -21,7 +21,7 @@ const QSet<QString> &reservedWords()
         QStringLiteral("mod"), QStringLiteral("like"), QStringLiteral("is"), QStringLiteral("as"),
         QStringLiteral("byval"), QStringLiteral("byref"), QStringLiteral("optional"), QStringLiteral("private"),
         QStringLiteral("public"), QStringLiteral("declare"), QStringLiteral("option"), QStringLiteral("eqv"),
-        QStringLiteral("imp"), QStringLiteral("resume"), QStringLiteral("static"), QStringLiteral("global"),
+        QStringLiteral("imp"), QStringLiteral("resume"), QStringLiteral("not"), QStringLiteral("static"), QStringLiteral("global"),
     };
     return words;
 }
@@ -503,6 +503,7 @@ void Parser::parseEndOf(const char *word, const QString &missingMessage, const T
 
 StmtPtr Parser::parseStatement()
 {
+    NestingGuard guard(*this);
     const Token &t = peek();
     if (!t.is(TokenKind::Identifier)) {
         if (t.isOp("."))
@@ -1069,8 +1070,15 @@ bool Parser::startsExpression() const
     }
 }
 
+Parser::NestingGuard::NestingGuard(Parser &p) : m_parser(p)
+{
+    if (++m_parser.m_nesting > 200)
+        m_parser.fail(QStringLiteral("Expression too complex"));
+}
+
 ExprPtr Parser::parseExpression()
 {
+    NestingGuard guard(*this);
     return parseBinary(0);
 }
 
@@ -1142,6 +1150,7 @@ ExprPtr Parser::parseBinary(int level)
 
 ExprPtr Parser::parseUnary(int level)
 {
+    NestingGuard guard(*this);
     const Token &t = peek();
     if (level == kNotLevel && t.isWord("not")) {
         next();
@@ -1255,6 +1264,14 @@ ExprPtr Parser::parsePrimary()
             a.value = makeExpr(ExprKind::Literal, t.pos);
             a.value->value = ScriptValue::fromString(cls);
             e->args.push_back(std::move(a));
+            return e;
+        }
+        if (t.lower == QLatin1String("not")) {
+            // "-Not x": Not where an operand is expected
+            next();
+            auto e = makeExpr(ExprKind::Unary, t.pos);
+            e->op = Op::Not;
+            e->left = parseUnary(kNotLevel);
             return e;
         }
         if (reservedWords().contains(t.lower))

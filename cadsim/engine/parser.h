@@ -67,9 +67,15 @@ private:
     std::vector<Arg> parseArgList(); // after "(" up to and including ")"
     Arg parseArg();
     bool startsExpression() const;
+    struct NestingGuard {
+        explicit NestingGuard(Parser &p);
+        ~NestingGuard() { --m_parser.m_nesting; }
+        Parser &m_parser;
+    };
 
     std::vector<Token> m_tokens;
     std::size_t m_index = 0;
+    int m_nesting = 0; // depth of expressions and blocks, bounded so no input exhausts the stack
     int m_singleLineIf = 0;
     int m_loopDepthFor = 0;
     int m_loopDepthDo = 0;

@@ -1,0 +1,24 @@
+// Any macro text must lex and parse to a tree or a compile error with a position, never crash.
+#include "cadsim/engine/lexer.h"
+#include "cadsim/engine/parser.h"
+
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const QString text = QString::fromLatin1(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    try {
+        const auto module = cadsim::Parser::parse(text);
+        if (!module)
+            std::abort();
+    } catch (const cadsim::CompileException &e) {
+        const cadsim::SourcePos pos = e.error().pos;
+        if (pos.line < 1 || e.error().message.isEmpty())
+            std::abort(); // every compile error names its line
+    }
+    return 0;
+}
