@@ -1,0 +1,137 @@
+#include "cadsim/engine/codepage.h"
+#include "cadsim/engine/macroengine.h"
+
+#ifdef MCTASK_BENCH_WITH_MODEL
+#include "cadsim/model/cadapplication.h"
+#include "cadsim/model/scriptadapters.h"
+#include "cadsim/model/windowspath.h"
+#endif
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+using namespace cadsim;
+
+// The conversion template filled for one part, saved as PDF.
+QString filledConvertTemplate()
+{
+    QFile f(QStringLiteral(MCTASK_TEMPLATES_DIR "/convert.mcb"));
+    if (!f.open(QIODevice::ReadOnly))
+        return QString();
+    QString text = decodeWindows1252(f.readAll());
+    const QHash<QString, QString> options = {
+        {"OutputPath", "C:\\Out\\<Filename>"}, {"OutputPath2", ""},
+        {"FileFormat", "Adobe Portable Document Format (*.pdf)"}, {"OutputSheets", "2"}, {"FileSheets", "4"},
+        {"OutputConfs", "2"}, {"FileConfs", "4"}, {"NamedSheet", ""}, {"NamedConf", ""},
+        {"ErrorLogPath", "\\Logs\\Convert"}};
+    static const QRegularExpression option(QStringLiteral("\\[([A-Za-z0-9_]+)\\]"));
+    QString out;
+    qsizetype last = 0;
+    for (auto it = option.globalMatch(text); it.hasNext();) {
+        const QRegularExpressionMatch m = it.next();
+        out += text.mid(last, m.capturedStart() - last);
+        // Flags are False and numbers 0 unless named above.
+        out += options.value(m.captured(1), m.captured(1).startsWith(QLatin1String("Iges")) && !m.captured(1).startsWith(QLatin1String("IgesExport")) ? QStringLiteral("0") : QStringLiteral("False"));
+        last = m.capturedEnd();
+    }
+    out += text.mid(last);
+    out.replace(QLatin1String("<Filepath>"), QLatin1String("S:\\bracket.mcdprt"));
+    out.replace(QLatin1String("<VaultPath>"), QLatin1String("C:\\Vault"));
+    out.replace(QLatin1String("<TaskInstanceGuid>"), QLatin1String("{6B1E1B4C-0D8A-4A55-9E4B-7F2C1D3E5A60}"));
+    return out;
+}
+
+void BM_CompileConvertTemplate(benchmark::State &state)
+{
+    const QString text = filledConvertTemplate();
+    if (text.isEmpty()) {
+        state.SkipWithError("template not found");
+        return;
+    }
+    for (auto _ : state) {
+        MacroEngine engine;
+        const MacroResult r = engine.load(text);
+        if (!r.ok) {
+            state.SkipWithError(qPrintable(r.message));
+            return;
+        }
+        benchmark::DoNotOptimize(r);
+    }
+}
+BENCHMARK(BM_CompileConvertTemplate)->Unit(benchmark::kMicrosecond);
+
+void BM_InterpretStringsAndArrays(benchmark::State &state)
+{
+    // 10,000 loop turns of the kind of work macros do: strings, Like, arrays, calls.
+    const QString text = QStringLiteral(
+        "Function PathAppend(ByVal path As String, ByVal more As String) As String\n"
+        "    If Right(path, 1) <> \"\\\" Then path = path & \"\\\"\n"
+        "    PathAppend = path & more\n"
+        "End Function\n"
+        "Sub main()\n"
+        "    Dim i As Long, n As Long, s As String, parts\n"
+        "    For i = 1 To 10000\n"
+        "        s = PathAppend(\"C:\\Out\", \"Sheet\" & i & \".pdf\")\n"
+        "        If LCase(s) Like \"*sheet#*.pdf\" Then n = n + 1\n"
+        "        parts = Split(s, \"\\\")\n"
+        "        n = n + UBound(parts)\n"
+        "    Next\n"
+        "End Sub\n");
+    MacroEngine engine;
+    if (!engine.load(text).ok) {
+        state.SkipWithError("compile failed");
+        return;
+    }
+    for (auto _ : state) {
+        const MacroResult r = engine.run(QStringLiteral("McMacro1"), QStringLiteral("main"));
+        if (!r.ok) {
+            state.SkipWithError(qPrintable(r.message));
+            return;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * 10000);
+}
+BENCHMARK(BM_InterpretStringsAndArrays)->Unit(benchmark::kMillisecond);
+
+#ifdef MCTASK_BENCH_WITH_MODEL
+void BM_RunConvertTemplatePerFile(benchmark::State &state)
+{
+    const QString text = filledConvertTemplate();
+    QTemporaryDir scratch;
+    const PathResolver resolver =
+        makeDriveResolver({{QChar('S'), QStringLiteral(MCTASK_SAMPLES_DIR)}, {QChar('C'), scratch.path()}});
+    auto model = std::make_shared<CadApplication>(resolver);
+    EngineHost host;
+    host.resolvePath = resolver;
+    host.globals.insert(QStringLiteral("application"),
+                        ScriptValue::fromObject(std::make_shared<ScriptMacroHost>(ScriptCadApplication::create(model))));
+    MacroEngine engine(host);
+    const MacroResult loaded = engine.load(text);
+    if (!loaded.ok) {
+        state.SkipWithError(qPrintable(loaded.message));
+        return;
+    }
+    for (auto _ : state) {
+        const MacroResult r = engine.run(QStringLiteral("McMacro1"), QStringLiteral("main"));
+        if (!r.ok) {
+            state.SkipWithError(qPrintable(QStringLiteral("line %1: %2").arg(r.line).arg(r.message)));
+            return;
+        }
+    }
+    // The run must have done the work: the PDF lies in the output folder, no error was logged.
+    const QStringList outputs = QDir(scratch.filePath(QStringLiteral("Out"))).entryList(QDir::Files);
+    state.counters["outputs"] = static_cast<double>(outputs.size());
+    state.counters["log_files"] = static_cast<double>(QDir(scratch.filePath(QStringLiteral("Vault/Logs/Convert"))).entryList(QDir::Files).size());
+}
+BENCHMARK(BM_RunConvertTemplatePerFile)->Unit(benchmark::kMillisecond);
+#endif
+
+} // namespace
+
+BENCHMARK_MAIN();
