@@ -102,11 +102,6 @@ ScriptValue fnInStr(Interpreter &in, Args &a)
     // InStr([start,] text, find [, compare])
     std::size_t first = 0;
     std::int32_t start = 1;
-    if (a.size() >= 3 || (a.size() == 2 && false)) {
-        if (a[0].isString() && a.size() == 3 && !a[2].isString() && given(a, 2)) {
-            // InStr(text, find, compare) is not valid VBA; keep the positional reading.
-        }
-    }
     if (a.size() >= 3) {
         start = lng(a, 0);
         first = 1;
@@ -542,14 +537,10 @@ ScriptValue fnFormat(Interpreter &, Args &a)
         return s(v.toString());
     const QString f = a[1].toString();
     if (v.type() == ValueType::Date || f.contains(QLatin1Char('y'), Qt::CaseInsensitive) || f.contains(QLatin1String("hh"), Qt::CaseInsensitive)) {
-        const double d = v.toDouble();
         const int secs = secondsOf(v);
         const QDateTime t(dateOf(v), QTime(secs / 3600, secs / 60 % 60, secs % 60));
-        (void)d;
-        QString qf = f;
-        qf.replace(QLatin1String("nn"), QLatin1String("mm"));
         QString mapped;
-        // VBA: "mm" is month unless next to hours; Qt: "MM" month, "mm" minutes.
+        // VBA writes months "mm" and minutes "nn"; Qt wants "MM" and "mm".
         for (int i = 0; i < f.size();) {
             const QChar c = f.at(i).toLower();
             int run = 1;

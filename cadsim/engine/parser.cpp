@@ -698,7 +698,7 @@ StmtPtr Parser::parseStatement()
 StmtPtr Parser::parseSimpleStatement()
 {
     const Token &first = peek();
-    ExprPtr target = parsePostfix(true);
+    ExprPtr target = parsePostfix();
     if (acceptOp("=")) {
         auto s = std::make_unique<Stmt>(StmtKind::Assign, first.pos);
         if (target->kind == ExprKind::Literal || target->kind == ExprKind::Paren)
@@ -1308,7 +1308,7 @@ ExprPtr Parser::parsePrimary()
     fail(QStringLiteral("Expected: expression"));
 }
 
-ExprPtr Parser::parsePostfix(bool statementStart)
+ExprPtr Parser::parsePostfix()
 {
     ExprPtr e = parsePrimary();
     for (;;) {
@@ -1339,8 +1339,6 @@ ExprPtr Parser::parsePostfix(bool statementStart)
             continue;
         }
         if (t.isOp("(") && e->kind != ExprKind::Literal) {
-            // In a statement "Foo (a) + 1" style arguments are rare; treat "(" as the argument list.
-            (void)statementStart;
             next();
             auto c = makeExpr(ExprKind::Call, t.pos);
             c->args = parseArgList();

@@ -62,7 +62,7 @@ private:
     ExprPtr parseExpression();
     ExprPtr parseBinary(int level);
     ExprPtr parseUnary(int level);
-    ExprPtr parsePostfix(bool statementStart = false);
+    ExprPtr parsePostfix();
     ExprPtr parsePrimary();
     std::vector<Arg> parseArgList(); // after "(" up to and including ")"
     Arg parseArg();
