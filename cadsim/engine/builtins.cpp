@@ -167,8 +167,17 @@ ScriptValue fnReplace(Interpreter &in, Args &a)
     return s(out);
 }
 
-ScriptValue fnLCase(Interpreter &, Args &a) { return a[0].isNull() ? a[0] : s(a[0].toString().toLower()); }
-ScriptValue fnUCase(Interpreter &, Args &a) { return a[0].isNull() ? a[0] : s(a[0].toString().toUpper()); }
+// Character by character: the text keeps its length ("ß" stays).
+QString mapCase(const QString &t, bool upper)
+{
+    QString out = t;
+    for (QChar &c : out)
+        c = upper ? c.toUpper() : c.toLower();
+    return out;
+}
+
+ScriptValue fnLCase(Interpreter &, Args &a) { return a[0].isNull() ? a[0] : s(mapCase(a[0].toString(), false)); }
+ScriptValue fnUCase(Interpreter &, Args &a) { return a[0].isNull() ? a[0] : s(mapCase(a[0].toString(), true)); }
 
 QString trimChars(const QString &t, bool left, bool right)
 {

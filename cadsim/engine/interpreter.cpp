@@ -227,7 +227,7 @@ void Interpreter::initialize()
         v.type = d.type;
         try {
             if (d.isArray)
-                v.value = d.dims.empty() ? ScriptValue() : newArray(d.dims, d.type);
+                v.value = d.dims.empty() ? ScriptValue::fromArray(std::make_shared<ScriptArray>()) : newArray(d.dims, d.type);
             else if (d.isNew)
                 v.value = createObject(QString());
             else
@@ -552,7 +552,7 @@ Interpreter::Flow Interpreter::exec(const Stmt &s)
                 for (ScriptValue &item : v->slot().array()->items)
                     item = ScriptValue();
             } else {
-                v->slot() = ScriptValue();
+                v->slot() = ScriptValue::fromArray(std::make_shared<ScriptArray>());
             }
         }
         return Flow::Normal;
@@ -589,7 +589,8 @@ void Interpreter::execDim(const Stmt &s)
         Variable v;
         v.type = d.type;
         if (d.isArray) {
-            v.value = d.dims.empty() ? ScriptValue() : newArray(d.dims, d.type);
+            // A dynamic array starts without dimensions: UBound fails until ReDim.
+            v.value = d.dims.empty() ? ScriptValue::fromArray(std::make_shared<ScriptArray>()) : newArray(d.dims, d.type);
             v.fixedArray = !d.dims.empty();
             v.type = DeclType::Variant;
         } else if (d.isNew) {
@@ -610,7 +611,7 @@ void Interpreter::execReDim(const Stmt &s)
         if (var->fixedArray)
             throw ScriptError(ErrNo::ArrayFixed);
         ScriptValue fresh = newArray(d.dims, d.type);
-        if (s.preserve && var->slot().isArray()) {
+        if (s.preserve && var->slot().isArray() && !var->slot().array()->bounds.empty()) {
             const ScriptArray &old = *var->slot().array();
             ScriptArray &now = *fresh.array();
             if (old.bounds.size() != now.bounds.size())

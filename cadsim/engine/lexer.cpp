@@ -165,6 +165,7 @@ QString Lexer::applyDirectives(const QString &text)
         bool taken;  // some branch of this #If was already chosen
         bool active; // the current branch is compiled
         bool seenElse;
+        int line;
     };
     std::vector<Level> stack;
     bool active = true;
@@ -195,7 +196,7 @@ QString Lexer::applyDirectives(const QString &text)
         };
         if (word("if")) {
             const bool cond = active && evaluateDirective(conditionOf(2), lineNo);
-            stack.push_back({active, cond, cond, false});
+            stack.push_back({active, cond, cond, false, lineNo});
             active = cond;
         } else if (word("elseif")) {
             if (stack.empty() || stack.back().seenElse)
@@ -238,7 +239,7 @@ QString Lexer::applyDirectives(const QString &text)
         lines[i].clear();
     }
     if (!stack.empty())
-        fail(QStringLiteral("#If block without #End If"), lines.size(), 1);
+        fail(QStringLiteral("#If block without #End If"), stack.back().line, 1);
     return lines.join(QLatin1Char('\n'));
 }
 

@@ -712,7 +712,13 @@ StmtPtr Parser::parseSimpleStatement()
         fail(QStringLiteral("Syntax error"), first);
     if (atEndOfStatement()) {
         if (target->kind == ExprKind::Call) {
-            // "Foo(a)" or "obj.Method(a, b)": the parentheses hold the arguments.
+            // "Foo(a)" or "obj.Method(a, b)": the parentheses hold the arguments. A single one
+            // is itself parenthesised, so it goes by value, as in VBA.
+            if (target->args.size() == 1 && target->args[0].value && target->args[0].name.isEmpty()) {
+                auto paren = makeExpr(ExprKind::Paren, target->args[0].value->pos);
+                paren->left = std::move(target->args[0].value);
+                target->args[0].value = std::move(paren);
+            }
             s->args = std::move(target->args);
             s->target = std::move(target->left);
         } else {
