@@ -124,7 +124,7 @@ TEST(CheckMacroTest, ReportsFirstSyntaxErrorWithLineAndColumn)
     const MacroResult ok = MacroEngine::checkMacro(QStringLiteral("Sub main()\r\n  Undefined 1\r\nEnd Sub\r\n"));
     EXPECT_TRUE(ok.ok); // parsing only: names are the run's business
 
-    const MacroResult bad = MacroEngine::checkMacro(QStringLiteral("Sub main()\r\n  x = (1 + \r\nEnd Sub\r\n"));
+    const MacroResult bad = checkMacro(QStringLiteral("Sub main()\r\n  x = (1 + \r\nEnd Sub\r\n"));
     EXPECT_FALSE(bad.ok);
     EXPECT_EQ(bad.line, 2);
     EXPECT_EQ(bad.column, 12);
@@ -355,6 +355,72 @@ TEST_F(EngineFixture, CadConstantsAreDefaultsHostConstantsWin)
     host.constants.insert(QStringLiteral("mcDocPART"), ScriptValue::fromLong(42));
     ASSERT_TRUE(runText(QStringLiteral("Sub main()\n  Debug.Print mcDocPART & \" \" & mcDocDRAWING\nEnd Sub\n")).ok);
     EXPECT_EQ(output, QStringList{QStringLiteral("42 3")});
+}
+
+TEST_F(EngineFixture, DeclaredTypesConvertOnAssignment)
+{
+    const MacroResult r = runText(QStringLiteral(
+        "Sub main()\n"
+        "  Dim i As Integer, l As Long, s As String, b As Boolean, d As Double\n"
+        "  i = 2.5: l = \"7\": s = 12: b = \"False\": d = \"0.5\"\n"
+        "  Debug.Print TypeName(i) & i & TypeName(l) & l & TypeName(s) & s & TypeName(b) & b & TypeName(d) & d\n"
+        "  Dim v\n"
+        "  v = 32767\n"
+        "  v = v + 1\n"
+        "  Debug.Print TypeName(v) & v\n"
+        "  i = 32767\n"
+        "  i = i + 1\n"
+        "End Sub\n"));
+    EXPECT_EQ(output, (QStringList{QStringLiteral("Integer2Long7String12BooleanFalseDouble0.5"), QStringLiteral("Long32768")}));
+    EXPECT_EQ(r.errorNumber, 6); // a typed Integer does not widen
+    EXPECT_EQ(r.line, 10);
+}
+
+TEST_F(EngineFixture, SetAndLetAreChecked)
+{
+    auto doc = std::make_shared<FakeDoc>();
+    host.globals.insert(QStringLiteral("doc"), ScriptValue::fromObject(doc));
+    EXPECT_EQ(runText(QStringLiteral("Sub main()\n  Dim o\n  Set o = 5\nEnd Sub\n")).errorNumber, 424);
+    EXPECT_EQ(runText(QStringLiteral("Sub main()\n  Dim o As Object\n  o = doc\nEnd Sub\n")).errorNumber, 91);
+    // Let of an object asks for its default value, which this object lacks.
+    EXPECT_EQ(runText(QStringLiteral("Sub main()\n  Dim v\n  v = doc\nEnd Sub\n")).errorNumber, 438);
+    const MacroResult constant = runText(QStringLiteral("Const K = 1\nSub main()\n  K = 2\nEnd Sub\n"));
+    EXPECT_FALSE(constant.ok);
+    EXPECT_EQ(constant.line, 3);
+}
+
+TEST_F(EngineFixture, ByRefArgumentsMustMatchTypedParameters)
+{
+    const QString text = QStringLiteral(
+        "Sub SetLong(ByRef n As Long)\n  n = 5\nEnd Sub\n"
+        "Sub main()\n"
+        "  Dim l As Long, i As Integer\n"
+        "  SetLong l\n"
+        "  Debug.Print l\n"
+        "  SetLong i + 0\n"
+        "  SetLong i\n"
+        "End Sub\n");
+    const MacroResult r = runText(text);
+    EXPECT_EQ(output, QStringList{QStringLiteral(" 5 ")});
+    EXPECT_EQ(r.errorNumber, 13);
+    EXPECT_EQ(r.message, QStringLiteral("ByRef argument type mismatch"));
+    EXPECT_EQ(r.line, 9);
+}
+
+TEST_F(EngineFixture, OptionExplicitCoversLoopVariablesAndModuleScope)
+{
+    MacroEngine engine(host);
+    const MacroResult loop = engine.load(QStringLiteral("Option Explicit\nSub main()\n  For k = 1 To 2\n  Next\nEnd Sub\n"));
+    EXPECT_FALSE(loop.ok);
+    EXPECT_EQ(loop.line, 3);
+    EXPECT_EQ(loop.message, QStringLiteral("Variable not defined"));
+    // Module variables, constants, local constants and ReDim'd arrays are declared.
+    EXPECT_TRUE(engine.load(QStringLiteral("Option Explicit\nPrivate m As Long\nConst C = 2\nSub main()\n"
+                                           "  Const L = 3\n  ReDim a(1)\n  m = C + L + UBound(a)\nEnd Sub\n")).ok);
+    // A variable declared in another procedure is not visible.
+    const MacroResult other = engine.load(QStringLiteral("Option Explicit\nSub a()\n  Dim x\nEnd Sub\nSub main()\n  x = 1\nEnd Sub\n"));
+    EXPECT_FALSE(other.ok);
+    EXPECT_EQ(other.line, 6);
 }
 
 } // namespace

@@ -74,6 +74,11 @@ MacroResult MacroEngine::checkMacro(const QString &text)
     return {};
 }
 
+MacroResult checkMacro(const QString &text)
+{
+    return MacroEngine::checkMacro(text);
+}
+
 MacroResult MacroEngine::load(const QString &text)
 {
     m_module.reset();

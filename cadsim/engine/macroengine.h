@@ -70,4 +70,8 @@ private:
 // The run call's code for an unhandled run-time error number.
 int runCodeForError(int errorNumber);
 
+// Parses a macro text without running it (the "macro check" command): ok, or the first syntax
+// error with its line and column.
+MacroResult checkMacro(const QString &text);
+
 } // namespace cadsim
