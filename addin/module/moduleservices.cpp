@@ -1,10 +1,13 @@
 #include "addin/module/moduleservices.h"
 
+#include "cad/vaultclientchannel.h"
+#include "common/translator.h"
 #include "host/idoxtask.h"
+#include "run/taskrunrecord.h"
 
 namespace {
 
-// Set-up pages, launch dialogs, the selection store and the run driver are
+// Set-up pages, launch dialogs and the run driver are
 // plugged in here as they are built; until then the commands that need them
 // answer E_NOTIMPL to the host instead of pretending to work.
 class PagesNotAvailable final : public PageFactory
@@ -48,14 +51,19 @@ public:
     }
 };
 
-class SelectionNotAvailable final : public SelectionStore
+// The launch's selection goes through the add-in's one run record.
+class RunRecordSelectionStore final : public SelectionStore
 {
 public:
-    HRESULT storeSelection(const std::shared_ptr<IDoxVault> &, const std::shared_ptr<IDoxTaskInstance> &,
-                           const DoxCmdDataArray &) override
+    explicit RunRecordSelectionStore(std::shared_ptr<TaskRunRecord> record) : m_record(std::move(record)) {}
+    HRESULT storeSelection(const std::shared_ptr<IDoxVault> &vault, const std::shared_ptr<IDoxTaskInstance> &instance,
+                           const DoxCmdDataArray &data) override
     {
-        return E_NOTIMPL;
+        return m_record->storeSelection(vault, *instance, data);
     }
+
+private:
+    std::shared_ptr<TaskRunRecord> m_record;
 };
 
 } // namespace
@@ -66,7 +74,9 @@ AddInServices makeModuleServices()
     services.pages = std::make_shared<PagesNotAvailable>();
     services.runDriver = std::make_shared<RunNotAvailable>();
     services.launchDialogs = std::make_shared<DialogsNotAvailable>();
-    services.selectionStore = std::make_shared<SelectionNotAvailable>();
-    services.text = [](std::int32_t, const QString &english) { return english; };
+    auto runRecord = std::make_shared<TaskRunRecord>();
+    runRecord->setVaultClientNotifier(&NotifyVaultClient);
+    services.selectionStore = std::make_shared<RunRecordSelectionStore>(runRecord);
+    services.text = [](std::int32_t number, const QString &english) { return tr_ts(number, english); };
     return services;
 }
