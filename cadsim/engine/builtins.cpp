@@ -159,6 +159,8 @@ ScriptValue fnReplace(Interpreter &in, Args &a)
         if (hit < 0)
             break;
         out += rest.mid(pos, hit - pos) + with;
+        if (out.size() > kMaxStringLength)
+            throw ScriptError(14);
         pos = hit + find.size();
         if (count > 0)
             --count;
@@ -200,6 +202,8 @@ ScriptValue fnSpace(Interpreter &, Args &a)
     const std::int32_t n = lng(a, 0);
     if (n < 0)
         throw ScriptError(ErrNo::InvalidCall);
+    if (n > kMaxStringLength)
+        throw ScriptError(14);
     return s(QString(n, QLatin1Char(' ')));
 }
 
@@ -208,6 +212,8 @@ ScriptValue fnString(Interpreter &, Args &a)
     const std::int32_t n = lng(a, 0);
     if (n < 0)
         throw ScriptError(ErrNo::InvalidCall);
+    if (n > kMaxStringLength)
+        throw ScriptError(14);
     const QChar c = a[1].isString() ? (a[1].toString().isEmpty() ? throw ScriptError(ErrNo::InvalidCall), QChar() : a[1].toString().at(0))
                                     : QChar(static_cast<char16_t>(a[1].toLong() & 0xFF));
     return s(QString(n, c));

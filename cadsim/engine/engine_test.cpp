@@ -350,6 +350,17 @@ TEST_F(EngineFixture, DeepRecursionIsAnErrorNotACrash)
     EXPECT_EQ(r.runCode, RunCode::OutOfMemory);
 }
 
+TEST_F(EngineFixture, HugeStringsFailTheMacroNotTheProcess)
+{
+    const MacroResult r = runText(QStringLiteral("Sub main()\n  Dim s\n  s = Space(2000000000)\nEnd Sub\n"));
+    EXPECT_EQ(r.errorNumber, 14);
+    EXPECT_EQ(r.runCode, RunCode::OutOfMemory);
+    // Doubling a text until it is too long stops at the limit.
+    const MacroResult doubling = runText(QStringLiteral("Sub main()\n  Dim s: s = \"x\"\n  Do\n    s = s & s\n  Loop\nEnd Sub\n"));
+    EXPECT_EQ(doubling.errorNumber, 14);
+    EXPECT_EQ(doubling.line, 4);
+}
+
 TEST_F(EngineFixture, CadConstantsAreDefaultsHostConstantsWin)
 {
     host.constants.insert(QStringLiteral("mcDocPART"), ScriptValue::fromLong(42));

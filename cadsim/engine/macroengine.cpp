@@ -7,6 +7,8 @@
 
 #include <QFile>
 
+#include <new>
+
 namespace cadsim {
 
 namespace {
@@ -30,6 +32,7 @@ int runCodeForError(int errorNumber)
     case 6:
         return RunCode::ValueOverflow;
     case 7:
+    case 14:
     case 28:
         return RunCode::OutOfMemory;
     case 9:
@@ -135,6 +138,9 @@ MacroResult MacroEngine::run(const QString &moduleName, const QString &procedure
         result.message = e.description();
         result.line = e.pos().line;
         result.column = e.pos().column;
+    } catch (const std::bad_alloc &) {
+        // Space(2000000000) and the like: the macro fails, the application lives on.
+        result = MacroResult{false, RunCode::OutOfMemory, 7, ScriptError::standardDescription(7), 0, 0};
     }
     interp.files().closeAll();
     if (!result.ok && m_host.messageBox) {

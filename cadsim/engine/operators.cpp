@@ -159,7 +159,11 @@ ScriptValue applyBinary(Op op, const ScriptValue &aIn, const ScriptValue &bIn, b
             return a;
         if (a.isArray() || b.isArray())
             throw ScriptError(ErrNo::TypeMismatch);
-        return ScriptValue::fromString((a.isNull() ? QString() : a.toString()) + (b.isNull() ? QString() : b.toString()));
+        const QString left = a.isNull() ? QString() : a.toString();
+        const QString right = b.isNull() ? QString() : b.toString();
+        if (left.size() + right.size() > kMaxStringLength)
+            throw ScriptError(14);
+        return ScriptValue::fromString(left + right);
     }
     if (a.isNull() || b.isNull())
         return ScriptValue::null();
@@ -187,8 +191,11 @@ ScriptValue applyBinary(Op op, const ScriptValue &aIn, const ScriptValue &bIn, b
     default:
         break;
     }
-    if (op == Op::Add && (a.isString() || a.isEmpty()) && (b.isString() || b.isEmpty()) && (a.isString() || b.isString()))
+    if (op == Op::Add && (a.isString() || a.isEmpty()) && (b.isString() || b.isEmpty()) && (a.isString() || b.isString())) {
+        if (a.toString().size() + b.toString().size() > kMaxStringLength)
+            throw ScriptError(14);
         return ScriptValue::fromString(a.toString() + b.toString());
+    }
     const double x = a.toDouble();
     const double y = b.toDouble();
     int rank = std::max(a.isString() ? 2 : numericRank(a), b.isString() ? 2 : numericRank(b));

@@ -28,6 +28,7 @@ QString ScriptError::standardDescription(int number)
         {10, QStringLiteral("This array is fixed or temporarily locked")},
         {11, QStringLiteral("Division by zero")},
         {13, QStringLiteral("Type mismatch")},
+        {14, QStringLiteral("Out of string space")},
         {20, QStringLiteral("Resume without error")},
         {28, QStringLiteral("Out of stack space")},
         {52, QStringLiteral("Bad file name or number")},

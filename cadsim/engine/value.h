@@ -110,6 +110,10 @@ struct ScriptArray {
 
 namespace cadsim {
 
+// Longest text a macro may build; longer ones raise 14 "Out of string space" instead of
+// taking the machine's memory.
+inline constexpr qsizetype kMaxStringLength = qsizetype(1) << 26;
+
 // Reads a number the way VBA converts strings ("  12.5 ", "-3", "1E3", "&HFF"): the whole text
 // must be the number, apart from surrounding blanks.
 bool parseVbNumber(const QString &text, double *out);
