@@ -359,6 +359,8 @@ TEST_F(EngineFixture, HugeStringsFailTheMacroNotTheProcess)
     const MacroResult doubling = runText(QStringLiteral("Sub main()\n  Dim s: s = \"x\"\n  Do\n    s = s & s\n  Loop\nEnd Sub\n"));
     EXPECT_EQ(doubling.errorNumber, 14);
     EXPECT_EQ(doubling.line, 4);
+    const MacroResult array = runText(QStringLiteral("Sub main()\n  ReDim a(100000, 100000, 100000)\nEnd Sub\n"));
+    EXPECT_EQ(array.errorNumber, 7);
 }
 
 TEST_F(EngineFixture, CadConstantsAreDefaultsHostConstantsWin)

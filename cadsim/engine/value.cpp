@@ -375,14 +375,17 @@ std::shared_ptr<ScriptArray> ScriptArray::create(const std::vector<Bound> &bound
 {
     auto a = std::make_shared<ScriptArray>();
     a->bounds = bounds;
+    // Four million elements are far more than macros use and keep a runaway ReDim from
+    // taking the machine's memory.
+    constexpr std::size_t kMaxElements = std::size_t(1) << 22;
     std::size_t n = bounds.empty() ? 0 : 1;
     for (const Bound &b : bounds) {
         if (b.count() < 0)
             throw ScriptError(ErrNo::SubscriptOutOfRange);
         n *= static_cast<std::size_t>(b.count());
+        if (n > kMaxElements)
+            throw ScriptError(7);
     }
-    if (n > 64u * 1024u * 1024u)
-        throw ScriptError(7);
     a->items.resize(n);
     return a;
 }
