@@ -24,8 +24,8 @@ void BM_OpenExportCloseDrawing(benchmark::State &state)
     QTemporaryDir scratch;
     CadApplication app(resolverFor(scratch));
     for (auto _ : state) {
-        auto spec = app.getOpenDocSpec(QStringLiteral("S:\\layout.mcddrw"));
-        ModelDocPtr doc = app.openDoc7(*spec);
+        auto openRequest = app.getOpenDocSpec(QStringLiteral("S:\\layout.mcddrw"));
+        ModelDocPtr doc = app.openDoc7(*openRequest);
         std::shared_ptr<ExportPdfData> data = app.exportFileData(cad::mcExportPdfData);
         int i = 0;
         for (const QString &sheet : doc->sheetNames()) {

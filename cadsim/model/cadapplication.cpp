@@ -48,23 +48,23 @@ template <class F> void CadApplication::notify(F &&f)
 
 std::unique_ptr<DocumentSpecification> CadApplication::getOpenDocSpec(const QString &fileName) const
 {
-    auto spec = std::make_unique<DocumentSpecification>();
-    spec->fileName = fileName;
+    auto openRequest = std::make_unique<DocumentSpecification>();
+    openRequest->fileName = fileName;
     const DocumentType type = nativeTypeOfExtension(winpath::extension(fileName));
-    spec->documentType = static_cast<std::int32_t>(type);
-    return spec;
+    openRequest->documentType = static_cast<std::int32_t>(type);
+    return openRequest;
 }
 
-ModelDocPtr CadApplication::openDoc7(DocumentSpecification &spec)
+ModelDocPtr CadApplication::openDoc7(DocumentSpecification &openRequest)
 {
-    spec.error = 0;
-    spec.warning = 0;
-    const auto type = static_cast<DocumentType>(spec.documentType);
-    if (spec.documentType < cad::mcDocPART || spec.documentType > cad::mcDocDRAWING) {
-        spec.error = cad::mcInvalidFileTypeError;
+    openRequest.error = 0;
+    openRequest.warning = 0;
+    const auto type = static_cast<DocumentType>(openRequest.documentType);
+    if (openRequest.documentType < cad::mcDocPART || openRequest.documentType > cad::mcDocDRAWING) {
+        openRequest.error = cad::mcInvalidFileTypeError;
         return nullptr;
     }
-    return openNative(spec.fileName, type, spec.configurationName, spec.error);
+    return openNative(openRequest.fileName, type, openRequest.configurationName, openRequest.error);
 }
 
 ModelDocPtr CadApplication::openDoc6(const QString &fileName, std::int32_t type, std::int32_t /*options*/,

@@ -55,7 +55,7 @@ public:
 
     // Opening and closing. Errors are type-library bits (mcFileNotFoundError...).
     std::unique_ptr<DocumentSpecification> getOpenDocSpec(const QString &fileName) const;
-    ModelDocPtr openDoc7(DocumentSpecification &spec);
+    ModelDocPtr openDoc7(DocumentSpecification &openRequest);
     ModelDocPtr openDoc6(const QString &fileName, std::int32_t type, std::int32_t options,
                          const QString &configuration, std::int32_t &errors, std::int32_t &warnings);
     ModelDocPtr loadFile4(const QString &fileName, const QString &argString, std::int32_t &errors);

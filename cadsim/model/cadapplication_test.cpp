@@ -15,12 +15,12 @@ protected:
 
     ModelDocPtr open(const QString &path, std::int32_t type, std::int32_t &errors)
     {
-        auto spec = app.getOpenDocSpec(path);
-        spec->documentType = type;
-        spec->readOnly = true;
-        spec->silent = true;
-        ModelDocPtr doc = app.openDoc7(*spec);
-        errors = spec->error;
+        auto openRequest = app.getOpenDocSpec(path);
+        openRequest->documentType = type;
+        openRequest->readOnly = true;
+        openRequest->silent = true;
+        ModelDocPtr doc = app.openDoc7(*openRequest);
+        errors = openRequest->error;
         return doc;
     }
 
@@ -33,8 +33,8 @@ protected:
 
 TEST_F(CadApplicationTest, OpensAPartWithItsConfigurations)
 {
-    const auto spec = app.getOpenDocSpec("S:\\bracket.mcdprt");
-    EXPECT_EQ(spec->documentType, cad::mcDocPART);
+    const auto openRequest = app.getOpenDocSpec("S:\\bracket.mcdprt");
+    EXPECT_EQ(openRequest->documentType, cad::mcDocPART);
 
     std::int32_t errors = -1;
     ModelDocPtr doc = open("S:\\bracket.mcdprt", cad::mcDocPART, errors);
@@ -56,9 +56,9 @@ TEST_F(CadApplicationTest, OpensAPartWithItsConfigurations)
 
 TEST_F(CadApplicationTest, OpenWithConfigurationNameShowsIt)
 {
-    auto spec = app.getOpenDocSpec("S:\\bracket.mcdprt");
-    spec->configurationName = "Default";
-    ModelDocPtr doc = app.openDoc7(*spec);
+    auto openRequest = app.getOpenDocSpec("S:\\bracket.mcdprt");
+    openRequest->configurationName = "Default";
+    ModelDocPtr doc = app.openDoc7(*openRequest);
     ASSERT_TRUE(doc);
     EXPECT_EQ(doc->activeConfiguration(), "Default");
 }
@@ -227,8 +227,8 @@ TEST_F(CadApplicationTest, DocumentsOutliveTheirApplicationSafely)
     {
         QTemporaryDir dir;
         CadApplication shortLived(testResolver(dir));
-        auto spec = shortLived.getOpenDocSpec("S:\\layout.mcddrw");
-        doc = shortLived.openDoc7(*spec);
+        auto openRequest = shortLived.getOpenDocSpec("S:\\layout.mcddrw");
+        doc = shortLived.openDoc7(*openRequest);
         ASSERT_TRUE(doc);
     }
     EXPECT_EQ(doc->application(), nullptr);

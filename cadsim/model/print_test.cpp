@@ -25,8 +25,8 @@ protected:
 
     ModelDocPtr open(const QString &path)
     {
-        auto spec = app.getOpenDocSpec(path);
-        return app.openDoc7(*spec);
+        auto openRequest = app.getOpenDocSpec(path);
+        return app.openDoc7(*openRequest);
     }
 
     QList<PrintRecord> spool()

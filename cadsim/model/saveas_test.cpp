@@ -21,8 +21,8 @@ protected:
 
     ModelDocPtr open(const QString &path)
     {
-        auto spec = app.getOpenDocSpec(path);
-        return app.openDoc7(*spec);
+        auto openRequest = app.getOpenDocSpec(path);
+        return app.openDoc7(*openRequest);
     }
 
     // Saves and returns the written description (empty when it failed).
@@ -211,9 +211,9 @@ TEST_F(SaveAsTest, NativeSaveWritesADocumentThatOpensAgain)
     ASSERT_TRUE(part->showConfiguration("A/B\\C"));
     ASSERT_TRUE(part->extension().saveAs("C:\\out\\copy.mcdprt", 0, cad::mcSaveAsOptions_Copy, nullptr, errors,
                                          warnings));
-    auto spec = app.getOpenDocSpec("C:\\out\\copy.mcdprt");
-    ModelDocPtr copy = app.openDoc7(*spec);
-    ASSERT_TRUE(copy) << spec->error;
+    auto openRequest = app.getOpenDocSpec("C:\\out\\copy.mcdprt");
+    ModelDocPtr copy = app.openDoc7(*openRequest);
+    ASSERT_TRUE(copy) << openRequest->error;
     EXPECT_NE(copy, part);
     EXPECT_EQ(copy->configurationNames(), part->configurationNames());
     EXPECT_EQ(copy->activeConfiguration(), "A/B\\C");

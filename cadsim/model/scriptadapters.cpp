@@ -72,7 +72,7 @@ private:
 class ScriptDocSpec final : public ModelScriptObject
 {
 public:
-    explicit ScriptDocSpec(std::unique_ptr<DocumentSpecification> spec) : m_spec(std::move(spec))
+    explicit ScriptDocSpec(std::unique_ptr<DocumentSpecification> openRequest) : m_spec(std::move(openRequest))
     {
         DocumentSpecification &s = *m_spec;
         property("FileName", [&s] { return ScriptValue::fromString(s.fileName); },
@@ -91,7 +91,7 @@ public:
         property("Warning", [&s] { return ScriptValue::fromLong(s.warning); });
     }
     QString typeName() const override { return QStringLiteral("DocumentSpecification"); }
-    DocumentSpecification &spec() { return *m_spec; }
+    DocumentSpecification &openRequest() { return *m_spec; }
 
 private:
     std::unique_ptr<DocumentSpecification> m_spec;
@@ -314,10 +314,10 @@ void ScriptCadApplication::addMembers()
         return object(std::make_shared<ScriptDocSpec>(app.getOpenDocSpec(arg(args, 0).toString())));
     });
     method("OpenDoc7", [self, &app](CallKind, ScriptArgs &args) {
-        auto spec = std::dynamic_pointer_cast<ScriptDocSpec>(arg(args, 0).toObject());
-        if (!spec)
+        auto openRequest = std::dynamic_pointer_cast<ScriptDocSpec>(arg(args, 0).toObject());
+        if (!openRequest)
             throw ScriptError(ErrNo::TypeMismatch);
-        return self()->wrapValue(app.openDoc7(spec->spec()));
+        return self()->wrapValue(app.openDoc7(openRequest->openRequest()));
     });
     method("OpenDoc6", [self, &app](CallKind, ScriptArgs &args) {
         std::int32_t errors = 0, warnings = 0;

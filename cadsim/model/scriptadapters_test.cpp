@@ -68,14 +68,14 @@ protected:
 
     std::shared_ptr<ScriptObject> openNative(const char *path, std::int32_t *error = nullptr)
     {
-        auto spec = get(app, "GetOpenDocSpec", {str(path)}).toObject();
-        let(spec, "ReadOnly", ScriptValue::fromBool(true));
-        let(spec, "Silent", ScriptValue::fromBool(true));
-        let(spec, "ConfigurationName", str(""));
-        let(spec, "DisplayState", str(""));
-        const ScriptValue doc = get(app, "OpenDoc7", {ScriptValue::fromObject(spec)});
+        auto openRequest = get(app, "GetOpenDocSpec", {str(path)}).toObject();
+        let(openRequest, "ReadOnly", ScriptValue::fromBool(true));
+        let(openRequest, "Silent", ScriptValue::fromBool(true));
+        let(openRequest, "ConfigurationName", str(""));
+        let(openRequest, "DisplayState", str(""));
+        const ScriptValue doc = get(app, "OpenDoc7", {ScriptValue::fromObject(openRequest)});
         if (error)
-            *error = get(spec, "Error").toLong();
+            *error = get(openRequest, "Error").toLong();
         return doc.isNothing() ? nullptr : doc.toObject();
     }
 
@@ -120,8 +120,8 @@ TEST_F(ScriptAdaptersTest, UnknownMembersMissingArgumentsAndReadOnlyProperties)
     EXPECT_EQ(errorOf([&] { get(app, "NoSuchMember"); }), 438);
     EXPECT_EQ(errorOf([&] { get(app, "GetOpenDocSpec"); }), 449);
     EXPECT_EQ(errorOf([&] { get(app, "QuitDoc", {ScriptValue::missing()}); }), 449);
-    auto spec = get(app, "GetOpenDocSpec", {str("S:\\shaft.mcdprt")}).toObject();
-    EXPECT_EQ(errorOf([&] { let(spec, "Error", ScriptValue::fromLong(0)); }), 438);
+    auto openRequest = get(app, "GetOpenDocSpec", {str("S:\\shaft.mcdprt")}).toObject();
+    EXPECT_EQ(errorOf([&] { let(openRequest, "Error", ScriptValue::fromLong(0)); }), 438);
     EXPECT_EQ(errorOf([&] { get(app, "OpenDoc7", {ScriptValue::fromObject(app)}); }), 13);
 }
 
