@@ -71,6 +71,7 @@ struct VarDecl {
     bool isArray = false;           // declared with parentheses
     std::vector<Dimension> dims;    // empty with isArray: dynamic array
     bool isNew = false;             // As New ...
+    QString className;              // the class of As New
 };
 
 enum class StmtKind {

@@ -1,6 +1,7 @@
 #include "cadsim/engine/interpreter.h"
 
 #include "cadsim/engine/builtins.h"
+#include "cadsim/engine/collections.h"
 #include "cadsim/engine/fso.h"
 #include "cadsim/engine/operators.h"
 
@@ -52,6 +53,11 @@ ScriptValue Interpreter::createObject(const QString &progId)
         if (auto obj = m_host.createObject(progId.toLower()))
             return ScriptValue::fromObject(obj);
     }
+    const QString id = progId.toLower();
+    if (id == QLatin1String("scripting.dictionary"))
+        return ScriptValue::fromObject(makeDictionary());
+    if (id == QLatin1String("collection") || id == QLatin1String("vba.collection"))
+        return ScriptValue::fromObject(makeCollection());
     if (progId.compare(QLatin1String("Scripting.FileSystemObject"), Qt::CaseInsensitive) == 0)
         return ScriptValue::fromObject(std::make_shared<FileSystemObject>([this](const QString &p) { return resolvePath(p); }));
     throw ScriptError(ErrNo::CannotCreateObject);
@@ -229,7 +235,7 @@ void Interpreter::initialize()
             if (d.isArray)
                 v.value = d.dims.empty() ? ScriptValue::fromArray(std::make_shared<ScriptArray>()) : newArray(d.dims, d.type);
             else if (d.isNew)
-                v.value = createObject(QString());
+                v.value = createObject(d.className);
             else
                 v.value = initialValue(d.type);
         } catch (ScriptError &e) {
@@ -594,7 +600,7 @@ void Interpreter::execDim(const Stmt &s)
             v.fixedArray = !d.dims.empty();
             v.type = DeclType::Variant;
         } else if (d.isNew) {
-            v.value = createObject(QString());
+            v.value = createObject(d.className);
         } else {
             v.value = initialValue(d.type);
         }

@@ -233,7 +233,7 @@ void Parser::parseConstList(std::vector<ConstDecl> &out)
     } while (acceptOp(","));
 }
 
-DeclType Parser::parseAsType(bool *isNew)
+DeclType Parser::parseAsType(bool *isNew, QString *className)
 {
     if (acceptWord("new")) {
         if (isNew)
@@ -249,6 +249,8 @@ DeclType Parser::parseAsType(bool *isNew)
         dotted = true;
         name += QLatin1Char('.') + expectIdentifier().toLower();
     }
+    if (className)
+        *className = name;
     if (name == QLatin1String("string") && acceptOp("*")) {
         if (!next().is(TokenKind::Number))
             fail(QStringLiteral("Syntax error"));
@@ -296,7 +298,7 @@ VarDecl Parser::parseVarDecl(bool redim)
         fail(QStringLiteral("Expected: ("));
     }
     if (acceptWord("as"))
-        d.type = parseAsType(&d.isNew);
+        d.type = parseAsType(&d.isNew, &d.className);
     return d;
 }
 

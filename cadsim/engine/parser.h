@@ -39,7 +39,7 @@ private:
     void collectLabels(Procedure &proc, const Block &block, bool topLevel);
     DeclareProc parseDeclare();
     std::vector<Param> parseParams();
-    DeclType parseAsType(bool *isNew = nullptr);
+    DeclType parseAsType(bool *isNew = nullptr, QString *className = nullptr);
     VarDecl parseVarDecl(bool redim);
     void parseConstList(std::vector<ConstDecl> &out);
 
