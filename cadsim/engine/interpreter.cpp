@@ -387,6 +387,13 @@ Interpreter::Flow Interpreter::runBody(Frame &frame)
         }
         if (flow == Flow::ExitProc)
             return flow;
+        if (flow == Flow::ResumeHere)
+            continue; // run the failed statement again
+        if (flow == Flow::ResumeNext) {
+            // Resume from a handler that was reached by a jump: the statement after the failed one.
+            i = frame.resumeIndex + 1;
+            continue;
+        }
         if (flow == Flow::Jump) {
             if (frame.jumpIndex < 0) {
                 // A label inside a block that is not open here: VBA cannot jump into blocks either.
@@ -402,6 +409,8 @@ Interpreter::Flow Interpreter::runBody(Frame &frame)
     return Flow::Normal;
 }
 
+// The handler runs right where the error happened, so that Resume Next continues inside the
+// loop or block that failed, with its state intact.
 Interpreter::Flow Interpreter::handleError(ScriptError &error, const Stmt &s)
 {
     setPosIfUnknown(error, s.pos);
@@ -413,7 +422,44 @@ Interpreter::Flow Interpreter::handleError(ScriptError &error, const Stmt &s)
         return Flow::Normal;
     frame.inHandler = true;
     frame.resumeIndex = frame.topIndex;
-    return jumpTo(frame.errorLabel, s.pos);
+    const auto it = frame.proc->labels.constFind(frame.errorLabel);
+    if (it == frame.proc->labels.constEnd() || *it < 0)
+        return jumpTo(frame.errorLabel, s.pos); // a handler inside a block: jump there
+    const Flow flow = runHandler(frame, *it);
+    if (flow == Flow::ResumeNext)
+        return Flow::Normal;
+    return flow;
+}
+
+Interpreter::Flow Interpreter::runHandler(Frame &frame, int labelIndex)
+{
+    const Block &body = frame.proc->body;
+    int i = labelIndex;
+    while (i < static_cast<int>(body.size())) {
+        Flow flow = Flow::Normal;
+        try {
+            flow = exec(*body[i]);
+        } catch (ScriptError &e) {
+            flow = handleError(e, *body[i]); // after a Resume the frame may trap again
+        }
+        switch (flow) {
+        case Flow::Normal:
+        case Flow::ExitFor:
+        case Flow::ExitDo:
+            ++i;
+            break;
+        case Flow::Jump:
+            // Resume label unwinds to the procedure's level; a GoTo inside the handler stays here.
+            if (frame.jumpIndex < 0 || !frame.inHandler)
+                return flow;
+            i = frame.jumpIndex;
+            frame.jumpIndex = -1;
+            break;
+        default:
+            return flow;
+        }
+    }
+    return Flow::ExitProc; // the handler ran to End Sub
 }
 
 Interpreter::Flow Interpreter::jumpTo(const QString &label, SourcePos pos)
@@ -436,6 +482,10 @@ Interpreter::Flow Interpreter::execBlock(const Block &block)
             flow = exec(s);
         } catch (ScriptError &e) {
             flow = handleError(e, s);
+        }
+        if (flow == Flow::ResumeHere) {
+            --i; // run the failed statement again
+            continue;
         }
         if (flow == Flow::Jump) {
             Frame &frame = *m_frames.back();
@@ -577,11 +627,9 @@ Interpreter::Flow Interpreter::execResume(const Stmt &s)
     m_err->clear();
     switch (s.resume) {
     case ResumeMode::Here:
-        frame.jumpIndex = frame.resumeIndex;
-        return Flow::Jump;
+        return Flow::ResumeHere;
     case ResumeMode::Next:
-        frame.jumpIndex = frame.resumeIndex + 1;
-        return Flow::Jump;
+        return Flow::ResumeNext;
     case ResumeMode::Label:
         break;
     }

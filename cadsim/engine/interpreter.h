@@ -67,10 +67,12 @@ private:
         QString jumpLabel;     // pending GoTo to a label inside a block
         std::vector<ScriptValue> withStack;
     };
-    enum class Flow { Normal, ExitFor, ExitDo, ExitProc, Jump };
+    // ResumeNext/ResumeHere come out of an error handler back to the statement that failed.
+    enum class Flow { Normal, ExitFor, ExitDo, ExitProc, Jump, ResumeNext, ResumeHere };
 
     ScriptValue invokeProcedure(const Procedure &proc, const std::vector<Arg> &args, const std::vector<ScriptValue> *values);
     Flow runBody(Frame &frame);
+    Flow runHandler(Frame &frame, int labelIndex);
     Flow execBlock(const Block &block);
     Flow exec(const Stmt &s);
     Flow handleError(ScriptError &error, const Stmt &s);
