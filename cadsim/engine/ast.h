@@ -115,6 +115,7 @@ struct Stmt {
     SourcePos pos;
     std::vector<VarDecl> decls;           // Dim / ReDim (with ReDim targets as decls)
     bool preserve = false;                // ReDim Preserve
+    bool isStatic = false;                // Static: the values outlive the call
     ExprPtr target;                       // Assign/SetAssign target, Call expression, For variable, With object, LineInput var
     ExprPtr value;                        // Assign value, Const value, Select subject, For start, OnError..., Open path, Print/file number
     ExprPtr limit;                        // For end, Open file number

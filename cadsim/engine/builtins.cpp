@@ -329,6 +329,15 @@ ScriptValue fnCLng(Interpreter &, Args &a) { return ScriptValue::fromLong(a[0].t
 ScriptValue fnCDbl(Interpreter &, Args &a) { return ScriptValue::fromDouble(a[0].toDouble()); }
 ScriptValue fnCBool(Interpreter &, Args &a) { return ScriptValue::fromBool(a[0].toBool()); }
 ScriptValue fnCVar(Interpreter &, Args &a) { return a[0]; }
+ScriptValue fnCByte(Interpreter &, Args &a)
+{
+    const std::int32_t n = a[0].toLong();
+    if (n < 0 || n > 255)
+        throw ScriptError(ErrNo::Overflow);
+    return ScriptValue::fromInteger(static_cast<std::int16_t>(n));
+}
+// Both branches are evaluated before the call, as in VBA.
+ScriptValue fnIIf(Interpreter &, Args &a) { return !a[0].isNull() && a[0].toBool() ? a[1] : a[2]; }
 ScriptValue fnCDate(Interpreter &, Args &a)
 {
     if (a[0].isString()) {
@@ -747,6 +756,8 @@ const QHash<QString, Builtin> &table()
         {QStringLiteral("cbool"), {fnCBool, 1, 1}},
         {QStringLiteral("cstr"), {fnCStr, 1, 1}},
         {QStringLiteral("cvar"), {fnCVar, 1, 1}},
+        {QStringLiteral("cbyte"), {fnCByte, 1, 1}},
+        {QStringLiteral("iif"), {fnIIf, 3, 3}},
         {QStringLiteral("cdate"), {fnCDate, 1, 1}},
         {QStringLiteral("isempty"), {fnIsEmpty, 1, 1}},
         {QStringLiteral("isnull"), {fnIsNull, 1, 1}},

@@ -652,6 +652,19 @@ void Interpreter::execDim(const Stmt &s)
         } else {
             v.value = initialValue(d.type);
         }
+        if (s.isStatic) {
+            // The first run of the Static statement creates the storage; later calls reuse it.
+            const QString key = frame.proc->lower + QLatin1Char('.') + d.lower;
+            auto it = m_statics.find(key);
+            if (it == m_statics.end())
+                it = m_statics.emplace(key, std::move(v)).first;
+            Variable local;
+            local.type = it->second.type;
+            local.fixedArray = it->second.fixedArray;
+            local.ref = &it->second.value;
+            frame.locals[d.lower] = std::move(local);
+            continue;
+        }
         frame.locals[d.lower] = std::move(v);
     }
 }

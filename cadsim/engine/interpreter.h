@@ -118,6 +118,7 @@ private:
     FileTable m_files;
     QStringList m_dirMatches;
     QHash<QString, ScriptValue> m_constants; // host constants over the defaults
+    std::unordered_map<QString, Variable> m_statics; // "procedure.variable" -> Static storage
     int m_depth = 0;
 };
 

@@ -535,9 +535,9 @@ StmtPtr Parser::parseStatement()
             fail(QStringLiteral("Invalid inside procedure"));
         next();
         auto s = std::make_unique<Stmt>(StmtKind::Dim, t.pos);
-        if (peek().isWord("const")) {
+        s->isStatic = w == QLatin1String("static");
+        if (peek().isWord("const"))
             fail(QStringLiteral("Syntax error"));
-        }
         do {
             s->decls.push_back(parseVarDecl(false));
         } while (acceptOp(","));
