@@ -190,14 +190,12 @@ HRESULT ApplicationObject::runMacro(AutomationCall &call, bool withErrorCode)
     auto pending = call.defer();
     if (withErrorCode && pending->args().size() < 5)
         pending->args().resize(5);
-    AutomationServer *server = &call.server();
-    const bool started = m_runs.start(path, module, procedure, [pending, withErrorCode, server,
-                                                                after = m_afterRun](MacroOutcome outcome) {
+    const bool started = m_runs.start(path, module, procedure, [pending, withErrorCode, crash = m_crash](
+                                                                    MacroOutcome outcome, bool lastBeforeCrash) {
         if (withErrorCode)
             pending->args()[4] = Variant::fromI4(outcome.errorCode);
-        pending->complete(S_OK, Variant::fromBool(outcome.ok));
-        if (after) // queued behind the reply
-            QMetaObject::invokeMethod(server, after, Qt::QueuedConnection);
+        // One hand-over to the server's thread: the answer, then the crash.
+        pending->complete(S_OK, Variant::fromBool(outcome.ok), lastBeforeCrash ? crash : std::function<void()>());
     });
     if (!started)
         pending->complete(RPC_E_CALL_REJECTED);

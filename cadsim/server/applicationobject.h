@@ -47,8 +47,9 @@ public:
 
     // Called after the reply to an exit request (not called when exit is refused).
     void setExitHandler(std::function<void()> handler) { m_exit = std::move(handler); }
-    // Called on the server thread after the reply to a run call was sent.
-    void setAfterRunHandler(std::function<void()> handler) { m_afterRun = std::move(handler); }
+    // Called on the server thread right after answering the run call after
+    // which the process is to crash (MCSIM_CRASH_AFTER).
+    void setCrashHandler(std::function<void()> handler) { m_crash = std::move(handler); }
 
     // The leading number of the revision text ("21.0.0" -> 21; 0 when none).
     static int revisionMajor(const QString &revision);
@@ -68,5 +69,5 @@ private:
     bool m_backgroundMode = false;
     bool m_userControl = true;
     std::function<void()> m_exit;
-    std::function<void()> m_afterRun;
+    std::function<void()> m_crash;
 };

@@ -3,6 +3,7 @@
 #include "platform/automation/processmemory.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QFile>
@@ -43,7 +44,34 @@ protected:
     void startAndConnect(const QStringList &arguments = {})
     {
         ASSERT_TRUE(m_sim->start(arguments));
-        ASSERT_TRUE(m_sim->connectApplication(m_client)) << m_sim->process().readAllStandardError().toStdString();
+        ASSERT_TRUE(m_sim->connectApplication(m_client))
+            << "state " << m_sim->process().state() << " exit " << m_sim->process().exitCode() << " status "
+            << m_sim->process().exitStatus() << ": " << m_sim->process().readAllStandardError().toStdString();
+    }
+
+    // A run call from a thread of its own, with a client of its own (a client
+    // belongs to the thread that connected it).
+    // (Sockets need a thread that Qt started.)
+    std::future<AutomationReply> runMacro2Async(int timeoutMs)
+    {
+        const QString endpoint = m_sim->table().lookup(QStringLiteral("Mecadra_PID_%1").arg(m_sim->pid()));
+        auto task = std::make_shared<std::packaged_task<AutomationReply()>>([this, endpoint, timeoutMs] {
+            AutomationClient client;
+            if (client.connectTo(endpoint) != S_OK)
+                return AutomationReply{RPC_S_SERVER_UNAVAILABLE, {}, {}};
+            return runMacro2(client, timeoutMs);
+        });
+        std::future<AutomationReply> result = task->get_future();
+        m_threads.emplace_back(QThread::create([task] { (*task)(); }));
+        m_threads.back()->start();
+        return result;
+    }
+
+    void TearDown() override
+    {
+        m_sim.reset(); // ends the process, which ends every pending call
+        for (auto &thread : m_threads)
+            thread->wait();
     }
 
     AutomationReply runMacro2(AutomationClient &client, int timeoutMs = 0)
@@ -78,6 +106,7 @@ protected:
         return 0;
     }
 
+    std::vector<std::unique_ptr<QThread>> m_threads;
     std::unique_ptr<McsimProcess> m_sim;
     AutomationClient m_client;
     QString m_macro;
@@ -242,7 +271,7 @@ TEST_F(McsimTest, ShowWindowFaultBlocksTheMacroUntilTheWindowIsAnswered)
     AutomationClient watcher; // the dialog watcher's own connection
     ASSERT_TRUE(m_sim->connectWindows(watcher));
 
-    auto run = std::async(std::launch::async, [this] { return runMacro2(m_client, 10000); });
+    auto run = runMacro2Async(10000);
     QString parentTitle;
     const std::int32_t box = waitForWindow(watcher, title, &parentTitle);
     ASSERT_NE(box, 0);
@@ -320,4 +349,144 @@ TEST_F(McsimTest, GrowFaultRaisesTheWorkingSetByTheAmountPerMacro)
     ASSERT_TRUE(grown.has_value());
     EXPECT_GE(*grown, *baseline + 78u * 1024 * 1024);
     EXPECT_LT(*grown, *baseline + 120u * 1024 * 1024);
+}
+
+namespace {
+
+void writeMacro(const QString &path, const QString &text)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(text.toLatin1());
+}
+
+} // namespace
+
+TEST_F(McsimTest, RunCallsReportCompileAndProcedureFailuresWithTheirCodes)
+{
+    startAndConnect();
+    AutomationReply reply = runMacro2(m_client);
+    ASSERT_TRUE(reply.ok());
+    EXPECT_TRUE(reply.value.toBool());
+    EXPECT_EQ(reply.out.at(4).toI4(), 0);
+
+    writeMacro(m_macro, QStringLiteral("Sub main()\r\n    NoSuchProcedure 1\r\nEnd Sub\r\n"));
+    reply = runMacro2(m_client);
+    ASSERT_TRUE(reply.ok());
+    EXPECT_FALSE(reply.value.toBool());
+    EXPECT_EQ(reply.out.at(4).toI4(), 8); // Sub or Function expected
+
+    writeMacro(m_macro, QStringLiteral("Sub other()\r\nEnd Sub\r\n"));
+    reply = runMacro2(m_client);
+    EXPECT_FALSE(reply.value.toBool());
+    EXPECT_EQ(reply.out.at(4).toI4(), 6); // invalid procedure name
+
+    m_macro += QStringLiteral(".missing");
+    reply = runMacro2(m_client);
+    EXPECT_FALSE(reply.value.toBool());
+    EXPECT_EQ(reply.out.at(4).toI4(), 28); // file open failed
+}
+
+TEST_F(McsimTest, MsgBoxInAMacroWaitsForTheWindowService)
+{
+    writeMacro(m_macro, QStringLiteral("Sub main()\r\n    If MsgBox(\"Go on?\", vbOKCancel) = vbCancel Then Err.Raise 5\r\nEnd Sub\r\n"));
+    startAndConnect();
+    AutomationClient watcher;
+    ASSERT_TRUE(m_sim->connectWindows(watcher));
+    for (const std::uint32_t message : {kKeyDown, 0x0010u}) { // Enter: OK, then Close: Cancel
+        auto run = runMacro2Async(10000);
+        std::int32_t box = 0;
+        const QDeadlineTimer deadline(5000);
+        while (box == 0 && !deadline.hasExpired()) {
+            const auto list = windows(watcher); // the frame first, then the box; both "Mecadra"
+            if (list.size() == 2 && list[1].items().at(1).toText() == QStringLiteral("Mecadra"))
+                box = list[1].items().at(0).toI4();
+            else
+                QThread::msleep(2);
+        }
+        ASSERT_NE(box, 0);
+        EXPECT_TRUE(watcher.call("Windows", "PostMessage", {Variant::fromI4(box), Variant::fromI4(message), Variant::fromI4(kVkReturn)}).ok());
+        if (message == kKeyDown) {
+            const AutomationReply reply = run.get();
+            EXPECT_TRUE(reply.value.toBool());
+            continue;
+        }
+        // Cancel raises an unhandled error: its box must be answered as well.
+        std::int32_t errorBox = 0;
+        const QDeadlineTimer errorDeadline(5000);
+        while (errorBox == 0 && !errorDeadline.hasExpired()) {
+            const auto list = windows(watcher);
+            if (list.size() == 2)
+                errorBox = list[1].items().at(0).toI4();
+            else
+                QThread::msleep(2);
+        }
+        ASSERT_NE(errorBox, 0);
+        EXPECT_TRUE(watcher.call("Windows", "PostMessage", {Variant::fromI4(errorBox), Variant::fromI4(kKeyDown), Variant::fromI4(kVkReturn)}).ok());
+        const AutomationReply reply = run.get();
+        EXPECT_FALSE(reply.value.toBool());
+        EXPECT_EQ(reply.out.at(4).toI4(), 12); // unhandled exception
+    }
+}
+
+TEST_F(McsimTest, AMacroSavingAFileIsAnnouncedToTheConnectedAddInFirst)
+{
+    const QString output = m_sim->home() + QStringLiteral("/out/bracket.step");
+    QDir().mkpath(m_sim->home() + QStringLiteral("/out"));
+    writeMacro(m_macro, QStringLiteral(
+        "Dim mcApp As Object\r\n"
+        "Sub main()\r\n"
+        "    Dim errors As Long, warnings As Long, model As Object\r\n"
+        "    Set mcApp = Application.Cadrix\r\n"
+        "    Set model = mcApp.OpenDoc6(\"%1\", 1, 0, \"\", errors, warnings)\r\n"
+        "    model.Extension.SaveAs \"%2\", 0, 1, Nothing, errors, warnings\r\n"
+        "    mcApp.CloseAllDocuments True\r\n"
+        "End Sub\r\n").arg(QStringLiteral(MCTASK_SAMPLES_DIR "/bracket.mcdprt"), output));
+
+    struct Sink final : AutomationEventSink {
+        AutomationClient *client = nullptr;
+        ObjectHandle app = 0;
+        std::vector<int> seen; // dispatch ids; documents' as 100 + id
+        bool existedWhenAnnounced = true;
+        QString announced;
+        HRESULT onEvent(const AutomationEvent &event) override
+        {
+            if (event.source == app) {
+                seen.push_back(event.dispId);
+                const AutomationValue doc = client->call("Application", "ActiveDoc").value;
+                if (!doc.isNothing())
+                    client->call(doc, "Advise");
+            } else {
+                seen.push_back(100 + event.dispId);
+                if (event.dispId == 7) {
+                    announced = event.args.at(0).toText();
+                    existedWhenAnnounced = QFile::exists(announced);
+                }
+            }
+            return S_OK;
+        }
+    } sink;
+    startAndConnect();
+    sink.client = &m_client;
+    m_client.setEventSink(&sink);
+    sink.app = m_client.call("Application", "Advise").value.handle();
+
+    const AutomationReply reply = runMacro2(m_client, 10000);
+    if (!reply.ok()) { // say why: a failing macro leaves its error box open
+        AutomationClient watcher;
+        if (m_sim->connectWindows(watcher, 200)) {
+            for (const AutomationValue &entry : windows(watcher))
+                ADD_FAILURE() << entry.items().at(4).toText().toStdString();
+        } else if (m_sim->waitForExit(1000)) {
+            ADD_FAILURE() << "mcsim ended: " << m_sim->process().exitStatus() << " "
+                          << m_sim->process().readAllStandardError().toStdString();
+        }
+    }
+    ASSERT_TRUE(reply.ok());
+    EXPECT_TRUE(reply.value.toBool()) << reply.out.at(4).toI4();
+    EXPECT_EQ(sink.announced, output);
+    EXPECT_FALSE(sink.existedWhenAnnounced);
+    EXPECT_TRUE(QFile::exists(output));
+    // Opened, activated (7 and 22), saving, destroyed.
+    EXPECT_EQ(sink.seen, (std::vector<int>{12, 7, 22, 107, 102}));
 }

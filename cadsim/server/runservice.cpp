@@ -20,16 +20,12 @@ bool RunService::start(const QString &nativePath, const QString &module, const Q
     // leaves with _exit.
     std::thread([this, number, nativePath, module, procedure, done = std::move(done)] {
         const MacroOutcome outcome = execute(number, nativePath, module, procedure);
+        const bool lastBeforeCrash = m_faults.crashAfterMacros > 0 && number >= m_faults.crashAfterMacros;
         ++m_finished;
         m_busy = false;
-        done(outcome);
+        done(outcome, lastBeforeCrash);
     }).detach();
     return true;
-}
-
-bool RunService::crashDue() const
-{
-    return m_faults.crashAfterMacros > 0 && m_finished >= m_faults.crashAfterMacros;
 }
 
 std::size_t RunService::grownBytes() const

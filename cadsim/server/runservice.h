@@ -17,20 +17,18 @@
 class RunService final
 {
 public:
-    using Done = std::function<void(MacroOutcome)>;
+    // lastBeforeCrash: the process is to end right after answering this run.
+    using Done = std::function<void(MacroOutcome outcome, bool lastBeforeCrash)>;
 
     RunService(const FaultConfig &faults, WindowService &windows, MacroRunner &runner);
     ~RunService();
 
     // False (and nothing runs) while another macro is running. done is called
-    // on the worker thread when the macro ends.
+    // on the worker thread when the macro ends, as the worker's last act.
     bool start(const QString &nativePath, const QString &module, const QString &procedure, Done done);
 
     int macrosStarted() const { return m_started; }
     bool busy() const { return m_busy; }
-    // True once the configured number of macros has run: the caller ends the
-    // process after answering.
-    bool crashDue() const;
     std::size_t grownBytes() const;
 
 private:

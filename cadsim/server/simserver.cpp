@@ -32,10 +32,7 @@ SimServer::SimServer(Options options, const RunnerFactory &makeRunner, QObject *
     m_appObject = std::make_shared<ApplicationObject>(*m_app, m_documents, m_windows, m_runs, process,
                                                       m_options.faults.refuseExit);
     m_appObject->setExitHandler([this] { emit exitRequested(); });
-    m_appObject->setAfterRunHandler([this] {
-        if (m_runs.crashDue())
-            emit crashRequested();
-    });
+    m_appObject->setCrashHandler([this] { emit crashRequested(); });
 
     auto windowsObject = std::make_shared<WindowsObject>(m_windows, m_options.processId);
     m_appServer.addRoot(kApplicationRoot, m_appObject);

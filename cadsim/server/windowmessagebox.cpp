@@ -6,12 +6,12 @@ enum VbAnswer { vbOK = 1, vbCancel = 2, vbAbort = 3, vbRetry = 4, vbIgnore = 5, 
 
 } // namespace
 
-int WindowMessageBox::showMessage(const QString &title, const QString &, int buttons)
+int WindowMessageBox::showMessage(const QString &title, const QString &prompt, int buttons)
 {
     // Boxes of the stand-in carry its name whatever title the macro asked for
     // when it gave none.
     const QString caption = title.isEmpty() ? QStringLiteral("Mecadra") : title;
-    return answerFor(buttons, m_windows.showModal(caption));
+    return answerFor(buttons, m_windows.showModal(caption, 0, prompt));
 }
 
 int WindowMessageBox::answerFor(int buttons, WindowService::Answer answer)

@@ -25,7 +25,7 @@ void WindowService::setTitle(WindowId id, const QString &title)
         found->second.info.title = title;
 }
 
-WindowService::Answer WindowService::showModal(const QString &title, WindowId parent)
+WindowService::Answer WindowService::showModal(const QString &title, WindowId parent, const QString &text)
 {
     std::unique_lock lock(m_mutex);
     if (m_abandoned)
@@ -36,6 +36,7 @@ WindowService::Answer WindowService::showModal(const QString &title, WindowId pa
     window.info.id = id;
     window.info.title = title;
     window.info.parent = parent;
+    window.info.text = text;
     window.info.modal = true;
     m_answered.wait(lock, [&] { return m_abandoned || m_windows.at(id).answered; });
     const Answer answer = m_windows.at(id).answered ? m_windows.at(id).answer : Answer::Abandoned;

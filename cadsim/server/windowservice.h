@@ -39,6 +39,7 @@ public:
         QString title;
         WindowId parent = 0;
         QString parentTitle;
+        QString text; // what a message box says
         bool visible = true;
         bool modal = false;
     };
@@ -48,7 +49,7 @@ public:
     void setTitle(WindowId id, const QString &title);
 
     // Shows a modal box and waits for its answer; the box is gone afterwards.
-    Answer showModal(const QString &title, WindowId parent = 0);
+    Answer showModal(const QString &title, WindowId parent = 0, const QString &text = {});
 
     // Top-level windows, oldest first (what enumerating windows would give).
     std::vector<WindowInfo> list() const;

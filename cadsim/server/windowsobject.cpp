@@ -12,6 +12,7 @@ HRESULT WindowsObject::invoke(const QString &name, AutomationCall &call)
                 Variant::fromBStr(window.title),
                 Variant::fromBStr(window.parentTitle),
                 Variant::fromBool(window.visible),
+                Variant::fromBStr(window.text),
             }));
         }
         call.setResult(AutomationValue::fromArray(std::move(entries)));

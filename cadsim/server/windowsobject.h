@@ -4,7 +4,7 @@
 #include "platform/automation/automationserver.h"
 
 // The window service as callers reach it ("Windows"): List gives one entry
-// per top-level window [handle, title, parent title, visible]; PostMessage
+// per top-level window [handle, title, parent title, visible, text]; PostMessage
 // (handle, message, wParam) and ShowWindow (handle, command) act on one.
 class WindowsObject final : public AutomationObject
 {

@@ -18,6 +18,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <future>
 #include <cstring>
 #include <thread>
 
@@ -253,32 +254,35 @@ TEST_F(ChannelTest, EventsArriveOnTheCallingThreadDuringTheCall)
 
 TEST_F(ChannelTest, EventsReachEveryAdvisedConnectionAndWaitForAll)
 {
-    AutomationClient first;
+    // first waits in a call on its own thread (a client belongs to the thread
+    // that connected it); second is idle here, so the event waits for it
+    // until it pumps.
     AutomationClient second;
-    RecordingSink firstSink;
-    first.setEventSink(&firstSink);
-    ASSERT_EQ(first.connectTo(m_endpoint), S_OK);
-    ASSERT_EQ(second.connectTo(m_endpoint), S_OK);
-    ASSERT_TRUE(first.call("Counter", "Advise").ok());
-    ASSERT_TRUE(second.call("Counter", "Advise").ok());
-    EXPECT_EQ(onServer([&] { return m_server->advisedCount(m_counter); }), 2);
-
-    // first waits in a call; second is idle, so the event waits for it until
-    // it pumps or goes away.
-    std::atomic<bool> answered{false};
-    AutomationReply reply;
-    std::thread caller([&] {
-        reply = first.call("Counter", "Later", {Variant::fromI4(3), AutomationValue()});
-        answered = true;
-    });
     RecordingSink secondSink;
     second.setEventSink(&secondSink);
+    ASSERT_EQ(second.connectTo(m_endpoint), S_OK);
+    ASSERT_TRUE(second.call("Counter", "Advise").ok());
+
+    std::promise<void> advised;
+    RecordingSink firstSink;
+    AutomationReply reply;
+    // Sockets need a thread that Qt started.
+    std::unique_ptr<QThread> caller(QThread::create([&] {
+        AutomationClient first;
+        first.setEventSink(&firstSink);
+        first.connectTo(m_endpoint);
+        first.call("Counter", "Advise");
+        advised.set_value();
+        reply = first.call("Counter", "Later", {Variant::fromI4(3), AutomationValue()});
+    }));
+    caller->start();
+    advised.get_future().wait();
+    EXPECT_EQ(onServer([&] { return m_server->advisedCount(m_counter); }), 2);
     int handled = 0;
     for (int i = 0; i < 500 && handled == 0; ++i)
         handled += second.processEvents(20);
     EXPECT_EQ(handled, 1);
-    caller.join();
-    ASSERT_TRUE(answered);
+    caller->wait();
     EXPECT_TRUE(reply.ok());
     EXPECT_EQ(firstSink.events.size(), 1u);
     EXPECT_EQ(secondSink.events.size(), 1u);
@@ -290,22 +294,25 @@ TEST_F(ChannelTest, AReceiverThatGoesAwayReleasesTheFiringThread)
         HRESULT onEvent(const AutomationEvent &) override { seen = true; return S_OK; }
         std::atomic<bool> seen{false};
     } sink;
-    AutomationClient caller;
     AutomationClient idle;
-    caller.setEventSink(&sink);
-    ASSERT_EQ(caller.connectTo(m_endpoint), S_OK);
     ASSERT_EQ(idle.connectTo(m_endpoint), S_OK);
-    ASSERT_TRUE(caller.call("Counter", "Advise").ok());
     ASSERT_TRUE(idle.call("Counter", "Advise").ok());
 
     AutomationReply reply;
-    std::thread callerThread([&] { reply = caller.call("Counter", "Later", {Variant::fromI4(1), AutomationValue()}); });
+    std::unique_ptr<QThread> callerThread(QThread::create([&] {
+        AutomationClient caller;
+        caller.setEventSink(&sink);
+        caller.connectTo(m_endpoint);
+        caller.call("Counter", "Advise");
+        reply = caller.call("Counter", "Later", {Variant::fromI4(1), AutomationValue()});
+    }));
+    callerThread->start();
     // Both got the event in one go; once the caller has seen it, idle holds
     // an unanswered one. Leaving must release the firing thread.
     while (!sink.seen)
         std::this_thread::yield();
     idle.disconnect();
-    callerThread.join();
+    callerThread->wait();
     ASSERT_TRUE(reply.ok());
     EXPECT_EQ(reply.out.at(1).toI4(), RPC_E_DISCONNECTED);
 }
@@ -354,9 +361,43 @@ TEST(ObjectTableTest, RegistersLooksUpListsAndClearsDeadEntries)
     ::close(fd);
     ASSERT_TRUE(QFile::exists(stale));
     EXPECT_TRUE(table.list().isEmpty());
-    EXPECT_FALSE(QFile::exists(stale));
-    // The name is free again.
+    EXPECT_TRUE(table.lookup(QStringLiteral("Mecadra_PID_2")).isEmpty());
+    // The name is free again: registering replaces the dead entry.
     EXPECT_TRUE(table.registerServer(rival, QStringLiteral("Mecadra_PID_2")));
+    EXPECT_EQ(table.lookup(QStringLiteral("Mecadra_PID_2")), stale);
+    EXPECT_EQ(table.list(), QStringList{QStringLiteral("Mecadra_PID_2")});
+    AutomationClient client;
+    EXPECT_EQ(client.connectTo(stale), S_OK);
+    table.revoke(rival);
+    EXPECT_FALSE(QFile::exists(stale));
+}
+
+TEST(ObjectTableTest, EntriesSurviveCallersPollingWhileTheyRegister)
+{
+    app();
+    QTemporaryDir home;
+    ObjectTable table(home.filePath(QStringLiteral("rot")));
+    const QString moniker = QStringLiteral("Mecadra_PID_7");
+    std::atomic<bool> stop{false};
+    std::unique_ptr<QThread> poller(QThread::create([&] {
+        ObjectTable view(home.filePath(QStringLiteral("rot")));
+        while (!stop) {
+            view.lookup(moniker);
+            view.list();
+            QThread::usleep(300); // a caller polls; it does not flood the listen queue
+        }
+    }));
+    poller->start();
+    int lost = 0;
+    for (int i = 0; i < 100; ++i) {
+        AutomationServer server;
+        ASSERT_TRUE(table.registerServer(server, moniker));
+        lost += table.lookup(moniker).isEmpty() ? 1 : 0;
+        table.revoke(server);
+    }
+    stop = true;
+    poller->wait();
+    EXPECT_EQ(lost, 0);
 }
 
 TEST(ObjectTableTest, DefaultDirectoryFollowsMctaskHome)

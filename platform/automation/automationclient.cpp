@@ -101,6 +101,8 @@ AutomationReply AutomationClient::call(const ObjectRef &object, const QString &m
             return reply;
         }
         if (!isConnected()) {
+            if (m_socket && !m_reader.broken() && readFrames(0))
+                continue; // answers that arrived before the hang-up
             m_waiting.erase(id);
             failure.hr = RPC_S_SERVER_UNAVAILABLE;
             return failure;
@@ -125,9 +127,14 @@ int AutomationClient::processEvents(int waitMs)
 
 bool AutomationClient::readFrames(int waitMs)
 {
-    if (m_socket->bytesAvailable() == 0 && !m_socket->waitForReadyRead(waitMs))
+    if (m_socket->bytesAvailable() == 0 && m_socket->state() == QLocalSocket::ConnectedState)
+        m_socket->waitForReadyRead(waitMs);
+    // Read whatever came, also after the server hung up: its last answers
+    // may have arrived together with the end of the connection.
+    const QByteArray bytes = m_socket->readAll();
+    if (bytes.isEmpty())
         return false;
-    m_reader.append(m_socket->readAll());
+    m_reader.append(bytes);
     while (m_socket) {
         auto message = m_reader.next();
         if (!message)

@@ -64,7 +64,7 @@ public:
 // are handed to the sink on the calling thread before the call returns, the
 // way an apartment delivers them on Windows.
 //
-// A client belongs to one thread. The members Advise and Unadvise of a server
+// A client belongs to the thread that connected it: use it there only. The members Advise and Unadvise of a server
 // object connect this client to (or disconnect it from) that object's events;
 // Advise returns the object's handle, which events carry as their source.
 class AutomationClient final

@@ -12,6 +12,8 @@
 
 #include <condition_variable>
 
+#include <cstdio>
+
 struct AutomationServer::Connection
 {
     QLocalSocket *socket = nullptr;
@@ -78,14 +80,18 @@ std::shared_ptr<PendingReply> AutomationCall::defer()
     return m_pending;
 }
 
-void PendingReply::complete(HRESULT hr, AutomationValue result)
+void PendingReply::complete(HRESULT hr, AutomationValue result, std::function<void()> then)
 {
     std::call_once(m_done, [&] {
         AutomationServer *server = m_server;
         QMetaObject::invokeMethod(
             server,
-            [server, connection = m_connection, id = m_id, hr, result = std::move(result),
-             out = m_args] { server->sendReply(connection, id, hr, result, out); },
+            [server, connection = m_connection, id = m_id, hr, result = std::move(result), out = m_args,
+             then = std::move(then)] {
+                server->sendReply(connection, id, hr, result, out);
+                if (then)
+                    then();
+            },
             Qt::QueuedConnection);
     });
 }
@@ -115,6 +121,17 @@ bool AutomationServer::listen(const QString &endpoint)
         return false;
     }
     connect(m_listener, &QLocalServer::newConnection, this, &AutomationServer::acceptConnections);
+    m_endpoint = m_listener->fullServerName();
+    return true;
+}
+
+bool AutomationServer::publishAs(const QString &path)
+{
+    if (!m_listener)
+        return false;
+    if (::rename(QFile::encodeName(m_endpoint).constData(), QFile::encodeName(path).constData()) != 0)
+        return false;
+    m_endpoint = path;
     return true;
 }
 
@@ -122,17 +139,14 @@ void AutomationServer::close()
 {
     if (!m_listener)
         return;
-    const QString path = m_listener->fullServerName();
     m_listener->close();
-    QFile::remove(path);
+    QFile::remove(m_endpoint);
     delete m_listener;
     m_listener = nullptr;
+    m_endpoint.clear();
 }
 
-QString AutomationServer::endpoint() const
-{
-    return m_listener ? m_listener->fullServerName() : QString();
-}
+QString AutomationServer::endpoint() const { return m_endpoint; }
 
 bool AutomationServer::isListening() const { return m_listener && m_listener->isListening(); }
 

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -67,7 +68,10 @@ public:
     PendingReply(AutomationServer *server, int connection, qint64 id, AutomationArgs args)
         : m_server(server), m_connection(connection), m_id(id), m_args(std::move(args)) {}
     AutomationArgs &args() { return m_args; }
-    void complete(HRESULT hr, AutomationValue result = {});
+    // then, when given, runs on the server's thread right after the answer
+    // went out. The server must outlive this call; nothing of it is touched
+    // afterwards.
+    void complete(HRESULT hr, AutomationValue result = {}, std::function<void()> then = {});
 
 private:
     AutomationServer *m_server; // outlives every pending reply (the server waits for none)
@@ -90,6 +94,10 @@ public:
     void addRoot(const QString &name, std::shared_ptr<AutomationObject> object);
     // Listens on a socket path, replacing a stale socket file left there.
     bool listen(const QString &endpoint);
+    // Moves the listening socket's name to path in one step (replacing
+    // whatever is there), so callers never see a name that does not answer.
+    bool publishAs(const QString &path);
+    // Stops listening and removes the socket's name.
     void close();
     QString endpoint() const;
     bool isListening() const;
@@ -128,6 +136,7 @@ private:
     void send(int connection, const QJsonObject &message);
 
     QLocalServer *m_listener = nullptr;
+    QString m_endpoint;
     std::map<QString, std::shared_ptr<AutomationObject>> m_roots;
     std::map<ObjectHandle, std::shared_ptr<AutomationObject>> m_objects;
     std::map<const AutomationObject *, ObjectHandle> m_handles;

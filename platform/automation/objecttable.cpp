@@ -3,10 +3,13 @@
 #include "platform/automation/automationserver.h"
 #include "platform/home.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocalSocket>
+
+#include <atomic>
 
 ObjectTable::ObjectTable() : ObjectTable(defaultDirectory()) {}
 
@@ -29,7 +32,20 @@ bool ObjectTable::registerServer(AutomationServer &server, const QString &monike
     const QString path = endpointPath(moniker);
     if (isAlive(path))
         return false;
-    return server.listen(path);
+    // Listen under a private name first, then move it into place: a name in
+    // the table always answers (or belongs to a dead process).
+    static std::atomic<int> counter{0};
+    const QString pending = QStringLiteral("%1/.pending-%2-%3")
+                                .arg(m_directory)
+                                .arg(QCoreApplication::applicationPid())
+                                .arg(counter++);
+    if (!server.listen(pending))
+        return false;
+    if (!server.publishAs(path)) {
+        server.close();
+        return false;
+    }
+    return true;
 }
 
 void ObjectTable::revoke(AutomationServer &server) { server.close(); }
@@ -37,18 +53,16 @@ void ObjectTable::revoke(AutomationServer &server) { server.close(); }
 QString ObjectTable::lookup(const QString &moniker) const
 {
     const QString path = endpointPath(moniker);
-    if (!QFileInfo::exists(path))
+    // Never removed from here: a dead entry may be replaced at any moment.
+    if (!QFileInfo::exists(path) || !isAlive(path))
         return {};
-    if (!isAlive(path)) {
-        QFile::remove(path);
-        return {};
-    }
     return path;
 }
 
 QStringList ObjectTable::list() const
 {
     QStringList live;
+    // Names being set up start with a dot and are not listed.
     const QStringList names = QDir(m_directory).entryList(QDir::System | QDir::Files | QDir::NoDotAndDotDot,
                                                           QDir::Name);
     for (const QString &name : names) {

@@ -6,8 +6,10 @@
 class AutomationServer;
 
 // The table of running automation servers: a directory of Unix sockets, one
-// per registered object, named by its moniker. Entries of servers that died
-// without revoking are recognised (nothing answers) and cleared on sight.
+// per registered object, named by its moniker. An entry appears in one step,
+// already answering. Entries of servers that died without revoking are
+// recognised (nothing answers) and skipped; registering under the same name
+// replaces them.
 class ObjectTable final
 {
 public:
