@@ -157,7 +157,7 @@ public:
         property("Name2", [this] { return ScriptValue::fromString(m_c.name); });
         method("GetPathName", [this](CallKind, ScriptArgs &) { return ScriptValue::fromString(m_c.pathName); });
     }
-    QString typeName() const override { return QStringLiteral("Component2"); }
+    QString typeName() const override { return QStringLiteral("Component"); }
 
 private:
     Component m_c;
