@@ -4,7 +4,7 @@
 #include "host/hosterror.h"
 #include "host/idoxtask.h"
 #include "host/idoxvault.h"
-#include "macro/ansitext.h"
+#include "platform/codepage.h"
 #include "macro/dateformat.h"
 #include "macro/expanddelimited.h"
 #include "macro/macroliteral.h"

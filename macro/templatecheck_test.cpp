@@ -3,6 +3,7 @@
 // documents.
 
 #include "macro/templateloader.h"
+#include "platform/codepage.h"
 #include "platform/qtestprint.h"
 
 #include <gtest/gtest.h>

@@ -60,7 +60,3 @@ private:
 
 // Loads from the compiled-in templates.
 QString loadScriptTemplate(int number, const TemplateLoader::MessageSink &showMessage);
-
-// Windows-1252 bytes to text. Bytes the code page leaves undefined (0x81, 0x8D, 0x8F, 0x90,
-// 0x9D) map to the control characters of the same value, as Windows maps them.
-QString fromWindows1252(const QByteArray &bytes);

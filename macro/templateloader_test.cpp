@@ -1,4 +1,5 @@
 #include "macro/templateloader.h"
+#include "platform/codepage.h"
 #include "platform/qtestprint.h"
 
 #include <gtest/gtest.h>

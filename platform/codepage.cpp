@@ -1,9 +1,65 @@
-#include "macro/ansitext.h"
+#include "platform/codepage.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <iconv.h>
 
 namespace {
+
+// One conversion descriptor per thread: iconv keeps state between calls.
+class Windows1252Decoder final
+{
+public:
+    Windows1252Decoder() : m_cd(iconv_open("UTF-16LE", "WINDOWS-1252")) {}
+    ~Windows1252Decoder()
+    {
+        if (valid())
+            iconv_close(m_cd);
+    }
+    Windows1252Decoder(const Windows1252Decoder &) = delete;
+    Windows1252Decoder &operator=(const Windows1252Decoder &) = delete;
+
+    QString decode(const QByteArray &bytes)
+    {
+        if (!valid())
+            return QString::fromLatin1(bytes);
+        iconv(m_cd, nullptr, nullptr, nullptr, nullptr);
+
+        QString out;
+        out.reserve(bytes.size());
+        QByteArray input = bytes;
+        char *in = input.data();
+        size_t inLeft = static_cast<size_t>(input.size());
+        char buffer[1024];
+        while (inLeft > 0) {
+            char *dst = buffer;
+            size_t dstLeft = sizeof buffer;
+            const size_t rc = iconv(m_cd, &in, &inLeft, &dst, &dstLeft);
+            appendUtf16(out, buffer, dst);
+            if (rc == static_cast<size_t>(-1) && errno != E2BIG) {
+                // A byte without a character in the code page keeps its value.
+                out.append(QChar(static_cast<unsigned char>(*in)));
+                ++in;
+                --inLeft;
+            }
+        }
+        return out;
+    }
+
+private:
+    bool valid() const { return m_cd != reinterpret_cast<iconv_t>(-1); }
+
+    static void appendUtf16(QString &out, const char *begin, const char *end)
+    {
+        for (const char *p = begin; p + 1 < end; p += 2) {
+            const auto lo = static_cast<unsigned char>(p[0]);
+            const auto hi = static_cast<unsigned char>(p[1]);
+            out.append(QChar(static_cast<char16_t>(lo | (hi << 8))));
+        }
+    }
+
+    iconv_t m_cd;
+};
 
 // One conversion descriptor per thread: iconv keeps state between calls.
 class Windows1252Encoder final
@@ -68,6 +124,12 @@ private:
 };
 
 } // namespace
+
+QString fromWindows1252(const QByteArray &bytes)
+{
+    thread_local Windows1252Decoder decoder;
+    return decoder.decode(bytes);
+}
 
 QByteArray toWindows1252(const QString &text)
 {

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+// The 8-bit code page (Windows-1252) of macro files and of the error log,
+// through the C library's converter.
+
+// A byte the code page leaves undefined keeps its own value.
+QString fromWindows1252(const QByteArray &bytes);
+// Characters the code page lacks become "?", as the Windows conversion writes them.
+QByteArray toWindows1252(const QString &text);
