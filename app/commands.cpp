@@ -16,6 +16,22 @@ int runVaultRefCommand(CommandContext &context);
 #ifdef MCTASK_WITH_MACRO
 int runMacroPreviewCommand(CommandContext &context);
 #endif
+#ifdef MCTASK_WITH_MACRO_CHECK
+int runMacroCheckCommand(CommandContext &context);
+#endif
+#ifdef MCTASK_WITH_TASK
+int runTaskCreateCommand(CommandContext &context);
+int runTaskSetCommand(CommandContext &context);
+int runTaskGetCommand(CommandContext &context);
+int runTaskSetupCommand(CommandContext &context);
+int runTaskLaunchCommand(CommandContext &context);
+int runTaskRunCommand(CommandContext &context);
+int runTaskDetailsCommand(CommandContext &context);
+int runTaskInstancesCommand(CommandContext &context);
+int runTaskSuspendCommand(CommandContext &context);
+int runTaskResumeCommand(CommandContext &context);
+int runTaskCancelCommand(CommandContext &context);
+#endif
 
 const std::vector<CommandEntry> &allCommands()
 {
@@ -33,6 +49,27 @@ const std::vector<CommandEntry> &allCommands()
 #ifdef MCTASK_WITH_MACRO
         {"macro", "preview", "[--vault DIR] INSTANCE|TASK FILE", "print the macro a run would build for a file",
          &runMacroPreviewCommand},
+#endif
+#ifdef MCTASK_WITH_MACRO_CHECK
+        {"macro", "check", "[--vault DIR] INSTANCE|TASK FILE | FILE.mcb", "report a macro's syntax errors",
+         &runMacroCheckCommand},
+#endif
+#ifdef MCTASK_WITH_TASK
+        {"task", "create", "[--vault DIR] NAME --kind convert|print|script", "create and set up a task",
+         &runTaskCreateCommand},
+        {"task", "set", "[--vault DIR] NAME KEY[:int|:bool|:real]=VALUE...", "set task variables",
+         &runTaskSetCommand},
+        {"task", "get", "[--vault DIR] NAME [KEY...] [--json]", "print task variables", &runTaskGetCommand},
+        {"task", "setup", "[--vault DIR] NAME [--gui]", "set a task up through the add-in", &runTaskSetupCommand},
+        {"task", "launch", "[--vault DIR] NAME [FILE...] [--set KEY=VALUE]... [--gui]",
+         "launch a task; prints the instance", &runTaskLaunchCommand},
+        {"task", "run", "[--vault DIR] INSTANCE [--json]", "run a launched instance", &runTaskRunCommand},
+        {"task", "details", "[--vault DIR] INSTANCE [--json] [--gui]", "list an instance's files",
+         &runTaskDetailsCommand},
+        {"task", "instances", "[--vault DIR] [--json]", "list the task instances", &runTaskInstancesCommand},
+        {"task", "suspend", "[--vault DIR] INSTANCE", "ask a run to suspend", &runTaskSuspendCommand},
+        {"task", "resume", "[--vault DIR] INSTANCE", "ask a suspended run to resume", &runTaskResumeCommand},
+        {"task", "cancel", "[--vault DIR] INSTANCE", "ask a run to stop", &runTaskCancelCommand},
 #endif
     };
     return commands;

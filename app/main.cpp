@@ -3,6 +3,11 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <cstdio>
+#include <memory>
+
+#ifdef MCTASK_WITH_WIDGETS
+#include <QApplication>
+#endif
 
 namespace {
 
@@ -17,11 +22,40 @@ void printUsage(QTextStream &out)
     out.flush();
 }
 
+// The task commands hold the host's page window, so they run as a widget
+// application; without --gui its windows stay offscreen and are never shown.
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
+{
+#ifdef MCTASK_WITH_WIDGETS
+    // The command's group is the first argument after --home.
+    int group = 1;
+    while (group < argc && qstrncmp(argv[group], "--home", 6) == 0)
+        group += qstrcmp(argv[group], "--home") == 0 ? 2 : 1;
+    const bool task = group < argc && qstrcmp(argv[group], "task") == 0;
+    bool gui = false;
+    for (int i = group; i < argc; ++i)
+        gui = gui || qstrcmp(argv[i], "--gui") == 0;
+    if (task && gui)
+        return std::make_unique<QApplication>(argc, argv);
+    if (task) {
+        // The platform's start-up chatter (runtime folder and the like) would
+        // land on the stderr that scripts read; nobody sees these windows.
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+        auto app = std::make_unique<QApplication>(argc, argv);
+        qInstallMessageHandler(previous);
+        return app;
+    }
+#endif
+    return std::make_unique<QCoreApplication>(argc, argv);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
-    QCoreApplication app(argc, argv);
+    const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
+    QCoreApplication &app = *application;
     QCoreApplication::setApplicationName(QStringLiteral("mctask"));
     QTextStream out(stdout);
     QTextStream err(stderr);

@@ -1,0 +1,114 @@
+#include "app/taskhost.h"
+
+#include "run/taskdetailsmodel.h"
+#include "vault/taskstore.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QTabWidget>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+QDialogButtonBox *addButtons(QDialog &dialog, QVBoxLayout &layout)
+{
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+    buttons->setObjectName(QStringLiteral("buttons"));
+    layout.addWidget(buttons);
+    return buttons;
+}
+
+} // namespace
+
+void showSetupDialog(TaskHost &host, const std::shared_ptr<StoredTaskProperties> &properties, SetupOutcome &outcome)
+{
+    QDialog dialog;
+    dialog.setObjectName(QStringLiteral("taskSetupDialog"));
+    dialog.setWindowTitle(QStringLiteral("Task Set-up"));
+    auto *layout = new QVBoxLayout(&dialog);
+    auto *tabs = new QTabWidget(&dialog);
+    tabs->setObjectName(QStringLiteral("pages"));
+    layout->addWidget(tabs);
+    for (const SetupPage &page : properties->setupPages())
+        if (page.window)
+            tabs->addTab(page.window, page.caption);
+    QDialogButtonBox *buttons = addButtons(dialog, *layout);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&] {
+        outcome.confirmed = true;
+        outcome.buttonResult = host.pressSetupButton(properties, QStringLiteral("OK"), outcome.refusedPage);
+        if (!outcome.refusedPage.isEmpty()) {
+            for (int i = 0; i < tabs->count(); ++i)
+                if (tabs->tabText(i) == outcome.refusedPage)
+                    tabs->setCurrentIndex(i);
+            return; // the host keeps the dialog open on that page
+        }
+        dialog.accept();
+    });
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, [&] {
+        QString ignored;
+        host.pressSetupButton(properties, QStringLiteral("Cancel"), ignored);
+        outcome.confirmed = false;
+        outcome.refusedPage.clear();
+        dialog.reject();
+    });
+    dialog.exec();
+    // The pages belong to the add-in; take them out before the dialog goes.
+    while (tabs->count() > 0) {
+        QWidget *page = tabs->widget(0);
+        tabs->removeTab(0);
+        page->setParent(host.window());
+    }
+}
+
+bool showLaunchPage(HostWindow page, const QString &caption)
+{
+    QWidget *owner = page->parentWidget();
+    QDialog dialog;
+    dialog.setObjectName(QStringLiteral("taskLaunchDialog"));
+    dialog.setWindowTitle(caption);
+    auto *layout = new QVBoxLayout(&dialog);
+    page->setParent(&dialog);
+    layout->addWidget(page);
+    QDialogButtonBox *buttons = addButtons(dialog, *layout);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    const bool ok = dialog.exec() == QDialog::Accepted;
+    layout->removeWidget(page);
+    page->setParent(owner);
+    return ok;
+}
+
+void showDetails(HostWindow page, const QString &caption, const TaskDetailsModel &model)
+{
+    QDialog dialog;
+    dialog.setObjectName(QStringLiteral("taskDetailsDialog"));
+    dialog.setWindowTitle(caption.isEmpty() ? QStringLiteral("Task Details") : caption);
+    auto *layout = new QVBoxLayout(&dialog);
+    QWidget *owner = page ? page->parentWidget() : nullptr;
+    if (page) {
+        page->setParent(&dialog);
+        layout->addWidget(page);
+    } else {
+        auto *list = new QTreeWidget(&dialog);
+        list->setObjectName(QStringLiteral("files"));
+        list->setRootIsDecorated(false);
+        list->setHeaderLabels(model.captions());
+        for (std::size_t i = 0; i < model.rows().size(); ++i)
+            list->addTopLevelItem(new QTreeWidgetItem(model.rowTexts(i)));
+        const int width = 800;
+        for (std::size_t c = 0; c < model.columns().size(); ++c)
+            list->setColumnWidth(static_cast<int>(c), TaskDetailsModel::columnWidth(model.columns()[c], width));
+        layout->addWidget(list);
+        dialog.resize(width, 400);
+    }
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, &dialog);
+    layout->addWidget(buttons);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    dialog.exec();
+    if (page) {
+        layout->removeWidget(page);
+        page->setParent(owner);
+    }
+}
