@@ -335,6 +335,9 @@ int runGet(CommandContext &context)
         missing = missing || !value;
         if (parser.isSet(o.json))
             object.insert(key, value ? variantJson(*value) : QJsonValue::Null);
+        else if (value && value->type() == VarType::BStr && value->bstr().contains(QLatin1Char('\n')))
+            context.out << key << "=(" << value->bstr().count(QLatin1Char('\n')) + 1
+                        << " lines of text; see --json)\n"; // one line per variable
         else if (value)
             context.out << variantAssignment(key, *value) << '\n';
         else

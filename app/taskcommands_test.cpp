@@ -9,6 +9,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -151,6 +152,20 @@ TEST_F(TaskCommandsTest, CreateRegistersTheAddInStoresTheKindAndTemplateAndKeeps
     EXPECT_TRUE(setup.err.contains("E_FAIL")) << setup.err.toStdString();
 }
 
+TEST_F(TaskCommandsTest, AnAddInThatCannotBeLoadedCreatesNothing)
+{
+    // Registered from a copy that is gone by the time a task is made.
+    const QString copy = m_work.filePath("McTaskAddIn.so");
+    ASSERT_TRUE(QFile::copy(MCTASK_ADDIN_MODULE, copy));
+    ASSERT_EQ(run({"addin", "register", copy}).status, 0);
+    ASSERT_TRUE(QFile::remove(copy));
+
+    const ProgramRun created = task("create", {"Script", "--kind", "script"});
+    EXPECT_EQ(created.status, 1);
+    EXPECT_TRUE(created.err.contains("cannot load the add-in module")) << created.err.toStdString();
+    EXPECT_EQ(task("get", {"Script"}).status, 2);
+}
+
 TEST_F(TaskCommandsTest, VariablesOfEveryKindRoundTripThroughSetAndGet)
 {
     createTask("Print", "print");
@@ -179,6 +194,14 @@ TEST_F(TaskCommandsTest, VariablesOfEveryKindRoundTripThroughSetAndGet)
     const QJsonObject copy = variables("Copy");
     for (const char *key : {"__printer_copycount", "PdfInColor", "__printer_margintop", "OutputPath"})
         EXPECT_EQ(copy[key], vars[key]) << key;
+
+    // Listing all gives one line per variable, multi-line texts summed up.
+    const ProgramRun all = task("get", {"Print"});
+    ASSERT_EQ(all.status, 0);
+    const QStringList lines = all.out.trimmed().split('\n');
+    EXPECT_EQ(lines.size(), variables("Print").size());
+    EXPECT_TRUE(lines.filter(QRegularExpression("^__script=\\(\\d+ lines of text; see --json\\)$")).size() == 1)
+        << all.out.toStdString();
 
     // A named variable that is not set is null and fails the command.
     const ProgramRun missing = task("get", {"Print", "Nothing", "PdfInColor", "--json"});
