@@ -77,7 +77,7 @@ struct VarDecl {
 enum class StmtKind {
     Dim, Const, ReDim, Assign, SetAssign, Call, If, For, ForEach, Do, While, Select, Exit,
     OnError, Resume, GoTo, Label, With, Open, Close, Print, Write, LineInput, DebugPrint, Erase,
-    End,
+    End, Name,
 };
 
 enum class ExitKind { Sub, Function, For, Do, Property };

@@ -687,6 +687,33 @@ ScriptValue fnFileLen(Interpreter &in, Args &a)
     return ScriptValue::fromLong(static_cast<std::int32_t>(info.size()));
 }
 
+ScriptValue fnFileCopy(Interpreter &in, Args &a)
+{
+    const QString from = in.resolvePath(str(a, 0));
+    const QString to = in.resolvePath(str(a, 1));
+    if (!QFileInfo(from).isFile())
+        throw ScriptError(ErrNo::FileNotFound);
+    if (in.files().isPathOpen(to))
+        throw ScriptError(ErrNo::PermissionDenied);
+    if (QFileInfo::exists(to) && !QFile::remove(to))
+        throw ScriptError(ErrNo::PermissionDenied);
+    if (!QFileInfo(to).dir().exists())
+        throw ScriptError(ErrNo::PathNotFound);
+    if (!QFile::copy(from, to))
+        throw ScriptError(ErrNo::PathFileAccess);
+    return {};
+}
+
+ScriptValue fnFileDateTime(Interpreter &in, Args &a)
+{
+    const QFileInfo info(in.resolvePath(str(a, 0)));
+    if (!info.exists())
+        throw ScriptError(ErrNo::FileNotFound);
+    const QDateTime t = info.lastModified();
+    return ScriptValue::fromDate(oleDateFromParts(t.date().year(), t.date().month(), t.date().day(), t.time().hour(),
+                                                  t.time().minute(), t.time().second()));
+}
+
 ScriptValue fnDir(Interpreter &in, Args &a)
 {
     QStringList &matches = in.dirMatches();
@@ -804,6 +831,8 @@ const QHash<QString, Builtin> &table()
         {QStringLiteral("mkdir"), {fnMkDir, 1, 1}},
         {QStringLiteral("rmdir"), {fnRmDir, 1, 1}},
         {QStringLiteral("filelen"), {fnFileLen, 1, 1}},
+        {QStringLiteral("filecopy"), {fnFileCopy, 2, 2}},
+        {QStringLiteral("filedatetime"), {fnFileDateTime, 1, 1}},
         {QStringLiteral("dir"), {fnDir, 0, 2}},
     };
     return t;

@@ -271,6 +271,10 @@ void Checker::checkStmt(const Stmt &s)
         checkExpr(*s.value);
         checkExpr(*s.target);
         return;
+    case StmtKind::Name:
+        checkExpr(*s.value);
+        checkExpr(*s.limit);
+        return;
     case StmtKind::Exit:
     case StmtKind::Label:
     case StmtKind::End:

@@ -6,6 +6,8 @@
 #include "cadsim/engine/operators.h"
 
 #include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
 
 #include <cmath>
 
@@ -614,6 +616,19 @@ Interpreter::Flow Interpreter::exec(const Stmt &s)
         return Flow::Normal;
     case StmtKind::End:
         throw EndRequest{};
+    case StmtKind::Name: {
+        const QString from = resolvePath(eval(*s.value).toString());
+        const QString to = resolvePath(eval(*s.limit).toString());
+        if (!QFileInfo::exists(from))
+            throw ScriptError(ErrNo::FileNotFound);
+        if (QFileInfo::exists(to))
+            throw ScriptError(ErrNo::FileAlreadyExists);
+        if (m_files.isPathOpen(from))
+            throw ScriptError(ErrNo::PathFileAccess);
+        if (!QFile::rename(from, to))
+            throw ScriptError(ErrNo::PathFileAccess);
+        return Flow::Normal;
+    }
     }
     return Flow::Normal;
 }

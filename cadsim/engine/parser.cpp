@@ -676,6 +676,15 @@ StmtPtr Parser::parseStatement()
         s->target = parsePostfix();
         return s;
     }
+    if (w == QLatin1String("name") && !peek(1).isOp("=") && !peek(1).isOp("(") && !peek(1).isOp(".")) {
+        // Name old As new: renames a file
+        next();
+        auto s = std::make_unique<Stmt>(StmtKind::Name, t.pos);
+        s->value = parseExpression();
+        expectWord("as", "As");
+        s->limit = parseExpression();
+        return s;
+    }
     if (w == QLatin1String("erase")) {
         next();
         auto s = std::make_unique<Stmt>(StmtKind::Erase, t.pos);
