@@ -501,10 +501,21 @@ int runRun(CommandContext &context)
         context.err.flush();
     }
 
-    tasks.setStatusOnly(before.id, TaskStatus_Running);
-    DoxCmdDataArray data = tasks.instanceData(before.id);
-    DoxCmd cmd = host->command(DoxCmd_TaskRun, host->instance(before.id));
-    const HRESULT hr = host->send(cmd, data);
+    HRESULT hr = S_FALSE;
+    DoxCmd cmd;
+    if (before.status == TaskStatus_CancelRequested) {
+        // Cancelled before it started: the host never hands it to the add-in.
+        tasks.setStatus(before.id, TaskStatus_Finished, S_FALSE, QStringLiteral("Cancelled before the run started."),
+                        {}, std::nullopt);
+        cmd.cancel = -1;
+    } else {
+        // A pending suspend request stays for the add-in to honour.
+        if (before.status != TaskStatus_SuspendRequested && before.status != TaskStatus_Suspended)
+            tasks.setStatusOnly(before.id, TaskStatus_Running);
+        DoxCmdDataArray data = tasks.instanceData(before.id);
+        cmd = host->command(DoxCmd_TaskRun, host->instance(before.id));
+        hr = host->send(cmd, data);
+    }
     listener.stop();
 
     InstanceRow after = *tasks.instanceById(before.id);

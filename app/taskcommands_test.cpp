@@ -334,6 +334,13 @@ TEST_F(TaskCommandsTest, SuspendResumeAndCancelWriteRequests)
     ASSERT_EQ(task("cancel", {guid}).status, 0);
     EXPECT_EQ(statusOf(id), TaskStatus_CancelRequested);
     EXPECT_EQ(instances()[0].toObject()["status"], QJsonValue(TaskStatus_CancelRequested));
+
+    // The host ends a run cancelled before it started, without the add-in.
+    const ProgramRun ran = task("run", {instance, "--json"});
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_EQ(ran.json().object()["status"], QJsonValue(TaskStatus_Finished));
+    EXPECT_EQ(ran.json().object()["cancelled"], QJsonValue(true));
+    EXPECT_EQ(task("cancel", {instance}).status, 2);
 }
 
 TEST_F(TaskCommandsTest, RunReportsTheAddInsOutcomeHonestly)
@@ -406,6 +413,11 @@ TEST_F(TaskCommandsTest, MacroCheckReportsSyntaxErrorsWithLineAndColumn)
     EXPECT_EQ(failing.status, 1);
     EXPECT_TRUE(failing.out.startsWith("V:\\Parts\\gear.mcdprt:2:")) << failing.out.toStdString();
     EXPECT_EQ(run({"macro", "check", "--vault", m_vault, "Nobody", "V:\\Parts\\gear.mcdprt"}).status, 2);
+
+    // An instance's own macro text stands before its task's.
+    const int id = launch("Script", {"V:\\Parts\\gear.mcdprt", "--set", "__script=Sub main()\r\nEnd Sub\r\n"});
+    const ProgramRun instance = run({"macro", "check", "--vault", m_vault, QString::number(id), "V:\\Parts\\gear.mcdprt"});
+    EXPECT_EQ(instance.status, 0) << instance.out.toStdString() << instance.err.toStdString();
 }
 
 } // namespace
