@@ -553,6 +553,68 @@ ScriptValue fnDateSerial(Interpreter &, Args &a)
     return ScriptValue::fromDate(oleDateFromParts(d.year(), d.month(), d.day()));
 }
 
+double secondsPerUnit(const QString &interval)
+{
+    const QString i = interval.toLower();
+    if (i == QLatin1String("d") || i == QLatin1String("y") || i == QLatin1String("w"))
+        return 86400;
+    if (i == QLatin1String("ww"))
+        return 7 * 86400;
+    if (i == QLatin1String("h"))
+        return 3600;
+    if (i == QLatin1String("n"))
+        return 60;
+    if (i == QLatin1String("s"))
+        return 1;
+    return 0; // months, quarters and years go by the calendar
+}
+
+int monthsPerUnit(const QString &interval)
+{
+    const QString i = interval.toLower();
+    return i == QLatin1String("m") ? 1 : i == QLatin1String("q") ? 3 : i == QLatin1String("yyyy") ? 12 : 0;
+}
+
+ScriptValue fnDateAdd(Interpreter &, Args &a)
+{
+    const QString interval = str(a, 0);
+    const std::int32_t n = lng(a, 1);
+    const double date = a[2].toDouble();
+    if (const double secs = secondsPerUnit(interval))
+        return ScriptValue::fromDate(date + n * secs / 86400.0);
+    const int months = monthsPerUnit(interval);
+    if (!months)
+        throw ScriptError(ErrNo::InvalidCall);
+    const QDate d = dateOf(a[2]).addMonths(static_cast<qint64>(n) * months);
+    return ScriptValue::fromDate(oleDateFromParts(d.year(), d.month(), d.day()) + (date - std::floor(date)));
+}
+
+ScriptValue fnDateDiff(Interpreter &, Args &a)
+{
+    const QString interval = str(a, 0);
+    const double from = a[1].toDouble();
+    const double to = a[2].toDouble();
+    if (const double secs = secondsPerUnit(interval)) {
+        // Whole units crossed, counted on the unit's boundaries.
+        const double unit = secs / 86400.0;
+        return ScriptValue::fromLong(static_cast<std::int32_t>(std::floor(to / unit + 1e-9) - std::floor(from / unit + 1e-9)));
+    }
+    const int months = monthsPerUnit(interval);
+    if (!months)
+        throw ScriptError(ErrNo::InvalidCall);
+    const QDate f = dateOf(a[1]);
+    const QDate t = dateOf(a[2]);
+    const int monthIndexFrom = (f.year() * 12 + f.month() - 1) / months;
+    const int monthIndexTo = (t.year() * 12 + t.month() - 1) / months;
+    return ScriptValue::fromLong(monthIndexTo - monthIndexFrom);
+}
+
+ScriptValue fnWeekday(Interpreter &, Args &a)
+{
+    // 1 = Sunday
+    return ScriptValue::fromInteger(static_cast<std::int16_t>(dateOf(a[0]).dayOfWeek() % 7 + 1));
+}
+
 ScriptValue fnFormat(Interpreter &, Args &a)
 {
     // The common forms only: no format, "0.00"-style digits, and date patterns.
@@ -819,6 +881,9 @@ const QHash<QString, Builtin> &table()
         {QStringLiteral("minute"), {fnMinute, 1, 1}},
         {QStringLiteral("second"), {fnSecond, 1, 1}},
         {QStringLiteral("dateserial"), {fnDateSerial, 3, 3}},
+        {QStringLiteral("dateadd"), {fnDateAdd, 3, 3}},
+        {QStringLiteral("datediff"), {fnDateDiff, 3, 5}},
+        {QStringLiteral("weekday"), {fnWeekday, 1, 2}},
         {QStringLiteral("format"), {fnFormat, 1, 2}},
         {QStringLiteral("msgbox"), {fnMsgBox, 1, 5}},
         {QStringLiteral("createobject"), {fnCreateObject, 1, 2}},

@@ -1,5 +1,6 @@
 #include "cadsim/engine/lexer.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <cmath>
@@ -389,9 +390,16 @@ void Lexer::lexLine(const QString &line, int lineNo, std::vector<Token> &out, bo
         if (c == QLatin1Char('#') && !out.empty() && out.back().pos.line == lineNo) {
             // A date literal #...# where a value is expected.
             const Token &prev = out.back();
-            const bool valueExpected = prev.kind == TokenKind::Operator && !prev.isOp(")") && !prev.isOp(",");
+            static const QStringList keywords = {QStringLiteral("to"), QStringLiteral("case"), QStringLiteral("is"),
+                                                 QStringLiteral("and"), QStringLiteral("or"), QStringLiteral("not"),
+                                                 QStringLiteral("step"), QStringLiteral("then"), QStringLiteral("else"),
+                                                 QStringLiteral("print")};
+            const bool valueExpected = (prev.kind == TokenKind::Operator && !prev.isOp(")"))
+                                       || (prev.kind == TokenKind::Identifier && keywords.contains(prev.lower));
             const int close = line.indexOf(QLatin1Char('#'), i + 1);
-            if (valueExpected && close > i + 1) {
+            // "#1/2/2026#" or "#10:30:00 AM#"; "Close #1, #2" holds no date.
+            static const QRegularExpression dateText(QStringLiteral("^[0-9]+[/-][0-9]+[/-][0-9]+( +[0-9: APMapm]+)?$|^[0-9]+:[0-9: APMapm]+$"));
+            if (valueExpected && close > i + 1 && dateText.match(line.mid(i + 1, close - i - 1).trimmed()).hasMatch()) {
                 t.kind = TokenKind::Date;
                 t.text = line.mid(i + 1, close - i - 1);
                 out.push_back(t);

@@ -1,5 +1,6 @@
 #include "cadsim/engine/parser.h"
 
+#include <QDate>
 #include <QSet>
 
 namespace cadsim {
@@ -1241,12 +1242,37 @@ ExprPtr Parser::parsePrimary()
     }
     case TokenKind::Date: {
         next();
-        // #m/d/yyyy# with an optional time.
-        const QStringList parts = t.text.trimmed().split(QLatin1Char(' '), Qt::SkipEmptyParts);
-        const QStringList mdy = parts.value(0).split(QLatin1Char('/'));
-        if (mdy.size() != 3)
-            fail(QStringLiteral("Syntax error"), t);
-        double date = oleDateFromParts(mdy[2].toInt(), mdy[0].toInt(), mdy[1].toInt());
+        // #m/d/yyyy#, #h:mm[:ss] [AM|PM]# or both.
+        QStringList parts = t.text.trimmed().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        double date = 0;
+        if (!parts.isEmpty() && !parts.first().contains(QLatin1Char(':'))) {
+            QString first = parts.takeFirst();
+            const QStringList mdy = first.replace(QLatin1Char('-'), QLatin1Char('/')).split(QLatin1Char('/'));
+            const bool yearFirst = mdy.value(0).size() == 4; // #2026-11-23#
+            const QDate d = yearFirst ? QDate(mdy.value(0).toInt(), mdy.value(1).toInt(), mdy.value(2).toInt())
+                                      : QDate(mdy.value(2).toInt(), mdy.value(0).toInt(), mdy.value(1).toInt());
+            if (mdy.size() != 3 || !d.isValid())
+                fail(QStringLiteral("Syntax error"), t);
+            date = oleDateFromParts(d.year(), d.month(), d.day());
+        }
+        if (!parts.isEmpty()) {
+            const QStringList hms = parts.takeFirst().split(QLatin1Char(':'));
+            int hour = hms.value(0).toInt();
+            const int minute = hms.value(1).toInt();
+            const int second = hms.value(2).toInt();
+            if (!parts.isEmpty()) {
+                const QString ampm = parts.takeFirst().toUpper();
+                if (ampm == QLatin1String("PM") && hour < 12)
+                    hour += 12;
+                else if (ampm == QLatin1String("AM") && hour == 12)
+                    hour = 0;
+                else if (ampm != QLatin1String("AM") && ampm != QLatin1String("PM"))
+                    fail(QStringLiteral("Syntax error"), t);
+            }
+            if (hour > 23 || minute > 59 || second > 59 || !parts.isEmpty())
+                fail(QStringLiteral("Syntax error"), t);
+            date += (hour * 3600.0 + minute * 60.0 + second) / 86400.0;
+        }
         auto e = makeExpr(ExprKind::Literal, t.pos);
         e->value = ScriptValue::fromDate(date);
         return e;
