@@ -330,7 +330,8 @@ ScriptValue Interpreter::invokeProcedure(const Procedure &proc, const std::vecto
             var.value = (*values)[p];
         } else if (bound[p] && bound[p]->value) {
             const Expr &argExpr = *bound[p]->value;
-            ScriptValue *ref = param.byRef ? addressOf(argExpr) : nullptr;
+            // The callee may ReDim or Erase the array of an element it got by reference.
+            ScriptValue *ref = param.byRef ? addressOf(argExpr, &var.refOwner) : nullptr;
             if (ref && (param.type == DeclType::Variant || param.isArray)) {
                 var.ref = ref;
             } else {
@@ -964,7 +965,7 @@ void Interpreter::assign(const Expr &target, const ScriptValue &value, bool isSe
 
 // ---- expressions --------------------------------------------------------------------------
 
-ScriptValue *Interpreter::addressOf(const Expr &e)
+ScriptValue *Interpreter::addressOf(const Expr &e, std::shared_ptr<ScriptArray> *owner)
 {
     if (e.kind == ExprKind::Name) {
         Variable *v = findVariable(e.lower);
@@ -974,8 +975,12 @@ ScriptValue *Interpreter::addressOf(const Expr &e)
     }
     if (e.kind == ExprKind::Call && e.left->kind == ExprKind::Name) {
         Variable *v = findVariable(e.left->lower);
-        if (v && v->slot().isArray())
-            return &v->slot().array()->at(indexes(e.args));
+        if (v && v->slot().isArray()) {
+            const std::shared_ptr<ScriptArray> array = v->slot().array();
+            if (owner)
+                *owner = array;
+            return &array->at(indexes(e.args));
+        }
     }
     return nullptr;
 }

@@ -50,6 +50,7 @@ private:
     struct Variable {
         ScriptValue value;
         ScriptValue *ref = nullptr; // ByRef parameter: the caller's storage
+        std::shared_ptr<ScriptArray> refOwner; // keeps an array element alive while referred to
         DeclType type = DeclType::Variant;
         bool isConst = false;
         bool fixedArray = false;
@@ -106,7 +107,8 @@ private:
 
     Variable *findVariable(const QString &lower);
     Variable &implicitVariable(const QString &lower);
-    ScriptValue *addressOf(const Expr &e); // for ByRef arguments; null when not addressable
+    // For ByRef arguments; null when not addressable. An array element comes with its array.
+    ScriptValue *addressOf(const Expr &e, std::shared_ptr<ScriptArray> *owner = nullptr);
     bool constantValue(const QString &lower, ScriptValue *out) const;
     ScriptValue evalConst(const Expr &e);
 
