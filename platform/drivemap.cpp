@@ -1,5 +1,6 @@
 #include "platform/drivemap.h"
 
+#include "platform/clock.h"
 #include "platform/filesystem.h"
 #include "platform/home.h"
 #include "platform/windowspath.h"
@@ -12,6 +13,7 @@
 #include <QLockFile>
 #include <QSaveFile>
 #include <atomic>
+#include <sys/stat.h>
 
 namespace {
 
@@ -34,6 +36,50 @@ QString matchOnDisk(const FileSystem &fs, const QString &directory, const QStrin
             return entry;
     }
     return name;
+}
+
+// What one stat of a native path tells.
+struct DiskEntry {
+    bool exists = false;
+    bool isDirectory = false;
+    FileStamp stamp;
+};
+
+DiskEntry statPath(const QString &path)
+{
+    struct stat info {};
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return {};
+    DiskEntry entry;
+    entry.exists = true;
+    entry.isDirectory = S_ISDIR(info.st_mode);
+    entry.stamp.exists = true;
+    entry.stamp.inode = info.st_ino;
+    entry.stamp.modifiedNs = static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
+    entry.stamp.size = info.st_size;
+    return entry;
+}
+
+// A folder changed within this long before its listing was read might change
+// again without its time moving (times advance in clock ticks, and some file
+// systems keep whole seconds only), so such a listing is not kept.
+constexpr std::int64_t SettleNs = 100 * 1000000LL;
+constexpr std::int64_t WholeSecondSettleNs = 3 * 1000000000LL;
+// Folders whose listings are kept at most; then the cache starts afresh.
+constexpr qsizetype MaxListings = 512;
+
+bool settled(const FileStamp &stamp, std::int64_t nowNs)
+{
+    const bool wholeSeconds = stamp.modifiedNs % 1000000000 == 0;
+    return nowNs - stamp.modifiedNs > (wholeSeconds ? WholeSecondSettleNs : SettleNs);
+}
+
+// The exact name when listed, else the first entry equal to it ignoring case.
+QString pickMatch(const QStringList &candidates, const QString &name)
+{
+    if (candidates.isEmpty() || candidates.contains(name))
+        return name;
+    return candidates.first();
 }
 
 } // namespace
@@ -156,6 +202,8 @@ QString DriveMap::toNative(const QString &windowsPath) const
     const QString canonical = WindowsPath::canonicalize(windowsPath);
     const QStringList parts = canonical.mid(3).split(QLatin1Char('\\'), Qt::SkipEmptyParts);
     const FileSystem &fs = FileSystem::instance();
+    if (dynamic_cast<const RealFileSystem *>(&fs))
+        return resolveOnDisk(base, parts);
     QString native = base;
     for (const QString &part : parts) {
         const QString directory = native;
@@ -164,6 +212,81 @@ QString DriveMap::toNative(const QString &windowsPath) const
         native += matchOnDisk(fs, directory, part);
     }
     return native;
+}
+
+QString DriveMap::resolveOnDisk(const QString &base, const QStringList &parts) const
+{
+    // One stat per component: the stat that finds a name in its written case
+    // also stamps the folder for the next component.
+    QString native = base;
+    DiskEntry current = statPath(base);
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        const QString &part = parts.at(i);
+        const QString directory = native;
+        if (!native.endsWith(QLatin1Char('/')))
+            native += QLatin1Char('/');
+        if (!current.isDirectory) {
+            native += part; // below a missing folder or a file: kept as written
+            continue;
+        }
+        // The next folder's stat, unless the match has to be stat'ed afresh.
+        std::optional<DiskEntry> child;
+        QString actual;
+        if (const std::optional<QString> kept = keptMatch(directory, current.stamp, part)) {
+            actual = *kept;
+            if (actual.isEmpty())
+                child = DiskEntry{};
+        } else {
+            child = statPath(native + part);
+            if (!child->exists) {
+                actual = listedMatch(directory, current.stamp, part);
+                if (!actual.isEmpty() && actual != part)
+                    child.reset();
+            }
+        }
+        native += actual.isEmpty() ? part : actual;
+        if (i + 1 < parts.size())
+            current = child ? *child : statPath(native);
+    }
+    return native;
+}
+
+std::optional<QString> DriveMap::keptMatch(const QString &directory, const FileStamp &directoryStamp,
+                                           const QString &name) const
+{
+    std::lock_guard guard(m_listingMutex);
+    const auto it = m_listings.constFind(directory);
+    if (it == m_listings.cend() || !(it->stamp == directoryStamp))
+        return std::nullopt;
+    const auto names = it->byFoldedName.constFind(name.toCaseFolded());
+    return names == it->byFoldedName.cend() ? QString() : pickMatch(*names, name);
+}
+
+QString DriveMap::listedMatch(const QString &directory, const FileStamp &directoryStamp, const QString &name) const
+{
+    const QStringList entries = FileSystem::instance().entries(directory);
+    const QString folded = name.toCaseFolded();
+    const std::int64_t nowNs = Clock::instance().now().toMSecsSinceEpoch() * 1000000;
+    if (!settled(directoryStamp, nowNs)) {
+        QStringList candidates;
+        for (const QString &entry : entries) {
+            if (entry.toCaseFolded() == folded)
+                candidates.append(entry);
+        }
+        return candidates.isEmpty() ? QString() : pickMatch(candidates, name);
+    }
+    Listing listing;
+    listing.stamp = directoryStamp;
+    listing.byFoldedName.reserve(entries.size());
+    for (const QString &entry : entries)
+        listing.byFoldedName[entry.toCaseFolded()].append(entry); // sorted, so the first is first
+    const auto names = listing.byFoldedName.constFind(folded);
+    const QString match = names == listing.byFoldedName.cend() ? QString() : pickMatch(*names, name);
+    std::lock_guard guard(m_listingMutex);
+    if (m_listings.size() >= MaxListings)
+        m_listings.clear();
+    m_listings.insert(directory, std::move(listing));
+    return match;
 }
 
 QString DriveMap::toWindows(const QString &nativePath) const

@@ -3,10 +3,13 @@
 #include "platform/filestamp.h"
 
 #include <QChar>
+#include <QHash>
 #include <QString>
+#include <QStringList>
 
 #include <map>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 // Maps Windows drive letters to local folders, so that the add-in and the
@@ -46,6 +49,11 @@ public:
     // sees it, so a test's memory file system counts). Components that do not
     // exist at all are kept as written. Empty when the path has no drive
     // letter or the drive is not mounted.
+    // On the real disk a folder's listing is kept while the folder's stamp
+    // (inode, modification time in nanoseconds) stays the same: adding,
+    // removing or renaming an entry changes it. A listing is kept only when
+    // the folder was last changed well before the listing was read, so a
+    // change within the same clock tick cannot hide behind an equal time.
     QString toNative(const QString &windowsPath) const;
 
     // The inverse: a native path under a mounted root -> "V:\Folder\a.txt"
@@ -68,7 +76,21 @@ public:
     static DriveMap *setInstance(DriveMap *map);
 
 private:
+    struct Listing {
+        FileStamp stamp;
+        QHash<QString, QStringList> byFoldedName; // case-folded name -> entries, sorted
+    };
+
     void reloadIfChanged() const;
+    QString resolveOnDisk(const QString &base, const QStringList &parts) const;
+    // The entry of directory matching name in any case (name itself when
+    // listed), from a listing kept under directoryStamp; nullopt when none is
+    // kept. An empty string when the listing has no such entry.
+    std::optional<QString> keptMatch(const QString &directory, const FileStamp &directoryStamp,
+                                     const QString &name) const;
+    // Lists directory (keeping the listing when the folder has settled) and
+    // answers as keptMatch.
+    QString listedMatch(const QString &directory, const FileStamp &directoryStamp, const QString &name) const;
     void load() const;
     bool save() const;
 
@@ -76,6 +98,8 @@ private:
     mutable std::recursive_mutex m_mutex;
     mutable std::map<QChar, QString> m_mounts;
     mutable FileStamp m_loaded;
+    mutable std::mutex m_listingMutex;
+    mutable QHash<QString, Listing> m_listings; // by native folder path
 };
 
 // Installs a drive map for the lifetime of the guard (tests).

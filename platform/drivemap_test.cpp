@@ -1,10 +1,13 @@
+#include "platform/clock.h"
 #include "platform/drivemap.h"
 #include "platform/qtestprint.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -116,4 +119,99 @@ TEST_F(DriveMapTest, ProcessWideMapCanBeReplacedByATest)
         EXPECT_EQ(DriveMap::instance().toNative("Q:\\Folder"), m_root + "/Folder");
     }
     EXPECT_NE(&DriveMap::instance(), &map);
+}
+
+namespace {
+
+// Stands in for a change within one clock tick: the folder's time is set
+// back to what it was before the change.
+struct FolderTime {
+    explicit FolderTime(const QString &folder) : m_path(QFile::encodeName(folder))
+    {
+        struct stat info {};
+        EXPECT_EQ(::stat(m_path.constData(), &info), 0);
+        m_times[0].tv_nsec = UTIME_OMIT;
+        m_times[1] = info.st_mtim;
+    }
+    void restore() const { EXPECT_EQ(::utimensat(AT_FDCWD, m_path.constData(), m_times, 0), 0); }
+    QDateTime modified() const
+    {
+        return QDateTime::fromMSecsSinceEpoch(m_times[1].tv_sec * 1000LL + m_times[1].tv_nsec / 1000000);
+    }
+
+    QByteArray m_path;
+    timespec m_times[2] {};
+};
+
+bool touch(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly);
+}
+
+} // namespace
+
+TEST_F(DriveMapTest, LookupsSeeEntriesCreatedRemovedAndRenamedSinceTheLastOne)
+{
+    // A clock well past every folder's time: listings are kept.
+    FakeClock clock(QDateTime::currentDateTime().addSecs(3600));
+    ScopedClock clockGuard(clock);
+    DriveMap map;
+    ASSERT_TRUE(map.mount('V', m_root));
+    const QString sub = m_root + "/Folder/Sub";
+
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\new.txt"), sub + "/new.txt");
+    ASSERT_TRUE(touch(sub + "/NEW.txt"));
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\new.txt"), sub + "/NEW.txt");
+    ASSERT_TRUE(QFile::rename(sub + "/NEW.txt", sub + "/New.Txt"));
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\new.txt"), sub + "/New.Txt");
+    ASSERT_TRUE(QFile::remove(sub + "/New.Txt"));
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\new.txt"), sub + "/new.txt");
+
+    // Folders too, at any depth, and the exact case wins over another one.
+    EXPECT_EQ(map.toNative("V:\\folder\\other\\x.txt"), m_root + "/Folder/other/x.txt");
+    ASSERT_TRUE(QDir().mkpath(m_root + "/Folder/OTHER/Deep"));
+    EXPECT_EQ(map.toNative("V:\\folder\\other\\deep\\x.txt"), m_root + "/Folder/OTHER/Deep/x.txt");
+    ASSERT_TRUE(QDir().mkpath(m_root + "/Folder/other"));
+    EXPECT_EQ(map.toNative("V:\\folder\\other\\deep"), m_root + "/Folder/other/deep");
+    EXPECT_EQ(map.toNative("V:\\folder\\Other\\deep"), m_root + "/Folder/OTHER/Deep");
+    ASSERT_TRUE(QDir(m_root + "/Folder/OTHER").removeRecursively());
+    EXPECT_EQ(map.toNative("V:\\folder\\Other\\deep"), m_root + "/Folder/other/deep");
+
+    // A folder replaced by another of the same name is a new folder.
+    ASSERT_TRUE(QDir(sub).removeRecursively());
+    ASSERT_TRUE(QDir().mkpath(sub));
+    ASSERT_TRUE(touch(sub + "/FILE.txt"));
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\file.txt"), sub + "/FILE.txt");
+}
+
+TEST_F(DriveMapTest, AListingIsKeptOnlyOnceTheFolderHasSettled)
+{
+    const QString sub = m_root + "/Folder/Sub";
+    ASSERT_TRUE(touch(sub + "/placeholder"));
+    const FolderTime folder(sub);
+    DriveMap map;
+    ASSERT_TRUE(map.mount('V', m_root));
+
+    // Listed just after the folder changed: a change in the same tick (same
+    // folder time, same size) must still be seen, so nothing was kept.
+    FakeClock clock(folder.modified().addMSecs(10));
+    ScopedClock clockGuard(clock);
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\late.txt"), sub + "/late.txt");
+    ASSERT_TRUE(QFile::remove(sub + "/placeholder"));
+    ASSERT_TRUE(touch(sub + "/LATE.txt"));
+    folder.restore();
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\late.txt"), sub + "/LATE.txt");
+
+    // Listed long after: the listing is reused while the folder's stamp
+    // stays, which the same trick makes visible.
+    clock.setNow(folder.modified().addSecs(60));
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\later.txt"), sub + "/later.txt");
+    ASSERT_TRUE(QFile::remove(sub + "/LATE.txt"));
+    ASSERT_TRUE(touch(sub + "/LATER.txt"));
+    folder.restore();
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\later.txt"), sub + "/later.txt");
+    // Any real change of the folder's time makes it listed again.
+    ASSERT_TRUE(touch(sub + "/another"));
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\later.txt"), sub + "/LATER.txt");
 }
