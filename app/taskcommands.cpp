@@ -17,6 +17,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QMutex>
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -460,6 +461,20 @@ int runLaunch(CommandContext &context)
     return 0;
 }
 
+// "[#####-----] 5/10 text": the run's progress, one line per report.
+QString progressLine(std::int32_t position, std::int32_t maximum, const QString &text)
+{
+    constexpr int Width = 20;
+    const int filled = maximum > 0 ? static_cast<int>(std::clamp<qint64>(qint64(position) * Width / maximum, 0, Width)) : 0;
+    QString line = QStringLiteral("[%1%2] %3/%4")
+                       .arg(QString(filled, QLatin1Char('#')), QString(Width - filled, QLatin1Char('-')))
+                       .arg(position)
+                       .arg(maximum);
+    if (!text.isEmpty())
+        line += QLatin1Char(' ') + text;
+    return line;
+}
+
 int runRun(CommandContext &context)
 {
     QCommandLineParser parser;
@@ -513,7 +528,15 @@ int runRun(CommandContext &context)
         if (before.status != TaskStatus_SuspendRequested && before.status != TaskStatus_Suspended)
             tasks.setStatusOnly(before.id, TaskStatus_Running);
         DoxCmdDataArray data = tasks.instanceData(before.id);
-        cmd = host->command(DoxCmd_TaskRun, host->instance(before.id));
+        ProgressReportingInstance::Observer progress;
+        if (!json) {
+            progress = [&context](std::int32_t position, std::int32_t maximum, const QString &text) {
+                context.err << progressLine(position, maximum, text) << '\n';
+                context.err.flush();
+            };
+        }
+        cmd = host->command(DoxCmd_TaskRun,
+                            std::make_shared<ProgressReportingInstance>(host->instance(before.id), progress));
         hr = host->send(cmd, data);
     }
     listener.stop();

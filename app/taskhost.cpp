@@ -131,3 +131,59 @@ SetupOutcome TaskHost::setupWithOk(int taskId)
     outcome.buttonResult = pressSetupButton(props, QStringLiteral("OK"), outcome.refusedPage);
     return outcome;
 }
+
+ProgressReportingInstance::ProgressReportingInstance(std::shared_ptr<IDoxTaskInstance> instance, Observer observer)
+    : m_instance(std::move(instance)), m_observer(std::move(observer))
+{
+}
+
+HRESULT ProgressReportingInstance::GetVariable(const QString &name, Variant &value)
+{
+    return m_instance->GetVariable(name, value);
+}
+
+HRESULT ProgressReportingInstance::SetVariable(const QString &name, const Variant &value)
+{
+    return m_instance->SetVariable(name, value);
+}
+
+HRESULT ProgressReportingInstance::GetInstanceGuid(QString &guid)
+{
+    return m_instance->GetInstanceGuid(guid);
+}
+
+HRESULT ProgressReportingInstance::GetStatus(std::int32_t &status)
+{
+    return m_instance->GetStatus(status);
+}
+
+HRESULT ProgressReportingInstance::SetStatus(std::int32_t status, HRESULT result, const std::optional<QString> &message,
+                                             const std::vector<AffectedObject> &affected,
+                                             const std::optional<QString> &extra)
+{
+    return m_instance->SetStatus(status, result, message, affected, extra);
+}
+
+HRESULT ProgressReportingInstance::SetProgressRange(std::int32_t maximum, std::int32_t position, const QString &text)
+{
+    const HRESULT hr = m_instance->SetProgressRange(maximum, position, text);
+    if (succeeded(hr)) {
+        m_maximum = maximum;
+        if (m_observer)
+            m_observer(position, m_maximum, text);
+    }
+    return hr;
+}
+
+HRESULT ProgressReportingInstance::SetProgressPos(std::int32_t position, const QString &text)
+{
+    const HRESULT hr = m_instance->SetProgressPos(position, text);
+    if (succeeded(hr) && m_observer)
+        m_observer(position, m_maximum, text);
+    return hr;
+}
+
+HRESULT ProgressReportingInstance::GetTaskValue(const Variant &nameOrNumber, Variant &value)
+{
+    return m_instance->GetTaskValue(nameOrNumber, value);
+}

@@ -2,9 +2,11 @@
 
 #include "host/doxcmd.h"
 #include "host/hresult.h"
+#include "host/idoxtask.h"
 
 #include <QString>
 #include <QTextStream>
+#include <functional>
 #include <memory>
 
 class AddInHost;
@@ -24,6 +26,31 @@ struct SetupOutcome {
     bool confirmed = false;
     QString refusedPage;
     bool ok() const { return succeeded(setupResult) && confirmed && succeeded(buttonResult) && refusedPage.isEmpty(); }
+};
+
+// A task instance as the add-in sees it during a run, which also tells the
+// program how far the run has come (the progress shown while it runs).
+class ProgressReportingInstance final : public IDoxTaskInstance
+{
+public:
+    using Observer = std::function<void(std::int32_t position, std::int32_t maximum, const QString &text)>;
+
+    ProgressReportingInstance(std::shared_ptr<IDoxTaskInstance> instance, Observer observer);
+
+    HRESULT GetVariable(const QString &name, Variant &value) override;
+    HRESULT SetVariable(const QString &name, const Variant &value) override;
+    HRESULT GetInstanceGuid(QString &guid) override;
+    HRESULT GetStatus(std::int32_t &status) override;
+    HRESULT SetStatus(std::int32_t status, HRESULT result, const std::optional<QString> &message,
+                      const std::vector<AffectedObject> &affected, const std::optional<QString> &extra) override;
+    HRESULT SetProgressRange(std::int32_t maximum, std::int32_t position, const QString &text) override;
+    HRESULT SetProgressPos(std::int32_t position, const QString &text) override;
+    HRESULT GetTaskValue(const Variant &nameOrNumber, Variant &value) override;
+
+private:
+    std::shared_ptr<IDoxTaskInstance> m_instance;
+    Observer m_observer;
+    std::int32_t m_maximum = 0;
 };
 
 // The embedded task host: the vault, its tasks and the add-in loaded as the
