@@ -81,8 +81,7 @@ InstanceRow requireInstance(TaskStore &tasks, const QString &argument)
 
 QString hresultHex(HRESULT hr)
 {
-    return QStringLiteral("0x%1").arg(static_cast<quint32>(hr), 8, 16, QLatin1Char('0')).toUpper().replace(
-        QLatin1String("0X"), QLatin1String("0x"));
+    return QStringLiteral("0x") + QString::number(static_cast<quint32>(hr), 16).rightJustified(8, QLatin1Char('0')).toUpper();
 }
 
 QString describeError(HRESULT hr)
@@ -361,7 +360,8 @@ int runSetupCommand(CommandContext &context)
     if (args.size() != 1)
         throw CliError(QStringLiteral("task setup: expected one NAME (see --help)"));
     const auto store = openLocatedVault(parser.value(o.vault));
-    const TaskRow task = requireTask(*std::make_unique<TaskStore>(store), args.first());
+    TaskStore tasks(store);
+    const TaskRow task = requireTask(tasks, args.first());
     const auto host = openHost(store, context);
     if (!host)
         return 1;
