@@ -492,6 +492,8 @@ Block Parser::parseBlock(const std::vector<const char *> &stops)
             continue;
         }
         block.push_back(parseStatement());
+        if (m_pendingNext > 0 && peek().isOp(","))
+            return block; // "Next j, i": the enclosing For takes the rest
         expectEndOfStatement();
     }
 }
@@ -842,10 +844,7 @@ StmtPtr Parser::parseFor()
         ++m_loopDepthFor;
         s->body = parseBlock({"next"});
         --m_loopDepthFor;
-        if (!acceptWord("next"))
-            fail(QStringLiteral("For without Next"), opener);
-        if (peek().is(TokenKind::Identifier) && !atEndOfStatement())
-            next();
+        parseNext(opener, s->target->lower);
         return s;
     }
     auto s = std::make_unique<Stmt>(StmtKind::For, opener.pos);
@@ -862,17 +861,29 @@ StmtPtr Parser::parseFor()
     ++m_loopDepthFor;
     s->body = parseBlock({"next"});
     --m_loopDepthFor;
-    if (!acceptWord("next"))
+    parseNext(opener, s->target->lower);
+    return s;
+}
+
+// "Next", "Next i", or this loop's part of "Next j, i" (which closes the inner loop and then
+// this one at the comma).
+void Parser::parseNext(const Token &opener, const QString &variable)
+{
+    if (m_pendingNext > 0 && peek().isOp(",")) {
+        next();
+        --m_pendingNext;
+        if (!peek().is(TokenKind::Identifier))
+            fail(QStringLiteral("Expected: identifier"));
+    } else if (!acceptWord("next")) {
         fail(QStringLiteral("For without Next"), opener);
+    }
     if (peek().is(TokenKind::Identifier)) {
         const Token &name = next();
-        if (name.lower != s->target->lower)
+        if (name.lower != variable)
             fail(QStringLiteral("Invalid Next control variable reference"), name);
-        // "Next j, i" closes two loops; only the simple form is taken here.
         if (peek().isOp(","))
-            fail(QStringLiteral("Syntax error"));
+            ++m_pendingNext;
     }
-    return s;
 }
 
 StmtPtr Parser::parseDo()

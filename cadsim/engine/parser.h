@@ -48,6 +48,7 @@ private:
     StmtPtr parseStatement();
     StmtPtr parseIf();
     StmtPtr parseFor();
+    void parseNext(const Token &opener, const QString &variable);
     StmtPtr parseDo();
     StmtPtr parseWhile();
     StmtPtr parseSelect();
@@ -77,6 +78,7 @@ private:
     std::size_t m_index = 0;
     int m_nesting = 0; // depth of expressions and blocks, bounded so no input exhausts the stack
     int m_singleLineIf = 0;
+    int m_pendingNext = 0; // loops still to close after "Next j, i"
     int m_loopDepthFor = 0;
     int m_loopDepthDo = 0;
     Procedure *m_procedure = nullptr;
