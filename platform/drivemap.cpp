@@ -216,11 +216,26 @@ QString DriveMap::toNative(const QString &windowsPath) const
 
 QString DriveMap::resolveOnDisk(const QString &base, const QStringList &parts) const
 {
-    // One stat per component: the stat that finds a name in its written case
-    // also stamps the folder for the next component.
+    auto append = [](QString &path, const QString &name) {
+        if (!path.endsWith(QLatin1Char('/')))
+            path += QLatin1Char('/');
+        path += name;
+    };
+    // Mostly the folders exist as written; one stat of the whole folder path
+    // then settles them all and stamps the folder of the last name.
     QString native = base;
-    DiskEntry current = statPath(base);
-    for (qsizetype i = 0; i < parts.size(); ++i) {
+    for (qsizetype i = 0; i + 1 < parts.size(); ++i)
+        append(native, parts.at(i));
+    DiskEntry current = statPath(native);
+    qsizetype first = parts.size() - 1;
+    if (!current.isDirectory) {
+        // Otherwise component by component, one stat each: the stat that
+        // finds a name in its written case also stamps the next folder.
+        native = base;
+        current = statPath(base);
+        first = 0;
+    }
+    for (qsizetype i = qMax<qsizetype>(first, 0); i < parts.size(); ++i) {
         const QString &part = parts.at(i);
         const QString directory = native;
         if (!native.endsWith(QLatin1Char('/')))

@@ -40,6 +40,9 @@ TEST_F(DriveMapTest, ToNativeMatchesLetterAndNamesCaseInsensitively)
     EXPECT_EQ(map.toNative("V:"), m_root);
     // What does not exist yet keeps its written case below the last match.
     EXPECT_EQ(map.toNative("V:\\folder\\New\\Out.PDF"), m_root + "/Folder/New/Out.PDF");
+    // Below a file nothing is looked up.
+    EXPECT_EQ(map.toNative("V:\\folder\\sub\\file.txt\\x"), m_root + "/Folder/Sub/File.TXT/x");
+    EXPECT_EQ(map.toNative("V:\\Folder\\Sub\\File.TXT\\x"), m_root + "/Folder/Sub/File.TXT/x");
 }
 
 TEST_F(DriveMapTest, ToNativeStaysInsideTheRootAndNeedsAMappedDrive)
