@@ -18,15 +18,49 @@ const QString VerTag = QStringLiteral("ver");
 const QString ConfTag = QStringLiteral("conf");
 const QString ExtraTag = QStringLiteral("extra");
 
-// Builds <tag>text</tag> under parent; false when text cannot be written.
-bool appendTextElement(QDomDocument &doc, QDomElement &parent, const QString &tag, const QString &text)
+// Builds <tag>text</tag> under parent.
+void appendTextElement(QDomDocument &doc, QDomNode &parent, const QString &tag, const QString &text)
+{
+    parent.appendChild(doc.createElement(tag)).appendChild(doc.createTextNode(text));
+}
+
+// As above for a value that may hold characters XML cannot carry.
+bool appendCheckedTextElement(QDomDocument &doc, QDomNode &parent, const QString &tag, const QString &text)
 {
     if (!isXmlText(text))
         return false;
-    QDomElement element = doc.createElement(tag);
-    element.appendChild(doc.createTextNode(text));
-    parent.appendChild(element);
+    appendTextElement(doc, parent, tag, text);
     return true;
+}
+
+// An element's text; the usual element holds one text node and nothing else.
+QString elementText(const QDomElement &element)
+{
+    const QDomNode first = element.firstChild();
+    if (first.isText() && first.nextSibling().isNull())
+        return first.nodeValue();
+    return element.text();
+}
+
+FileRecord readSel(const QDomElement &sel)
+{
+    FileRecord record;
+    for (QDomElement child = sel.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
+        const QString tag = child.tagName();
+        if (tag == PathTag)
+            record.path = elementText(child);
+        else if (tag == ConfTag)
+            record.conf = elementText(child);
+        else if (tag == ExtraTag)
+            record.info = elementText(child);
+        else if (tag == VerTag)
+            record.version = toLong(elementText(child));
+        else if (tag == DocIdTag)
+            record.docId = toLong(elementText(child));
+        else if (tag == ProjIdTag)
+            record.projId = toLong(elementText(child));
+    }
+    return record;
 }
 
 } // namespace
@@ -35,27 +69,26 @@ HRESULT write(const std::vector<FileRecord> &records, std::int32_t taskType, QSt
 {
     xml.clear();
     QDomDocument doc;
-    QDomElement root = doc.createElement(SelsTag);
-    doc.appendChild(root);
+    QDomNode root = doc.appendChild(doc.createElement(SelsTag));
     for (const FileRecord &record : records) {
         if (record.isErrorLog)
             continue;
         const FileRecord &selected = record.source ? *record.source : record;
-        QDomElement sel = doc.createElement(SelTag);
-        bool ok = appendTextElement(doc, sel, DocIdTag, QString::number(selected.docId))
-               && appendTextElement(doc, sel, ProjIdTag, QString::number(selected.projId))
-               && appendTextElement(doc, sel, PathTag, selected.path)
-               && appendTextElement(doc, sel, VerTag, QString::number(selected.version));
+        QDomNode sel = root.appendChild(doc.createElement(SelTag));
+        appendTextElement(doc, sel, DocIdTag, QString::number(selected.docId));
+        appendTextElement(doc, sel, ProjIdTag, QString::number(selected.projId));
+        bool ok = appendCheckedTextElement(doc, sel, PathTag, selected.path);
+        if (ok)
+            appendTextElement(doc, sel, VerTag, QString::number(selected.version));
         if (ok && record.source) {
-            ok = appendTextElement(doc, sel, ConfTag, record.conf);
+            ok = appendCheckedTextElement(doc, sel, ConfTag, record.conf);
             if (ok && taskType != 2)
-                ok = appendTextElement(doc, sel, ExtraTag, record.path);
+                ok = appendCheckedTextElement(doc, sel, ExtraTag, record.path);
             else if (ok && record.isPrintEntry)
-                ok = appendTextElement(doc, sel, ExtraTag, record.info);
+                ok = appendCheckedTextElement(doc, sel, ExtraTag, record.info);
         }
         if (!ok)
             return E_INVALIDARG;
-        root.appendChild(sel);
     }
     xml = doc.toString(-1);
     return S_OK;
@@ -89,27 +122,10 @@ std::vector<FileRecord> read(const QString &xml)
     if (!doc.setContent(xml))
         return records;
     const QDomNodeList sels = doc.elementsByTagName(SelTag);
-    records.reserve(static_cast<size_t>(sels.size()));
-    for (int i = 0; i < sels.size(); ++i) {
-        FileRecord record;
-        for (QDomElement child = sels.at(i).firstChildElement(); !child.isNull();
-             child = child.nextSiblingElement()) {
-            const QString tag = child.tagName();
-            if (tag == PathTag)
-                record.path = child.text();
-            else if (tag == ConfTag)
-                record.conf = child.text();
-            else if (tag == ExtraTag)
-                record.info = child.text();
-            else if (tag == VerTag)
-                record.version = toLong(child.text());
-            else if (tag == DocIdTag)
-                record.docId = toLong(child.text());
-            else if (tag == ProjIdTag)
-                record.projId = toLong(child.text());
-        }
-        records.push_back(std::move(record));
-    }
+    const int count = sels.size();
+    records.reserve(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
+        records.push_back(readSel(sels.at(i).toElement()));
     return records;
 }
 
