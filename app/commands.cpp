@@ -13,6 +13,9 @@ int runVaultLsCommand(CommandContext &context);
 int runVaultCardCommand(CommandContext &context);
 int runVaultRefCommand(CommandContext &context);
 #endif
+#ifdef MCTASK_WITH_MACRO_RUN
+int runMacroRunCommand(CommandContext &context);
+#endif
 #ifdef MCTASK_WITH_MACRO
 int runMacroPreviewCommand(CommandContext &context);
 #endif
@@ -53,6 +56,10 @@ const std::vector<CommandEntry> &allCommands()
 #ifdef MCTASK_WITH_MACRO_CHECK
         {"macro", "check", "[--vault DIR] INSTANCE|TASK FILE | FILE.mcb", "report a macro's syntax errors",
          &runMacroCheckCommand},
+#endif
+#ifdef MCTASK_WITH_MACRO_RUN
+        {"macro", "run", "[--vault DIR] [--keep FILE] INSTANCE|TASK FILE", "try a task's macro on one file in the stand-in",
+         &runMacroRunCommand},
 #endif
 #ifdef MCTASK_WITH_TASK
         {"task", "create", "[--vault DIR] NAME --kind convert|print|script", "create and set up a task",

@@ -13,6 +13,14 @@
 #include "cadsim/engine/macroengine.h"
 #endif
 
+#ifdef MCTASK_WITH_MACRO_RUN
+#include "app/standinrun.h"
+#include "platform/codepage.h"
+
+#include <QFileInfo>
+#include <QTemporaryDir>
+#endif
+
 #include <QCommandLineParser>
 #include <QFile>
 
@@ -63,6 +71,31 @@ void applyLaunchChoice(TaskStore &tasks, const PreviewTarget &target, const QStr
     }
 }
 
+// The macro a run would build for one vault file: the instance's (or task's)
+// macro with its launch choice for that file unless config or version say
+// otherwise. Throws HostError for host failures, CliError for bad input.
+QString buildMacroForFile(const QString &vaultDir, const QString &targetArgument, const QString &fileArgument,
+                          const QString &command, const std::optional<QString> &config, std::int32_t version)
+{
+    const std::shared_ptr<VaultStore> store = openLocatedVault(vaultDir);
+    const QString filePath = store->paths().toWindows(vaultPathArgument(*store, fileArgument));
+    TaskStore tasks(store);
+    const PreviewTarget target = findTarget(tasks, targetArgument, command);
+    QString cfgOrSheet = config.value_or(QString());
+    applyLaunchChoice(tasks, target, filePath, config ? nullptr : &cfgOrSheet, version);
+    auto vault = std::make_shared<EmbeddedVault>(store);
+    const PreviewFile file = findPreviewFile(*vault, filePath, cfgOrSheet, version);
+    return previewFileMacro(vault, target.instance, file);
+}
+
+int reportHostError(CommandContext &context, const HostError &e)
+{
+    context.err << "mctask: " << errorName(e.code()) << ": "
+                << (e.context().isEmpty() ? errorText(e.code()) : e.context()) << '\n';
+    context.err.flush();
+    return 1;
+}
+
 int runMacroPreview(CommandContext &context)
 {
     QCommandLineParser parser;
@@ -101,22 +134,14 @@ int runMacroPreview(CommandContext &context)
             throw CliError(QStringLiteral("macro preview: '%1' is not a version number").arg(parser.value(versionOption)));
     }
 
-    const std::shared_ptr<VaultStore> store = openLocatedVault(parser.value(vaultOption));
-    const QString filePath = store->paths().toWindows(vaultPathArgument(*store, args[1]));
-    TaskStore tasks(store);
     try {
-        const PreviewTarget target = findTarget(tasks, args[0], QStringLiteral("macro preview"));
-        QString cfgOrSheet = parser.value(configOption);
-        applyLaunchChoice(tasks, target, filePath, parser.isSet(configOption) ? nullptr : &cfgOrSheet, version);
-        auto vault = std::make_shared<EmbeddedVault>(store);
-        const PreviewFile file = findPreviewFile(*vault, filePath, cfgOrSheet, version);
-        context.out << previewFileMacro(vault, target.instance, file);
+        context.out << buildMacroForFile(parser.value(vaultOption), args[0], args[1], QStringLiteral("macro preview"),
+                                         parser.isSet(configOption) ? std::optional(parser.value(configOption))
+                                                                    : std::nullopt,
+                                         version);
         context.out.flush();
     } catch (const HostError &e) {
-        context.err << "mctask: " << errorName(e.code()) << ": "
-                    << (e.context().isEmpty() ? errorText(e.code()) : e.context()) << '\n';
-        context.err.flush();
-        return 1;
+        return reportHostError(context, e);
     }
     return 0;
 }
@@ -163,23 +188,72 @@ int runMacroCheck(CommandContext &context)
     if (args.size() != 2)
         throw CliError(QStringLiteral("macro check: expected INSTANCE|TASK FILE, or FILE.mcb (see --help)"));
 
-    const std::shared_ptr<VaultStore> store = openLocatedVault(parser.value(vaultOption));
-    const QString filePath = store->paths().toWindows(vaultPathArgument(*store, args[1]));
-    TaskStore tasks(store);
     try {
-        const PreviewTarget target = findTarget(tasks, args[0], QStringLiteral("macro check"));
-        QString cfgOrSheet;
-        std::int32_t version = 0;
-        applyLaunchChoice(tasks, target, filePath, &cfgOrSheet, version);
-        auto vault = std::make_shared<EmbeddedVault>(store);
-        const PreviewFile file = findPreviewFile(*vault, filePath, cfgOrSheet, version);
-        return reportCheck(context, args[1], previewFileMacro(vault, target.instance, file));
+        return reportCheck(context, args[1],
+                           buildMacroForFile(parser.value(vaultOption), args[0], args[1], QStringLiteral("macro check"),
+                                             std::nullopt, 0));
     } catch (const HostError &e) {
-        context.err << "mctask: " << errorName(e.code()) << ": "
-                    << (e.context().isEmpty() ? errorText(e.code()) : e.context()) << '\n';
-        context.err.flush();
+        return reportHostError(context, e);
+    }
+}
+#endif
+
+#ifdef MCTASK_WITH_MACRO_RUN
+int runMacroRun(CommandContext &context)
+{
+    QCommandLineParser parser;
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
+    const QCommandLineOption vaultOption(QStringLiteral("vault"), QStringLiteral("The vault's folder."),
+                                         QStringLiteral("DIR"));
+    const QCommandLineOption keepOption(QStringLiteral("keep"), QStringLiteral("Also write the macro to this file."),
+                                        QStringLiteral("FILE"));
+    parser.addOptions({help, vaultOption, keepOption});
+    if (!parser.parse(QStringList{QStringLiteral("mctask")} + context.args))
+        throw CliError(parser.errorText() + QStringLiteral(" (see --help)"));
+    if (parser.isSet(help)) {
+        context.out << "Usage: mctask macro run [--vault DIR] [--keep FILE] INSTANCE|TASK FILE\n\n"
+                       "Builds the macro a run would build for FILE (as 'macro preview' prints it), starts\n"
+                       "the stand-in Mecadra (MCTASK_MCSIM, else the one of this build), runs the macro in\n"
+                       "it and lists the files it saved. Nothing is added to the vault: this tries a task's\n"
+                       "macro on one file. Exit status 0 when the macro ran without error, 1 otherwise.\n\n"
+                    << parser.helpText().mid(parser.helpText().indexOf(QLatin1String("Options:")));
+        return 0;
+    }
+    const QStringList args = parser.positionalArguments();
+    if (args.size() != 2)
+        throw CliError(QStringLiteral("macro run: expected INSTANCE|TASK and FILE (see --help)"));
+    const QString program = defaultStandInProgram();
+    if (program.isEmpty())
+        throw CliError(QStringLiteral("macro run: no stand-in program found; set MCTASK_MCSIM"));
+
+    QString macro;
+    try {
+        macro = buildMacroForFile(parser.value(vaultOption), args[0], args[1], QStringLiteral("macro run"),
+                                  std::nullopt, 0);
+    } catch (const HostError &e) {
+        return reportHostError(context, e);
+    }
+    QTemporaryDir folder;
+    const QString macroFile = parser.isSet(keepOption) ? parser.value(keepOption)
+                                                       : folder.filePath(QStringLiteral("McMacro1.mcb"));
+    QFile out(macroFile);
+    if (!out.open(QIODevice::WriteOnly) || out.write(toWindows1252(macro)) < 0)
+        throw CliError(QStringLiteral("macro run: cannot write %1").arg(macroFile));
+    out.close();
+
+    const StandInRunResult result = runMacroInStandIn(program, QFileInfo(macroFile).absoluteFilePath());
+    for (const QString &saved : result.savedFiles)
+        context.out << "saved " << saved << '\n';
+    if (!result.failure.isEmpty()) {
+        context.out.flush();
+        context.err << "mctask: macro run: " << result.failure << '\n';
         return 1;
     }
+    context.out << (result.ran ? "the macro ran" : "the macro did not run") << ", error code " << result.errorCode
+                << '\n';
+    context.out.flush();
+    return result.ran && result.errorCode == 0 ? 0 : 1;
 }
 #endif
 
@@ -189,6 +263,13 @@ int runMacroCheck(CommandContext &context)
 int runMacroCheckCommand(CommandContext &context)
 {
     return runMacroCheck(context);
+}
+#endif
+
+#ifdef MCTASK_WITH_MACRO_RUN
+int runMacroRunCommand(CommandContext &context)
+{
+    return runMacroRun(context);
 }
 #endif
 

@@ -1,0 +1,133 @@
+// A conversion task's macro, built by the add-in's macro generation from the
+// conversion template, run in the stand-in on sample documents of a vault.
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct ProgramRun {
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+// What the conversion task's set-up pages store when confirmed as they come.
+const QStringList ConversionDefaults = {
+    "FileFormat=Adobe PDF (*.pdf)", "OutputPath2=", "ErrorLogPath=Logs", "OutputConfs:int=3", "FileConfs:int=5",
+    "OutputSheets:int=3", "FileSheets:int=5", "NamedConf=Default", "NamedSheet=Default", "PdfInColor:bool=true",
+    "PdfEmbedFonts:bool=true", "PdfHighQuality:bool=false", "PdfPrintHeaderFooter:bool=false",
+    "PdfUsePrinterLineWeights:bool=true", "GlmpOkayToMeasure:bool=false", "GlmpAllowExportOfSTL:bool=false",
+    "GlmpSaveShadedData:bool=true", "GlmpSaveBOM:bool=true", "GlmpSaveMotionStudies:bool=true",
+    "GlmpSaveMotionStudiesToAllConfs:bool=false", "GlmpRecalcMotionStudies:bool=true", "VrmlOutputAsUnit:int=0",
+    "VrmlSaveAssemblyAsOneFile:bool=false", "AcisGeometry:int=0", "AcisVersion:int=18", "AcisOutputAsUnit:int=0",
+    "ParasolidVersion:int=17", "ParasolidFlattenHierarchy:bool=false", "IgesExportSolidSurface:bool=true",
+    "IgesRepresentation:int=0", "IgesExportWireframe:bool=false", "IgesCurveRepresentation:int=0",
+    "IgesSystem:int=0", "IgesExportFreeCurves:bool=true", "IgesExportSketchEntities:bool=false",
+    "IgesHighCurveAccuracy:bool=true", "IgesComponentsIntoOneFile:bool=true",
+    "IgesFlattenAssemblyHierarchy:bool=true", "StepGeometry:int=0", "StepVersion:int=203", "StlOutputAs:bool=true",
+    "StlOutputAsUnit:int=0", "StlQuality:int=1", "StlDontTranslatePositive:bool=false",
+    "StlComponentsIntoOneFile:bool=false", "StlCheckForInterferences:bool=false", "TifImageType:int=1",
+    "TifCompressionScheme:int=0"};
+
+class MacroRunTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_home.isValid() && m_work.isValid());
+        m_vault = m_work.filePath("vault");
+        ASSERT_EQ(run({"vault", "init", m_vault, "--name", "E2E"}).status, 0);
+        const QString samples = QStringLiteral(MCTASK_SAMPLES);
+        const ProgramRun added = run({"vault", "add", "--vault", m_vault, samples + "/layout.mcddrw",
+                                      samples + "/bracket.mcdprt", "--to", "Parts"});
+        ASSERT_EQ(added.status, 0) << added.err.toStdString();
+        const ProgramRun created = run({"task", "create", "--vault", m_vault, "Convert", "--kind", "convert"});
+        ASSERT_EQ(created.status, 0) << created.err.toStdString();
+    }
+
+    ProgramRun run(const QStringList &args)
+    {
+        QProcess process;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("MCTASK_HOME", m_home.path());
+        env.insert("QT_QPA_PLATFORM", "offscreen");
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(MCTASK_PROGRAM), args);
+        process.waitForFinished(120000);
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+
+    void setTask(QStringList settings)
+    {
+        const ProgramRun set = run(QStringList{"task", "set", "--vault", m_vault, "Convert"} + settings);
+        ASSERT_EQ(set.status, 0) << set.err.toStdString();
+    }
+
+    QJsonObject exportOf(const QString &relative)
+    {
+        QFile file(QDir(m_vault).filePath(relative));
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        return QJsonDocument::fromJson(file.readAll()).object();
+    }
+
+    QTemporaryDir m_home;
+    QTemporaryDir m_work;
+    QString m_vault;
+};
+
+TEST_F(MacroRunTest, EverySheetOfADrawingBecomesOnePdf)
+{
+    setTask(ConversionDefaults + QStringList{R"(OutputPath=<Path>\PDF\<Filename>_<Configuration>)"});
+    const ProgramRun ran = run({"macro", "run", "--vault", m_vault, "Convert", R"(V:\Parts\layout.mcddrw)"});
+    ASSERT_EQ(ran.status, 0) << ran.out.toStdString() << ran.err.toStdString();
+    EXPECT_EQ(ran.out, "saved V:\\Parts\\PDF\\layout_Sheet1.pdf\n"
+                       "saved V:\\Parts\\PDF\\layout_Sheet2.pdf\n"
+                       "saved V:\\Parts\\PDF\\layout_Detail A.pdf\n"
+                       "the macro ran, error code 0\n");
+    const QJsonObject sheet2 = exportOf("Parts/PDF/layout_Sheet2.pdf");
+    EXPECT_EQ(sheet2.value("format").toString(), "pdf");
+    EXPECT_EQ(sheet2.value("source").toString(), "V:\\Parts\\layout.mcddrw");
+    EXPECT_EQ(sheet2.value("sheets").toVariant().toStringList(), QStringList{"Sheet2"});
+    EXPECT_TRUE(sheet2.value("preferences").toObject().value("mcPDFExportInColor").toBool());
+}
+
+TEST_F(MacroRunTest, AllSheetsInOneFileAndConfigurationsByIndex)
+{
+    // All sheets into one file; configurations into a pattern without a
+    // configuration placeholder get index suffixes.
+    setTask(ConversionDefaults + QStringList{"FileSheets:int=3", R"(OutputPath=<Path>\Out\<Filename>)"});
+    ProgramRun ran = run({"macro", "run", "--vault", m_vault, "Convert", R"(V:\Parts\layout.mcddrw)"});
+    ASSERT_EQ(ran.status, 0) << ran.out.toStdString() << ran.err.toStdString();
+    EXPECT_EQ(exportOf("Parts/Out/layout.pdf").value("sheets").toVariant().toStringList(),
+              (QStringList{"Sheet1", "Sheet2", "Detail A"}));
+
+    ran = run({"macro", "run", "--vault", m_vault, "Convert", R"(V:\Parts\bracket.mcdprt)"});
+    ASSERT_EQ(ran.status, 0) << ran.out.toStdString() << ran.err.toStdString();
+    for (const char *name : {"Parts/Out/bracket_0.pdf", "Parts/Out/bracket_1.pdf", "Parts/Out/bracket_2.pdf"})
+        EXPECT_TRUE(QFile::exists(QDir(m_vault).filePath(name))) << name;
+}
+
+TEST_F(MacroRunTest, ASettingLeftOutIsCaughtBeforeAnythingRuns)
+{
+    QStringList settings = ConversionDefaults;
+    settings.removeIf([](const QString &s) { return s.startsWith("OutputSheets"); });
+    setTask(settings + QStringList{R"(OutputPath=<Path>\PDF\<Filename>)"});
+    const ProgramRun checked = run({"macro", "check", "--vault", m_vault, "Convert", R"(V:\Parts\layout.mcddrw)"});
+    EXPECT_EQ(checked.status, 1);
+    EXPECT_TRUE(checked.out.startsWith("V:\\Parts\\layout.mcddrw:")) << checked.out.toStdString();
+
+    const ProgramRun ran = run({"macro", "run", "--vault", m_vault, "Convert", R"(V:\Parts\layout.mcddrw)"});
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_EQ(ran.out, "the macro did not run, error code 3\n");
+    EXPECT_FALSE(QDir(m_vault).exists("Parts/PDF"));
+}
+
+} // namespace
