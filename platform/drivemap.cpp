@@ -14,6 +14,7 @@
 #include <QSaveFile>
 #include <atomic>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -282,7 +283,11 @@ QString DriveMap::listedMatch(const QString &directory, const FileStamp &directo
     const QStringList entries = FileSystem::instance().entries(directory);
     const QString folded = name.toCaseFolded();
     const std::int64_t nowNs = Clock::instance().now().toMSecsSinceEpoch() * 1000000;
-    if (!settled(directoryStamp, nowNs)) {
+    // An unreadable folder lists empty; its permissions may change without
+    // its time changing, so such a listing is not kept.
+    const bool keep = settled(directoryStamp, nowNs) &&
+                      (!entries.isEmpty() || ::access(QFile::encodeName(directory).constData(), R_OK) == 0);
+    if (!keep) {
         QStringList candidates;
         for (const QString &entry : entries) {
             if (entry.toCaseFolded() == folded)
