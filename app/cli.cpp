@@ -1,5 +1,6 @@
 #include "app/cli.h"
 
+#include <QCommandLineParser>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -36,4 +37,41 @@ void printJson(QTextStream &out, const QJsonValue &value)
         doc = QJsonDocument(value.toObject());
     out << doc.toJson(QJsonDocument::Indented);
     out.flush();
+}
+
+const QCommandLineOption &helpOption()
+{
+    static const QCommandLineOption option({QStringLiteral("h"), QStringLiteral("help")},
+                                           QStringLiteral("Show this help."));
+    return option;
+}
+
+const QCommandLineOption &vaultOption()
+{
+    static const QCommandLineOption option(QStringLiteral("vault"), QStringLiteral("The vault's folder."),
+                                           QStringLiteral("DIR"));
+    return option;
+}
+
+const QCommandLineOption &jsonOption()
+{
+    static const QCommandLineOption option(QStringLiteral("json"), QStringLiteral("Print JSON for scripts."));
+    return option;
+}
+
+bool parseCommandLine(QCommandLineParser &parser, CommandContext &context, const QString &usage,
+                      const QString &about)
+{
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    parser.addOption(helpOption());
+    if (!parser.parse(QStringList{QStringLiteral("mctask")} + context.args))
+        throw CliError(parser.errorText() + QStringLiteral(" (see --help)"));
+    if (!parser.isSet(helpOption()))
+        return true;
+    // Qt's own usage line names the program only; ours is the real one.
+    const QString help = parser.helpText();
+    context.out << "Usage: mctask " << usage << "\n\n" << about << "\n\n"
+                << help.mid(help.indexOf(QLatin1String("Options:")));
+    context.out.flush();
+    return false;
 }

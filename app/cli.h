@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCommandLineOption>
 #include <QJsonValue>
 #include <QStringList>
 #include <QTextStream>
@@ -34,6 +35,18 @@ struct CommandEntry {
 
 // The table of all commands; each command file adds its entries here.
 const std::vector<CommandEntry> &allCommands();
+
+// Options many commands share.
+const QCommandLineOption &helpOption();
+const QCommandLineOption &vaultOption();
+const QCommandLineOption &jsonOption();
+
+class QCommandLineParser;
+// Parses the command's arguments with parser, to which --help is added.
+// Bad input throws CliError; --help prints "Usage: mctask <usage>", the
+// about text and the options, and gives false.
+bool parseCommandLine(QCommandLineParser &parser, CommandContext &context, const QString &usage,
+                      const QString &about);
 
 // Helpers shared by the commands.
 void printTable(QTextStream &out, const QStringList &headers, const std::vector<QStringList> &rows);

@@ -99,10 +99,6 @@ int reportHostError(CommandContext &context, const HostError &e)
 int runMacroPreview(CommandContext &context)
 {
     QCommandLineParser parser;
-    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
-    const QCommandLineOption vaultOption(QStringLiteral("vault"), QStringLiteral("The vault's folder."),
-                                         QStringLiteral("DIR"));
     const QCommandLineOption configOption(
         QStringLiteral("config"),
         QStringLiteral("Configuration or sheet chosen at launch (default: the instance's, else none)."),
@@ -110,19 +106,15 @@ int runMacroPreview(CommandContext &context)
     const QCommandLineOption versionOption(
         QStringLiteral("version"), QStringLiteral("File version to use (default: the instance's, else the latest)."),
         QStringLiteral("N"));
-    parser.addOptions({help, vaultOption, configOption, versionOption});
-    if (!parser.parse(QStringList{QStringLiteral("mctask")} + context.args))
-        throw CliError(parser.errorText() + QStringLiteral(" (see --help)"));
-    if (parser.isSet(help)) {
-        context.out << "Usage: mctask macro preview [--vault DIR] [--config NAME] [--version N] INSTANCE|TASK FILE\n\n"
-                       "Prints the macro that a run would hand the CAD application for FILE: the task's\n"
-                       "macro text with the option placeholders filled from the instance's (or the task's)\n"
-                       "variables and the file placeholders from the file's vault data. INSTANCE is an\n"
-                       "instance identifier ({...}) or number, TASK a task name. For a task, which has\n"
-                       "no instance yet, <TaskInstanceGuid> stays as it is.\n\n"
-                    << parser.helpText().mid(parser.helpText().indexOf(QLatin1String("Options:")));
+    parser.addOptions({vaultOption(), configOption, versionOption});
+    if (!parseCommandLine(parser, context, QStringLiteral("macro preview [--vault DIR] [--config NAME] [--version N] INSTANCE|TASK FILE"),
+                          QStringLiteral(
+                              "Prints the macro that a run would hand the CAD application for FILE: the task's\n"
+                              "macro text with the option placeholders filled from the instance's (or the task's)\n"
+                              "variables and the file placeholders from the file's vault data. INSTANCE is an\n"
+                              "instance identifier ({...}) or number, TASK a task name. For a task, which has\n"
+                              "no instance yet, <TaskInstanceGuid> stays as it is.")))
         return 0;
-    }
     const QStringList args = parser.positionalArguments();
     if (args.size() != 2)
         throw CliError(QStringLiteral("macro preview: expected INSTANCE|TASK and FILE (see --help)"));
@@ -135,7 +127,7 @@ int runMacroPreview(CommandContext &context)
     }
 
     try {
-        context.out << buildMacroForFile(parser.value(vaultOption), args[0], args[1], QStringLiteral("macro preview"),
+        context.out << buildMacroForFile(parser.value(vaultOption()), args[0], args[1], QStringLiteral("macro preview"),
                                          parser.isSet(configOption) ? std::optional(parser.value(configOption))
                                                                     : std::nullopt,
                                          version);
@@ -162,22 +154,13 @@ int reportCheck(CommandContext &context, const QString &name, const QString &mac
 int runMacroCheck(CommandContext &context)
 {
     QCommandLineParser parser;
-    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
-    const QCommandLineOption vaultOption(QStringLiteral("vault"), QStringLiteral("The vault's folder."),
-                                         QStringLiteral("DIR"));
-    parser.addOptions({help, vaultOption});
-    if (!parser.parse(QStringList{QStringLiteral("mctask")} + context.args))
-        throw CliError(parser.errorText() + QStringLiteral(" (see --help)"));
-    if (parser.isSet(help)) {
-        context.out << "Usage: mctask macro check [--vault DIR] INSTANCE|TASK FILE\n"
-                       "       mctask macro check FILE.mcb\n\n"
-                       "Compiles the macro a run would build for FILE (as 'macro preview' prints it), or a\n"
-                       "macro file as it is, without running anything. Exit status 0 when it compiles, 1 with\n"
-                       "\"FILE:LINE:COLUMN: message\" when it does not.\n\n"
-                    << parser.helpText().mid(parser.helpText().indexOf(QLatin1String("Options:")));
+    parser.addOptions({vaultOption()});
+    if (!parseCommandLine(parser, context, QStringLiteral("macro check [--vault DIR] INSTANCE|TASK FILE\n       mctask macro check FILE.mcb"),
+                          QStringLiteral(
+                              "Compiles the macro a run would build for FILE (as 'macro preview' prints it), or a\n"
+                              "macro file as it is, without running anything. Exit status 0 when it compiles, 1 with\n"
+                              "\"FILE:LINE:COLUMN: message\" when it does not.")))
         return 0;
-    }
     const QStringList args = parser.positionalArguments();
     if (args.size() == 1) {
         QFile file(args.first());
@@ -190,7 +173,7 @@ int runMacroCheck(CommandContext &context)
 
     try {
         return reportCheck(context, args[1],
-                           buildMacroForFile(parser.value(vaultOption), args[0], args[1], QStringLiteral("macro check"),
+                           buildMacroForFile(parser.value(vaultOption()), args[0], args[1], QStringLiteral("macro check"),
                                              std::nullopt, 0));
     } catch (const HostError &e) {
         return reportHostError(context, e);
@@ -202,24 +185,16 @@ int runMacroCheck(CommandContext &context)
 int runMacroRun(CommandContext &context)
 {
     QCommandLineParser parser;
-    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
-    const QCommandLineOption vaultOption(QStringLiteral("vault"), QStringLiteral("The vault's folder."),
-                                         QStringLiteral("DIR"));
     const QCommandLineOption keepOption(QStringLiteral("keep"), QStringLiteral("Also write the macro to this file."),
                                         QStringLiteral("FILE"));
-    parser.addOptions({help, vaultOption, keepOption});
-    if (!parser.parse(QStringList{QStringLiteral("mctask")} + context.args))
-        throw CliError(parser.errorText() + QStringLiteral(" (see --help)"));
-    if (parser.isSet(help)) {
-        context.out << "Usage: mctask macro run [--vault DIR] [--keep FILE] INSTANCE|TASK FILE\n\n"
-                       "Builds the macro a run would build for FILE (as 'macro preview' prints it), starts\n"
-                       "the stand-in Mecadra (MCTASK_MCSIM, else the one of this build), runs the macro in\n"
-                       "it and lists the files it saved. Nothing is added to the vault: this tries a task's\n"
-                       "macro on one file. Exit status 0 when the macro ran without error, 1 otherwise.\n\n"
-                    << parser.helpText().mid(parser.helpText().indexOf(QLatin1String("Options:")));
+    parser.addOptions({vaultOption(), keepOption});
+    if (!parseCommandLine(parser, context, QStringLiteral("macro run [--vault DIR] [--keep FILE] INSTANCE|TASK FILE"),
+                          QStringLiteral(
+                              "Builds the macro a run would build for FILE (as 'macro preview' prints it), starts\n"
+                              "the stand-in Mecadra (MCTASK_MCSIM, else the one of this build), runs the macro in\n"
+                              "it and lists the files it saved. Nothing is added to the vault: this tries a task's\n"
+                              "macro on one file. Exit status 0 when the macro ran without error, 1 otherwise.")))
         return 0;
-    }
     const QStringList args = parser.positionalArguments();
     if (args.size() != 2)
         throw CliError(QStringLiteral("macro run: expected INSTANCE|TASK and FILE (see --help)"));
@@ -229,7 +204,7 @@ int runMacroRun(CommandContext &context)
 
     QString macro;
     try {
-        macro = buildMacroForFile(parser.value(vaultOption), args[0], args[1], QStringLiteral("macro run"),
+        macro = buildMacroForFile(parser.value(vaultOption()), args[0], args[1], QStringLiteral("macro run"),
                                   std::nullopt, 0);
     } catch (const HostError &e) {
         return reportHostError(context, e);

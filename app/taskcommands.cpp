@@ -26,9 +26,8 @@ const QString SetupPagesMissing = QStringLiteral("the set-up pages of this task 
 
 // The options every task command may take; each command adds those it uses.
 struct TaskOptions {
-    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help.")};
-    QCommandLineOption vault{QStringLiteral("vault"), QStringLiteral("The vault's folder."), QStringLiteral("DIR")};
-    QCommandLineOption json{QStringLiteral("json"), QStringLiteral("Machine-readable output.")};
+    const QCommandLineOption &vault = vaultOption();
+    const QCommandLineOption &json = jsonOption();
     QCommandLineOption gui{QStringLiteral("gui"), QStringLiteral("Open the host's windows.")};
     QCommandLineOption kind{QStringLiteral("kind"), QStringLiteral("convert, print or script."), QStringLiteral("KIND")};
     QCommandLineOption set{QStringLiteral("set"), QStringLiteral("An instance variable (repeatable)."),
@@ -39,20 +38,9 @@ struct TaskOptions {
 bool parseOptions(CommandContext &context, QCommandLineParser &parser, const TaskOptions &options,
                   const QList<QCommandLineOption> &used, const QString &usage, const QString &description)
 {
-    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    parser.addOption(options.help);
     parser.addOption(options.vault);
     parser.addOptions(used);
-    if (!parser.parse(QStringList{QStringLiteral("mctask")} + context.args))
-        throw CliError(parser.errorText() + QStringLiteral(" (see --help)"));
-    if (parser.isSet(options.help)) {
-        context.out << "Usage: mctask " << usage << "\n\n"
-                    << description << "\n\n"
-                    << parser.helpText().mid(parser.helpText().indexOf(QLatin1String("Options:")));
-        context.out.flush();
-        return false;
-    }
-    return true;
+    return parseCommandLine(parser, context, usage, description);
 }
 
 TaskRow requireTask(TaskStore &tasks, const QString &name)

@@ -17,29 +17,6 @@
 
 namespace {
 
-const QCommandLineOption helpOption({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
-const QCommandLineOption vaultOption(QStringLiteral("vault"), QStringLiteral("The vault's folder."),
-                                     QStringLiteral("DIR"));
-const QCommandLineOption jsonOption(QStringLiteral("json"), QStringLiteral("Print JSON for scripts."));
-
-// Parses args; false when --help was asked for and printed.
-bool parse(QCommandLineParser &parser, CommandContext &context, const QString &usage, const QString &about)
-{
-    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    parser.addOption(helpOption);
-    if (!parser.parse(QStringList{QStringLiteral("mctask")} + context.args))
-        throw CliError(parser.errorText() + QStringLiteral(" (see --help)"));
-    if (parser.isSet(helpOption)) {
-        QString options = parser.helpText();
-        // Qt's own usage line names the program only; ours is the real one.
-        options = options.mid(options.indexOf(QLatin1String("Options:")));
-        context.out << "Usage: mctask " << usage << "\n\n" << about << "\n\n" << options;
-        context.out.flush();
-        return false;
-    }
-    return true;
-}
-
 // NAME=VALUE with a non-empty name.
 std::pair<QString, QString> splitAssignment(const QString &text)
 {
@@ -78,7 +55,7 @@ int runVaultInit(CommandContext &context)
                                        QStringLiteral("N"));
     parser.addOptions({name, drive, dateStyle});
     parser.addPositionalArgument(QStringLiteral("DIR"), QStringLiteral("Folder that becomes the vault."));
-    if (!parse(parser, context, QStringLiteral("vault init DIR [--name NAME] [--drive LETTER] [--date-style N]"),
+    if (!parseCommandLine(parser, context, QStringLiteral("vault init DIR [--name NAME] [--drive LETTER] [--date-style N]"),
                QStringLiteral("Creates a vault in DIR (created when missing); its database lives in DIR/.mctask.")))
         return 0;
     if (parser.positionalArguments().size() != 1)
@@ -176,10 +153,10 @@ int runVaultAdd(CommandContext &context)
                                    QStringLiteral("NAME"));
     const QCommandLineOption card(QStringLiteral("card"), QStringLiteral("A card value of the new versions."),
                                   QStringLiteral("NAME=VALUE"));
-    parser.addOptions({vaultOption, jsonOption, to, revision, state, card});
+    parser.addOptions({vaultOption(), jsonOption(), to, revision, state, card});
     parser.addPositionalArgument(QStringLiteral("SRC"), QStringLiteral("Files or folders (native or vault paths)."),
                                  QStringLiteral("SRC..."));
-    if (!parse(parser, context,
+    if (!parseCommandLine(parser, context,
                QStringLiteral("vault add [--vault DIR] SRC... [--to FOLDER] [--revision R] [--state NAME] "
                               "[--card NAME=VALUE]... [--json]"),
                QStringLiteral("Adds files to the vault in one transaction and checks them in. A file already in the\n"
@@ -192,7 +169,7 @@ int runVaultAdd(CommandContext &context)
     for (const QString &assignment : parser.values(card))
         cards.push_back(splitAssignment(assignment));
 
-    const auto store = openLocatedVault(parser.value(vaultOption));
+    const auto store = openLocatedVault(parser.value(vaultOption()));
     std::optional<QString> folder;
     if (parser.isSet(to)) {
         // Absolute: a vault or native path; relative: a folder below the
@@ -269,7 +246,7 @@ int runVaultAdd(CommandContext &context)
     } catch (const HostError &e) {
         return hostFailure(context, e);
     }
-    if (parser.isSet(jsonOption))
+    if (parser.isSet(jsonOption()))
         printJson(context.out, json);
     else
         printTable(context.out, {"ID", "PATH", "VERSION", "ACTION"}, rows);
@@ -279,15 +256,15 @@ int runVaultAdd(CommandContext &context)
 int runVaultLs(CommandContext &context)
 {
     QCommandLineParser parser;
-    parser.addOptions({vaultOption, jsonOption});
+    parser.addOptions({vaultOption(), jsonOption()});
     parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("Folder to list (default: the root)."),
                                  QStringLiteral("[FOLDER]"));
-    if (!parse(parser, context, QStringLiteral("vault ls [--vault DIR] [--json] [FOLDER]"),
+    if (!parseCommandLine(parser, context, QStringLiteral("vault ls [--vault DIR] [--json] [FOLDER]"),
                QStringLiteral("Lists the files in and below a vault folder.")))
         return 0;
     if (parser.positionalArguments().size() > 1)
         throw CliError(QStringLiteral("vault ls: at most one FOLDER (see --help)"));
-    const auto store = openLocatedVault(parser.value(vaultOption));
+    const auto store = openLocatedVault(parser.value(vaultOption()));
     int folderId = VaultStore::RootFolderId;
     if (!parser.positionalArguments().isEmpty()) {
         const QString argument = parser.positionalArguments().first();
@@ -312,7 +289,7 @@ int runVaultLs(CommandContext &context)
                                     {"checked_out", file.lock != VaultLock::None},
                                     {"checked_out_by", file.lockedBy}});
         }
-        if (parser.isSet(jsonOption))
+        if (parser.isSet(jsonOption()))
             printJson(context.out, json);
         else
             printTable(context.out, {"ID", "FOLDER", "PATH", "VERSION", "REVISION", "STATE", "CHECKED OUT"}, rows);
@@ -335,11 +312,11 @@ int runVaultCard(CommandContext &context)
     QCommandLineParser parser;
     const QCommandLineOption conf(QStringLiteral("conf"), QStringLiteral("Configuration (default: the file's own)."),
                                   QStringLiteral("NAME"));
-    parser.addOptions({vaultOption, jsonOption, conf});
+    parser.addOptions({vaultOption(), jsonOption(), conf});
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The vault file."));
     parser.addPositionalArgument(QStringLiteral("NAME"), QStringLiteral("Variables to read, or NAME=VALUE to set."),
                                  QStringLiteral("[NAME[=VALUE]]..."));
-    if (!parse(parser, context, QStringLiteral("vault card [--vault DIR] [--json] [--conf NAME] FILE [NAME[=VALUE]]..."),
+    if (!parseCommandLine(parser, context, QStringLiteral("vault card [--vault DIR] [--json] [--conf NAME] FILE [NAME[=VALUE]]..."),
                QStringLiteral("Reads or sets card variables of the file's latest version. Without NAME it shows\n"
                               "every value; NAME=VALUE sets a text value (defining the variable when new).")))
         return 0;
@@ -357,7 +334,7 @@ int runVaultCard(CommandContext &context)
         else
             reads.append(arg.trimmed());
     }
-    const auto store = openLocatedVault(parser.value(vaultOption));
+    const auto store = openLocatedVault(parser.value(vaultOption()));
     const VaultFileRow file = requireVaultFile(*store, fileArgument, QStringLiteral("vault card"));
     const QString configuration = parser.value(conf);
     try {
@@ -386,7 +363,7 @@ int runVaultCard(CommandContext &context)
             json.insert(name, value ? QJsonValue(variantText(*value)) : QJsonValue());
             rows.push_back({name, value ? variantText(*value) : QString()});
         }
-        if (parser.isSet(jsonOption))
+        if (parser.isSet(jsonOption()))
             printJson(context.out, json);
         else
             printTable(context.out, {"NAME", "VALUE"}, rows);
@@ -401,15 +378,15 @@ int runVaultRef(CommandContext &context)
     QCommandLineParser parser;
     const QCommandLineOption conf(QStringLiteral("conf"), QStringLiteral("Configuration of CHILD that is used."),
                                   QStringLiteral("NAME"));
-    parser.addOptions({vaultOption, conf});
+    parser.addOptions({vaultOption(), conf});
     parser.addPositionalArgument(QStringLiteral("PARENT"), QStringLiteral("The referencing vault file."));
     parser.addPositionalArgument(QStringLiteral("CHILD"), QStringLiteral("The referenced vault file."));
-    if (!parse(parser, context, QStringLiteral("vault ref [--vault DIR] PARENT CHILD [--conf NAME]"),
+    if (!parseCommandLine(parser, context, QStringLiteral("vault ref [--vault DIR] PARENT CHILD [--conf NAME]"),
                QStringLiteral("Makes the latest version of PARENT reference the latest version of CHILD.")))
         return 0;
     if (parser.positionalArguments().size() != 2)
         throw CliError(QStringLiteral("vault ref: expected PARENT and CHILD (see --help)"));
-    const auto store = openLocatedVault(parser.value(vaultOption));
+    const auto store = openLocatedVault(parser.value(vaultOption()));
     const VaultFileRow parent = requireVaultFile(*store, parser.positionalArguments()[0], QStringLiteral("vault ref"));
     const VaultFileRow child = requireVaultFile(*store, parser.positionalArguments()[1], QStringLiteral("vault ref"));
     if (parent.id == child.id)
