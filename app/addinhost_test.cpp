@@ -3,9 +3,10 @@
 #include "host/testing/faketask.h"
 #include "platform/jsonregistrystore.h"
 
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#include "tests/programrun.h"
 
 namespace {
 
@@ -23,14 +24,12 @@ protected:
 
     QString registryFile() const { return m_home.filePath("registry.json"); }
 
-    int runProgram(const QStringList &args, QString *err = nullptr)
+    int runMctask(const QStringList &args, QString *err = nullptr)
     {
-        QProcess p;
-        p.start(QStringLiteral(MCTASK_PROGRAM), args);
-        p.waitForFinished(30000);
+        const ProgramRun run = runProgram(QStringLiteral(MCTASK_PROGRAM), args, ProgramSetting(m_home.path()).timeout(30000));
         if (err)
-            *err = QString::fromLocal8Bit(p.readAllStandardError());
-        return p.exitCode();
+            *err = run.err;
+        return run.status;
     }
 
     QTemporaryDir m_home;
@@ -69,19 +68,19 @@ TEST_F(AddInHostTest, ARegisteredModuleIsLoadedThroughTheRegistryAndGetsOnlyHook
 
 TEST_F(AddInHostTest, ProgramRegistersAndUnregistersTheModule)
 {
-    ASSERT_EQ(runProgram({"addin", "register", QStringLiteral(MCTASK_ADDIN_MODULE)}), 0);
-    ASSERT_EQ(runProgram({"addin", "register", QStringLiteral(MCTASK_ADDIN_MODULE)}), 0);
+    ASSERT_EQ(runMctask({"addin", "register", QStringLiteral(MCTASK_ADDIN_MODULE)}), 0);
+    ASSERT_EQ(runMctask({"addin", "register", QStringLiteral(MCTASK_ADDIN_MODULE)}), 0);
     {
         JsonRegistryStore registry(registryFile());
         EXPECT_TRUE(registry.keyExists(RegistryRoot::ClassesRoot, RegistryView::Native, "CLSID\\" + ClassId));
     }
-    ASSERT_EQ(runProgram({"addin", "unregister"}), 0);
+    ASSERT_EQ(runMctask({"addin", "unregister"}), 0);
     JsonRegistryStore registry(registryFile());
     EXPECT_FALSE(registry.keyExists(RegistryRoot::ClassesRoot, RegistryView::Native, "CLSID\\" + ClassId));
     EXPECT_TRUE(registry.keyExists(RegistryRoot::ClassesRoot, RegistryView::Native, "CLSID"));
 
     QString err;
-    EXPECT_EQ(runProgram({"addin", "register", m_home.filePath("missing.so")}, &err), 2);
+    EXPECT_EQ(runMctask({"addin", "register", m_home.filePath("missing.so")}, &err), 2);
     EXPECT_TRUE(err.startsWith("mctask: no such module")) << err.toStdString();
     EXPECT_EQ(err.count('\n'), 1);
 }

@@ -1,31 +1,18 @@
 #include "platform/qtestprint.h"
 
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-namespace {
+#include "tests/programrun.h"
 
-struct ProgramRun {
-    int status = -1;
-    QString out;
-    QString err;
-};
+namespace {
 
 // Runs the built program with its own empty home, so no settings or
 // translations of the machine change the texts.
 ProgramRun runMctask(const QStringList &args)
 {
     QTemporaryDir home;
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("MCTASK_HOME", home.path());
-    process.setProcessEnvironment(env);
-    process.start(MCTASK_ERROR_PROGRAM, args);
-    if (!process.waitForFinished(30000))
-        return {};
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    return runProgram(MCTASK_ERROR_PROGRAM, args, ProgramSetting(home.path()).timeout(30000));
 }
 
 } // namespace

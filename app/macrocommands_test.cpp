@@ -3,17 +3,12 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-namespace {
+#include "tests/programrun.h"
 
-struct ProgramRun {
-    int status = -1;
-    QString out;
-    QString err;
-};
+namespace {
 
 // A vault made and filled by the program itself, under a home of its own,
 // with one task and one instance of it.
@@ -56,17 +51,8 @@ protected:
 
     ProgramRun run(const QStringList &args)
     {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("MCTASK_HOME", m_home.path());
-        env.remove("MCTASK_VAULT");
-        process.setProcessEnvironment(env);
-        process.setWorkingDirectory(m_work.path());
-        process.start(MCTASK_PROGRAM, args);
-        if (!process.waitForFinished(30000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+        return runProgram(MCTASK_PROGRAM, args,
+                          ProgramSetting(m_home.path()).in(m_work.path()).timeout(30000));
     }
 
     QTemporaryDir m_home;

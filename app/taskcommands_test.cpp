@@ -8,21 +8,13 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include "tests/programrun.h"
+
 namespace {
-
-struct ProgramRun {
-    int status = -1;
-    QString out;
-    QString err;
-
-    QString lastLine() const { return out.trimmed().section('\n', -1); }
-    QJsonDocument json() const { return QJsonDocument::fromJson(out.toUtf8()); }
-};
 
 // A vault with two files, made by the program under a home of its own; the
 // add-in module of this build is found and registered by the first task
@@ -52,17 +44,8 @@ protected:
 
     ProgramRun run(const QStringList &args)
     {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("MCTASK_HOME", m_home.path());
-        env.remove("MCTASK_VAULT");
-        process.setProcessEnvironment(env);
-        process.setWorkingDirectory(m_work.path());
-        process.start(MCTASK_PROGRAM, args);
-        if (!process.waitForFinished(60000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+        return runProgram(MCTASK_PROGRAM, args,
+                          ProgramSetting(m_home.path()).in(m_work.path()).timeout(60000));
     }
 
     // Runs a task command on this test's vault.

@@ -5,18 +5,13 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-namespace {
+#include "tests/programrun.h"
 
-struct ProgramRun {
-    int status = -1;
-    QString out;
-    QString err;
-};
+namespace {
 
 class VaultCommandsTest : public ::testing::Test
 {
@@ -25,19 +20,10 @@ protected:
     // MCTASK_VAULT from the caller's environment.
     ProgramRun run(const QStringList &args, const QString &cwd = {}, const QString &vaultVariable = {})
     {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("MCTASK_HOME", m_dir.path() + "/home");
-        env.remove("MCTASK_VAULT");
-        if (!vaultVariable.isEmpty())
-            env.insert("MCTASK_VAULT", vaultVariable);
-        process.setProcessEnvironment(env);
-        process.setWorkingDirectory(cwd.isEmpty() ? m_dir.path() : cwd);
-        process.start(MCTASK_VAULT_PROGRAM, args);
-        if (!process.waitForFinished(120000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+        return runProgram(MCTASK_VAULT_PROGRAM, args,
+                          ProgramSetting(m_dir.path() + "/home")
+                              .in(cwd.isEmpty() ? m_dir.path() : cwd)
+                              .withVault(vaultVariable));
     }
 
     QString path(const QString &relative) const { return m_dir.path() + '/' + relative; }

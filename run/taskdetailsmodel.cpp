@@ -41,9 +41,9 @@ std::vector<ColumnSpec> columnSpecs(std::int32_t taskType, bool finished)
 TaskDetailsModel::TaskDetailsModel(std::int32_t taskType, bool finished, TextLookup text)
     : m_taskType(taskType), m_finished(finished)
 {
-    for (const ColumnSpec &spec : columnSpecs(taskType, finished)) {
-        const QString english = QString::fromLatin1(spec.english);
-        m_columns.push_back({spec.textId, text ? text(spec.textId, english) : english, spec.widthTenths, spec.field});
+    for (const ColumnSpec &column : columnSpecs(taskType, finished)) {
+        const QString english = QString::fromLatin1(column.english);
+        m_columns.push_back({column.textId, text ? text(column.textId, english) : english, column.widthTenths, column.field});
     }
 }
 

@@ -5,17 +5,12 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-namespace {
+#include "tests/programrun.h"
 
-struct ProgramRun {
-    int status = -1;
-    QString out;
-    QString err;
-};
+namespace {
 
 // What the conversion task's set-up pages store when confirmed as they come.
 const QStringList ConversionDefaults = {
@@ -53,15 +48,7 @@ protected:
 
     ProgramRun run(const QStringList &args)
     {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("MCTASK_HOME", m_home.path());
-        env.insert("QT_QPA_PLATFORM", "offscreen");
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(MCTASK_PROGRAM), args);
-        process.waitForFinished(120000);
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+        return runProgram(QStringLiteral(MCTASK_PROGRAM), args, ProgramSetting(m_home.path()).offscreen());
     }
 
     void setTask(QStringList settings)
