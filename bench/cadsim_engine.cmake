@@ -1,7 +1,8 @@
 # The macro engine: compiling the conversion template, interpreting, and (with the document
 # model) running the conversion template for one file.
 if(TARGET mctask_cadsim_engine)
-  add_executable(cadsim_engine_bench ${CMAKE_CURRENT_LIST_DIR}/cadsim_engine_bench.cpp)
+  add_executable(cadsim_engine_bench ${CMAKE_CURRENT_LIST_DIR}/cadsim_engine_bench.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/guibenchmain.cpp)
   target_compile_definitions(cadsim_engine_bench PRIVATE
     MCTASK_TEMPLATES_DIR="${PROJECT_SOURCE_DIR}/macro/templates"
     MCTASK_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/samples")
@@ -9,6 +10,6 @@ if(TARGET mctask_cadsim_engine)
     target_link_libraries(cadsim_engine_bench PRIVATE mctask_cadsim_model)
     target_compile_definitions(cadsim_engine_bench PRIVATE MCTASK_BENCH_WITH_MODEL)
   endif()
-  target_link_libraries(cadsim_engine_bench PRIVATE mctask_cadsim_engine benchmark::benchmark)
+  target_link_libraries(cadsim_engine_bench PRIVATE mctask_cadsim_engine benchmark::benchmark Qt6::Gui)
   mctask_warnings(cadsim_engine_bench)
 endif()

@@ -134,4 +134,3 @@ BENCHMARK(BM_RunConvertTemplatePerFile)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
-BENCHMARK_MAIN();

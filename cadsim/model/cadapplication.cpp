@@ -1,5 +1,7 @@
 #include "cadsim/model/cadapplication.h"
 
+#include "cadsim/model/exportrecords.h"
+
 #include "cadsim/model/cadconstants.h"
 #include "cadsim/model/modelobserver.h"
 
@@ -23,6 +25,7 @@ CadSettings CadSettings::fromEnvironment(const QProcessEnvironment &env)
     settings.spoolFile = env.value(QStringLiteral("MCSIM_SPOOL_FILE"));
     if (env.contains(QStringLiteral("MCSIM_REVISION")))
         settings.revision = env.value(QStringLiteral("MCSIM_REVISION"));
+    settings.exportRecordFolder = env.value(QStringLiteral("MCSIM_EXPORT_RECORDS"), ExportRecords::defaultFolder());
     return settings;
 }
 

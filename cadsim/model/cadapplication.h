@@ -29,9 +29,11 @@ struct CadSettings
     QString defaultPrinter; // empty: the first printer
     QString spoolFile;      // native path of the print spool
     QString revision = QStringLiteral("21.0.0");
+    QString exportRecordFolder; // where what each export stated is kept; empty: nowhere
 
     // MCSIM_PRINTERS ("name;name=failure text;..."), MCSIM_DEFAULT_PRINTER,
-    // MCSIM_SPOOL_FILE and MCSIM_REVISION, each when set.
+    // MCSIM_SPOOL_FILE and MCSIM_REVISION, each when set; MCSIM_EXPORT_RECORDS,
+    // else the stand-in's folder under the per-user home.
     static CadSettings fromEnvironment(const QProcessEnvironment &env);
 };
 
@@ -84,6 +86,7 @@ public:
     const PrinterInfo *findPrinter(const QString &name) const;
     QString defaultPrinter() const;
     QString spoolFile() const { return m_settings.spoolFile; }
+    QString exportRecordFolder() const { return m_settings.exportRecordFolder; }
     void setSpoolFile(const QString &nativePath) { m_settings.spoolFile = nativePath; }
 
     // Messages of the prints since the last call; reading them clears them.

@@ -214,9 +214,11 @@ DocumentType importTypeOfExtension(const QString &extension)
 
 bool canExportTo(DocumentType type, const QString &extension)
 {
-    static const QStringList model = {"pdf", "igs", "iges", "step", "stp", "sat", "x_t", "x_b",
-                                      "wrl", "stl", "tif", "psd", "jpg", "3dm"};
-    static const QStringList drawing = {"pdf", "dxf", "dwg", "tif", "psd", "jpg", "glmp"};
+    static const QStringList model = {"pdf", "igs", "iges", "step", "stp", "sat", "x_t", "x_b", "wrl", "stl",
+                                      "tif", "psd", "jpg", "png", "bmp", "3dm", "ai", "scnxml", "kgr", "zpk",
+                                      "hsf", "xaml", "u3d", "vda"};
+    static const QStringList drawing = {"pdf", "dxf", "dwg", "tif", "psd", "jpg", "png", "bmp", "glmp", "ai",
+                                        "scnxml", "xaml"};
     const QString ext = extension.toLower();
     if (nativeTypeOfExtension(ext) == type && type != DocumentType::None)
         return true;

@@ -4,7 +4,6 @@
 #include "cadsim/model/preferences.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 
 QJsonObject exportDescriptionJson(const ExportDescription &d, const Preferences &prefs)
 {
@@ -37,9 +36,4 @@ QJsonObject exportDescriptionJson(const ExportDescription &d, const Preferences 
     o.insert(QStringLiteral("options"), d.options);
     o.insert(QStringLiteral("preferences"), preferences);
     return o;
-}
-
-QByteArray exportDescriptionText(const ExportDescription &description, const Preferences &prefs)
-{
-    return QJsonDocument(exportDescriptionJson(description, prefs)).toJson(QJsonDocument::Indented);
 }

@@ -10,8 +10,9 @@
 
 class Preferences;
 
-// What one export holds; written as the exported file's content so that
-// tests and people can see what was converted with which options.
+// What one export holds: the exported file shows it and the stand-in keeps
+// it as a record, so that tests and people can see what was converted with
+// which options.
 struct ExportDescription
 {
     QString target;        // the file name SaveAs was given
@@ -28,4 +29,3 @@ struct ExportDescription
 // The JSON object of a description with every export preference that
 // shapes the format, and its value in prefs.
 QJsonObject exportDescriptionJson(const ExportDescription &description, const Preferences &prefs);
-QByteArray exportDescriptionText(const ExportDescription &description, const Preferences &prefs);

@@ -3,6 +3,8 @@
 #include "cadsim/model/cadapplication.h"
 #include "cadsim/model/cadconstants.h"
 #include "cadsim/model/exportdescription.h"
+#include "cadsim/model/exportrecords.h"
+#include "cadsim/model/exportwriter.h"
 #include "cadsim/model/modeldoc.h"
 #include "cadsim/model/printspool.h"
 
@@ -79,6 +81,7 @@ bool ModelDocExtension::saveAs(const QString &name, std::int32_t version, std::i
     }
 
     QByteArray content;
+    QJsonObject description;
     if (native) {
         DocumentData data = m_doc.data();
         data.paperSize = m_doc.pageSetup().paperSize;
@@ -125,7 +128,8 @@ bool ModelDocExtension::saveAs(const QString &name, std::int32_t version, std::i
             errors = cad::mcGenericSaveError;
             return false;
         }
-        content = exportDescriptionText(d, prefs);
+        description = exportDescriptionJson(d, prefs);
+        content = ExportWriter::write(d, description);
     }
 
     app->notifySaving(m_doc, name);
@@ -133,6 +137,8 @@ bool ModelDocExtension::saveAs(const QString &name, std::int32_t version, std::i
         errors = cad::mcGenericSaveError;
         return false;
     }
+    if (!description.isEmpty())
+        ExportRecords::write(app->exportRecordFolder(), nativePath, description);
     return true;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cadsim/model/cadapplication.h"
+#include "cadsim/model/exportrecords.h"
 #include "cadsim/model/modelobserver.h"
 
 #include <QFile>
@@ -11,6 +12,20 @@
 inline PathResolver testResolver(const QTemporaryDir &scratch)
 {
     return makeDriveResolver({{QChar('S'), QStringLiteral(MCTASK_SAMPLES_DIR)}, {QChar('C'), scratch.path()}});
+}
+
+// Settings that keep export records in the scratch folder.
+inline CadSettings testSettings(const QTemporaryDir &scratch)
+{
+    CadSettings settings;
+    settings.exportRecordFolder = scratch.filePath(QStringLiteral("export-records"));
+    return settings;
+}
+
+// What the export to a native path stated; empty when there was none.
+inline QJsonObject exportRecord(const CadApplication &app, const QString &nativePath)
+{
+    return ExportRecords::read(app.exportRecordFolder(), nativePath);
 }
 
 // Writes every event down as "kind:title[:detail]".

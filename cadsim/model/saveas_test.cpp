@@ -13,7 +13,7 @@ namespace {
 class SaveAsTest : public ::testing::Test
 {
 protected:
-    SaveAsTest() : app(testResolver(scratch)), observer(testResolver(scratch))
+    SaveAsTest() : app(testResolver(scratch), testSettings(scratch)), observer(testResolver(scratch))
     {
         app.addObserver(&observer);
         QDir(scratch.path()).mkpath("out");
@@ -32,10 +32,10 @@ protected:
         if (!doc.extension().saveAs(name, cad::mcSaveAsCurrentVersion, cad::mcSaveAsOptions_Silent, data, errors,
                                     warnings))
             return {};
-        QFile f(testResolver(scratch)(name));
-        if (!f.open(QIODevice::ReadOnly))
+        const QString native = testResolver(scratch)(name);
+        if (!QFile::exists(native))
             return {};
-        return QJsonDocument::fromJson(f.readAll()).object();
+        return exportRecord(app, native);
     }
 
     static QStringList list(const QJsonValue &v)

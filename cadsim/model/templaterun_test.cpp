@@ -35,7 +35,7 @@ class TemplateRun : public ::testing::Test
 protected:
     TemplateRun()
     {
-        CadSettings settings;
+        CadSettings settings = testSettings(scratch);
         settings.printers = {{"Office Laser", ""}, {"Plotter", ""}, {"Jammed", "Paper jam in tray 2."}};
         settings.spoolFile = scratch.filePath("spool.jsonl");
         model = std::make_shared<CadApplication>(testResolver(scratch), settings);
@@ -158,13 +158,7 @@ protected:
     QStringList convertLog() { return logLines("C:\\Vault\\Logs\\Convert"); }
     QStringList printLog() { return logLines("C:\\Vault\\Logs\\Print"); }
 
-    QJsonObject exported(const QString &windowsPath)
-    {
-        QFile f(native(windowsPath));
-        if (!f.open(QIODevice::ReadOnly))
-            return {};
-        return QJsonDocument::fromJson(f.readAll()).object();
-    }
+    QJsonObject exported(const QString &windowsPath) { return exportRecord(*model, native(windowsPath)); }
 
     static QStringList list(const QJsonValue &v)
     {

@@ -8,7 +8,7 @@
 #include "platform/drivemap.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QProcessEnvironment>
 
 #include <sys/resource.h>
@@ -49,7 +49,10 @@ void say(const QString &line)
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
+    // Exports paint pages and pictures, which needs a GUI application; the
+    // stand-in never shows a window of its own, so it always runs offscreen.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("mcsim"));
 
     QCommandLineParser parser;

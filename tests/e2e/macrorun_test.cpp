@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include "cadsim/model/exportrecords.h"
 #include "tests/programrun.h"
 
 namespace {
@@ -57,12 +58,13 @@ protected:
         ASSERT_EQ(set.status, 0) << set.err.toStdString();
     }
 
+    // What the stand-in recorded of the export, once the file is there.
     QJsonObject exportOf(const QString &relative)
     {
-        QFile file(QDir(m_vault).filePath(relative));
-        if (!file.open(QIODevice::ReadOnly))
+        const QString path = QDir(m_vault).filePath(relative);
+        if (!QFile::exists(path))
             return {};
-        return QJsonDocument::fromJson(file.readAll()).object();
+        return ExportRecords::read(QDir(m_home.path()).filePath("mcsim/exports"), path);
     }
 
     QTemporaryDir m_home;

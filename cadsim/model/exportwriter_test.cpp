@@ -1,0 +1,218 @@
+#include "cadsim/model/cadapplication.h"
+#include "cadsim/model/cadconstants.h"
+#include "cadsim/model/exportwriter.h"
+#include "modeltestsupport.h"
+
+#include <QDir>
+#include <QImageReader>
+#include <QJsonDocument>
+#include <QRegularExpression>
+#include <QProcess>
+#include <QXmlStreamReader>
+#include <QtEndian>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+
+namespace {
+
+// Exports the samples to every format of the conversion list and opens each
+// file with what a user would use: poppler's tools, file(1), Qt's image
+// reader, or a small reader of the format's syntax.
+class ExportFilesTest : public ::testing::Test
+{
+protected:
+    ExportFilesTest() : app(testResolver(scratch), testSettings(scratch)) { QDir(scratch.path()).mkpath("out"); }
+
+    // The native path of the export, or empty when SaveAs refused it.
+    QString exportTo(const QString &sample, const QString &extension)
+    {
+        auto request = app.getOpenDocSpec("S:\\" + sample);
+        ModelDocPtr doc = app.openDoc7(*request);
+        if (!doc)
+            return {};
+        const QString name = "C:\\out\\" + QFileInfo(sample).completeBaseName() + "." + extension;
+        std::int32_t errors = -1, warnings = -1;
+        if (!doc->extension().saveAs(name, cad::mcSaveAsCurrentVersion, cad::mcSaveAsOptions_Silent, nullptr,
+                                     errors, warnings))
+            return {};
+        return testResolver(scratch)(name);
+    }
+
+    static QString tool(const QString &program, const QStringList &args)
+    {
+        QProcess process;
+        process.start(program, args);
+        if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+            return QStringLiteral("<failed: %1 %2>").arg(program, QString::fromLocal8Bit(process.readAllStandardError()));
+        return QString::fromUtf8(process.readAllStandardOutput());
+    }
+    static QString fileType(const QString &path) { return tool("file", {"-b", path}); }
+    static QByteArray bytes(const QString &path)
+    {
+        QFile f(path);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+
+    QTemporaryDir scratch;
+    CadApplication app;
+};
+
+TEST_F(ExportFilesTest, PdfHasOnePagePerSheetShowingItsNameAndTheRecordSaysWhatWasExported)
+{
+    const QString path = exportTo("layout.mcddrw", "pdf");
+    ASSERT_FALSE(path.isEmpty());
+    const QString info = tool("pdfinfo", {path});
+    EXPECT_TRUE(info.contains(QRegularExpression("Pages:\\s+3\\n"))) << info.toStdString();
+    EXPECT_TRUE(info.contains(QRegularExpression("Title:\\s+layout.mcddrw - Sheet1, Sheet2, Detail A")))
+        << info.toStdString();
+    const QString secondPage = tool("pdftotext", {"-f", "2", "-l", "2", path, "-"});
+    EXPECT_TRUE(secondPage.contains("Sheet: Sheet2")) << secondPage.toStdString();
+    EXPECT_FALSE(secondPage.contains("Sheet1"));
+    EXPECT_TRUE(tool("pdfinfo", {"-meta", path}).contains("<rdf:li>Detail A</rdf:li>"));
+
+    const QJsonObject record = exportRecord(app, path);
+    EXPECT_EQ(record["format"].toString(), "pdf");
+    EXPECT_EQ(record["sheets"].toVariant().toStringList(), (QStringList{"Sheet1", "Sheet2", "Detail A"}));
+}
+
+TEST_F(ExportFilesTest, ImagesOpenInQtsReaderAndFileNamesTheirFormat)
+{
+    for (const auto &[extension, qtFormat] :
+         std::vector<std::pair<QString, QByteArray>>{{"tif", "tiff"}, {"jpg", "jpeg"}, {"png", "png"}, {"bmp", "bmp"}}) {
+        const QString path = exportTo("bracket.mcdprt", extension);
+        ASSERT_FALSE(path.isEmpty()) << extension.toStdString();
+        QImageReader reader(path);
+        EXPECT_EQ(reader.format(), qtFormat);
+        const QImage image = reader.read();
+        EXPECT_FALSE(image.isNull()) << extension.toStdString() << reader.errorString().toStdString();
+        EXPECT_GT(image.width(), 100);
+        // The picture is not blank: the outline and the text are drawn.
+        EXPECT_NE(image.pixelColor(image.width() * 3 / 4, image.height() * 3 / 4), QColor(Qt::white))
+            << extension.toStdString();
+        EXPECT_EQ(exportRecord(app, path)["configurations"].toVariant().toStringList(), QStringList{"Machined"});
+    }
+    const QString psd = exportTo("layout.mcddrw", "psd");
+    EXPECT_TRUE(fileType(psd).startsWith("Adobe Photoshop Image, 640 x 452, RGB")) << fileType(psd).toStdString();
+    EXPECT_EQ(bytes(psd).size(), 26 + 4 + 4 + 4 + 2 + 3 * 640 * 452);
+}
+
+// A reader of STL, both forms: triangle count and that every vertex lies
+// on the block's surface.
+TEST_F(ExportFilesTest, StlIsAsciiOrBinaryAsThePreferenceSaysAndHoldsAClosedBlock)
+{
+    const QString ascii = exportTo("bracket.mcdprt", "stl");
+    const QByteArray text = bytes(ascii);
+    ASSERT_TRUE(text.startsWith("solid bracket.mcdprt_Machined\n"));
+    EXPECT_TRUE(text.endsWith("endsolid bracket.mcdprt_Machined\n"));
+    EXPECT_EQ(text.count("facet normal"), 12);
+    EXPECT_EQ(text.count("vertex "), 36);
+    EXPECT_TRUE(fileType(ascii).contains("ASCII")) << fileType(ascii).toStdString();
+
+    app.preferences().setToggle(cad::mcSTLBinaryFormat, true);
+    const QByteArray binary = bytes(exportTo("bracket.mcdprt", "stl"));
+    ASSERT_EQ(binary.size(), 80 + 4 + 12 * 50);
+    EXPECT_FALSE(binary.startsWith("solid"));
+    EXPECT_EQ(qFromLittleEndian<quint32>(binary.constData() + 80), 12u);
+    for (int t = 0; t < 12; ++t)
+        for (int v = 0; v < 3; ++v)
+            for (int axis = 0; axis < 3; ++axis) {
+                float value;
+                std::memcpy(&value, binary.constData() + 84 + t * 50 + 12 + v * 12 + axis * 4, 4);
+                const float size = std::array<float, 3>{40, 20, 10}[axis];
+                EXPECT_TRUE(value == 0 || value == size) << t << " " << v << " " << axis;
+            }
+}
+
+TEST_F(ExportFilesTest, StepIgesAndVrmlFollowTheirSyntax)
+{
+    const QByteArray step = bytes(exportTo("bracket.mcdprt", "step"));
+    EXPECT_TRUE(step.startsWith("ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(("));
+    EXPECT_TRUE(step.endsWith("ENDSEC;\nEND-ISO-10303-21;\n"));
+    EXPECT_EQ(step.count("ENDSEC;"), 2);
+    // The description survives STEP's string quoting.
+    EXPECT_TRUE(step.contains(R"("source":"S:\\\\bracket.mcdprt")")) << step.constData();
+
+    const QByteArray iges = bytes(exportTo("bracket.mcdprt", "igs"));
+    const QList<QByteArray> lines = iges.split('\n').mid(0, iges.count('\n'));
+    ASSERT_FALSE(lines.isEmpty());
+    QHash<char, int> counts;
+    QByteArray order;
+    for (const QByteArray &line : lines) {
+        ASSERT_EQ(line.size(), 80) << line.constData();
+        const char section = line[72];
+        ASSERT_TRUE(QByteArray("SGDPT").contains(section)) << line.constData();
+        if (!order.endsWith(section))
+            order.append(section);
+        EXPECT_EQ(line.mid(73).trimmed().toInt(), ++counts[section]) << line.constData();
+    }
+    EXPECT_EQ(order, "SGDPT");
+    EXPECT_EQ(counts['D'] % 2, 0);
+    EXPECT_EQ(lines.last().left(32), QByteArray("S") + QByteArray::number(counts['S']).rightJustified(7, '0') + "G"
+                                         + QByteArray::number(counts['G']).rightJustified(7, '0') + "D0000002P0000001");
+
+    const QString wrl = exportTo("bracket.mcdprt", "wrl");
+    EXPECT_TRUE(bytes(wrl).startsWith("#VRML V2.0 utf8\n"));
+    EXPECT_TRUE(fileType(wrl).contains("VRML")) << fileType(wrl).toStdString();
+}
+
+TEST_F(ExportFilesTest, TextSolidsDrawingsAndScenesAreWellFormed)
+{
+    const QByteArray xt = bytes(exportTo("bracket.mcdprt", "x_t"));
+    EXPECT_TRUE(xt.startsWith("**ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz**"));
+    EXPECT_TRUE(xt.contains("\n**END_OF_HEADER***"));
+
+    const QList<QByteArray> sat = bytes(exportTo("bracket.mcdprt", "sat")).split('\n');
+    ASSERT_GE(sat.size(), 4);
+    EXPECT_EQ(sat[0].split(' ').size(), 4);
+    EXPECT_TRUE(sat[1].startsWith("@"));
+    EXPECT_EQ(sat[sat.size() - 2], "End-of-ACIS-data");
+
+    // DXF: group code and value pairs, sections closed, EOF last.
+    const QList<QByteArray> dxf = bytes(exportTo("layout.mcddrw", "dxf")).split('\n');
+    ASSERT_EQ(dxf.size() % 2, 1);
+    int open = 0;
+    for (int i = 0; i + 1 < dxf.size(); i += 2) {
+        bool number = false;
+        dxf[i].toInt(&number);
+        ASSERT_TRUE(number) << i;
+        if (dxf[i] == "0" && dxf[i + 1] == "SECTION")
+            ++open;
+        if (dxf[i] == "0" && dxf[i + 1] == "ENDSEC")
+            --open;
+        EXPECT_GE(open, 0);
+    }
+    EXPECT_EQ(open, 0);
+    EXPECT_EQ(dxf[dxf.size() - 2], "EOF");
+
+    EXPECT_TRUE(fileType(exportTo("layout.mcddrw", "ai")).startsWith("PostScript document"));
+
+    for (const QString &extension : {QStringLiteral("scnxml"), QStringLiteral("xaml")}) {
+        QXmlStreamReader xml(bytes(exportTo("bracket.mcdprt", extension)));
+        while (!xml.atEnd())
+            xml.readNext();
+        EXPECT_FALSE(xml.hasError()) << extension.toStdString() << xml.errorString().toStdString();
+    }
+}
+
+// Formats without a public syntax hold the description as text, and every
+// format of the conversion list is written for a part.
+TEST_F(ExportFilesTest, EveryFormatOfTheConversionListIsWritten)
+{
+    const QStringList formats = {"scnxml", "sat", "ai", "pdf", "psd", "kgr", "dxf", "dwg", "gprt", "zpk", "hsf",
+                                 "igs", "jpg", "xaml", "x_t", "x_b", "step", "stl", "tif", "u3d", "vda", "wrl"};
+    for (const QString &format : formats) {
+        const QString sample = format == "dxf" || format == "dwg" ? "layout.mcddrw" : "bracket.mcdprt";
+        const QString path = exportTo(sample, format);
+        ASSERT_FALSE(path.isEmpty()) << format.toStdString();
+        EXPECT_EQ(exportRecord(app, path)["format"].toString(), format);
+        if (ExportWriter::hasOwnSyntax(format))
+            continue;
+        const QJsonObject text = QJsonDocument::fromJson(bytes(path)).object();
+        EXPECT_EQ(text["format"].toString(), format);
+        EXPECT_EQ(text["source"].toString(), "S:\\" + sample);
+    }
+}
+
+} // namespace
