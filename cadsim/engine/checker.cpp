@@ -140,6 +140,7 @@ void Checker::checkExpr(const Expr &e)
         return;
     case ExprKind::Unary:
     case ExprKind::Paren:
+    case ExprKind::TypeOf:
         checkExpr(*e.left);
         return;
     case ExprKind::Binary:
@@ -182,7 +183,9 @@ void Checker::checkStmt(const Stmt &s)
                     checkExpr(*dim.lower);
                 checkExpr(*dim.upper);
             }
-            if (!isKnownValue(d.lower))
+            if (d.member)
+                checkExpr(*d.member);
+            else if (!isKnownValue(d.lower))
                 declare(d.lower);
         }
         return;
@@ -256,6 +259,15 @@ void Checker::checkStmt(const Stmt &s)
     case StmtKind::Close:
     case StmtKind::Erase:
         checkArgs(s.args);
+        return;
+    case StmtKind::Input:
+        checkExpr(*s.value);
+        checkArgs(s.args);
+        return;
+    case StmtKind::LSet:
+    case StmtKind::RSet:
+        checkExpr(*s.value);
+        checkExpr(*s.target);
         return;
     case StmtKind::Print:
     case StmtKind::Write:

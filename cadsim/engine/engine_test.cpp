@@ -121,8 +121,7 @@ TEST(LexerTest, ContinuationsKeepPositionsAndDirectivesChooseBranches)
 
 TEST(CheckMacroTest, ReportsFirstSyntaxErrorWithLineAndColumn)
 {
-    const MacroResult ok = MacroEngine::checkMacro(QStringLiteral("Sub main()\r\n  Undefined 1\r\nEnd Sub\r\n"));
-    EXPECT_TRUE(ok.ok); // parsing only: names are the run's business
+    EXPECT_TRUE(MacroEngine::checkMacro(QStringLiteral("Sub main()\r\n  Debug.Print Len(\"a\")\r\nEnd Sub\r\n")).ok);
 
     const MacroResult bad = checkMacro(QStringLiteral("Sub main()\r\n  x = (1 + \r\nEnd Sub\r\n"));
     EXPECT_FALSE(bad.ok);
@@ -132,7 +131,9 @@ TEST(CheckMacroTest, ReportsFirstSyntaxErrorWithLineAndColumn)
 
     const MacroResult unterminated = MacroEngine::checkMacro(QStringLiteral("Sub main()\n  s = \"abc\nEnd Sub\n"));
     EXPECT_FALSE(unterminated.ok);
+    EXPECT_EQ(unterminated.message, QStringLiteral("Unterminated string"));
     EXPECT_EQ(unterminated.line, 2);
+    EXPECT_EQ(unterminated.column, 7); // the opening quote
 
     const MacroResult noEnd = MacroEngine::checkMacro(QStringLiteral("Sub main()\n  Do\n  x = 1\nEnd Sub\n"));
     EXPECT_FALSE(noEnd.ok);
@@ -141,6 +142,22 @@ TEST(CheckMacroTest, ReportsFirstSyntaxErrorWithLineAndColumn)
 
     const MacroResult badDirective = MacroEngine::checkMacro(QStringLiteral("#If VBA7 Then\nSub main()\nEnd Sub\n"));
     EXPECT_FALSE(badDirective.ok);
+}
+
+TEST(CheckMacroTest, ComplainsAboutNamesAsALoadDoes)
+{
+    // Under Option Explicit an undeclared name stops the check where it stands.
+    const MacroResult undeclared = MacroEngine::checkMacro(
+        QStringLiteral("Option Explicit\nSub main()\n  Dim a As Long\n  a = 1\n  total = a + 1\nEnd Sub\n"));
+    EXPECT_FALSE(undeclared.ok);
+    EXPECT_EQ(undeclared.message, QStringLiteral("Variable not defined"));
+    EXPECT_EQ(undeclared.line, 5);
+    EXPECT_EQ(undeclared.column, 3);
+    const MacroResult unknownCall = MacroEngine::checkMacro(QStringLiteral("Sub main()\n  x = 1\n  Undefined x\nEnd Sub\n"));
+    EXPECT_EQ(unknownCall.runCode, RunCode::SubOrFunctionExpected);
+    EXPECT_EQ(unknownCall.line, 3);
+    // The stand-in's application object and constants are known without a host.
+    EXPECT_TRUE(MacroEngine::checkMacro(QStringLiteral("Option Explicit\nSub main()\n  Debug.Print Application Is Nothing\nEnd Sub\n")).ok);
 }
 
 TEST(CheckMacroTest, DeepNestingIsAnErrorNotACrash)
@@ -153,6 +170,14 @@ TEST(CheckMacroTest, DeepNestingIsAnErrorNotACrash)
     EXPECT_EQ(MacroEngine::checkMacro(ifs).message, QStringLiteral("Expression too complex"));
     const QString nots = QStringLiteral("Sub main()\n x = ") + QStringLiteral("Not -").repeated(50000) + QStringLiteral("1\nEnd Sub\n");
     EXPECT_FALSE(MacroEngine::checkMacro(nots).ok);
+    // A long chain of operators builds a deep tree as surely as parentheses do.
+    for (const char *op : {" + ", " & ", " And ", " = ", " ^ "}) {
+        const QString chain = QStringLiteral("Sub main()\n x = 1") + (QLatin1String(op) + QStringLiteral("1")).repeated(175000)
+                              + QStringLiteral("\nEnd Sub\n");
+        const MacroResult r = MacroEngine::checkMacro(chain);
+        EXPECT_EQ(r.message, QStringLiteral("Expression too complex")) << op;
+        EXPECT_EQ(r.line, 2) << op;
+    }
 }
 
 // ---- running ------------------------------------------------------------------------------

@@ -1,5 +1,6 @@
 #include "cadsim/engine/value.h"
 
+#include "cadsim/engine/record.h"
 #include "cadsim/engine/scriptobject.h"
 
 #include <QDate>
@@ -341,8 +342,18 @@ std::shared_ptr<ScriptObject> ScriptValue::toObject() const
     return m_object;
 }
 
+ScriptValue ScriptValue::fromRecord(std::shared_ptr<ScriptObject> record)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Record;
+    v.m_object = std::move(record);
+    return v;
+}
+
 ScriptValue ScriptValue::copied() const
 {
+    if (m_type == ValueType::Record)
+        return fromRecord(static_cast<const ScriptRecord &>(*m_object).clone());
     if (m_type != ValueType::Array || !m_array)
         return *this;
     auto copy = std::make_shared<ScriptArray>();
@@ -367,6 +378,7 @@ QString ScriptValue::typeName() const
     case ValueType::Error: return QStringLiteral("Error");
     case ValueType::Boolean: return QStringLiteral("Boolean");
     case ValueType::Array: return QStringLiteral("Variant()");
+    case ValueType::Record: return m_object->typeName();
     }
     return QString();
 }

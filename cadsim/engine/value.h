@@ -25,6 +25,7 @@ enum class ValueType {
     Object = 9,  // a null object is Nothing
     Error = 10,
     Boolean = 11,
+    Record = 36, // a value of a user-defined type
     Array = 8192,
 };
 
@@ -44,6 +45,8 @@ public:
     static ScriptValue fromObject(std::shared_ptr<ScriptObject> v);
     static ScriptValue fromArray(std::shared_ptr<ScriptArray> v);
     static ScriptValue fromError(std::int32_t code);
+    // A user-defined type's value; the object is a ScriptRecord, copied with the value.
+    static ScriptValue fromRecord(std::shared_ptr<ScriptObject> record);
     // A number: Integer, Long or Double as small as holds it.
     static ScriptValue fromNumber(double v);
     // An array of one dimension 0..n-1 holding the given values.
@@ -59,6 +62,7 @@ public:
     bool isString() const { return m_type == ValueType::String; }
     bool isNumeric() const; // Integer, Long, Double, Boolean, Date or Empty
     bool isMissing() const { return m_type == ValueType::Error && m_int == kMissing; }
+    bool isRecord() const { return m_type == ValueType::Record; }
 
     // Conversions with VBA's rules; they raise ScriptError 13 (or 6 on overflow).
     bool toBool() const;
