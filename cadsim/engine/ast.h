@@ -41,6 +41,7 @@ enum class Op {
 struct Arg {
     ExprPtr value; // null: omitted (a, , c)
     QString name;  // named argument name:=value, lower case
+    SourcePos pos; // of the name, or else of the value
 };
 
 struct Expr {

@@ -1012,7 +1012,7 @@ ScriptValue fnGetAttr(Interpreter &in, Args &a)
     if (!info.exists())
         throw ScriptError(ErrNo::FileNotFound);
     int attributes = info.isDir() ? 16 : 32; // vbDirectory, vbArchive
-    if (!info.isWritable())
+    if (!(info.permissions() & QFile::WriteOwner))
         attributes |= 1; // vbReadOnly
     if (info.isHidden())
         attributes |= 2;
@@ -1055,8 +1055,8 @@ ScriptValue fnCallByName(Interpreter &, Args &a)
     ScriptArgs args;
     for (std::size_t i = 3; i < a.size(); ++i)
         args.push_back(&a[i]);
-    ScriptValue r = a[0].object()->invoke(member, kind, args);
-    return kind == CallKind::Call ? ScriptValue() : r;
+    // A method's result comes back too: CallByName(c, "Item", vbMethod, 1).
+    return a[0].object()->invoke(member, kind == CallKind::Call ? CallKind::Get : kind, args);
 }
 
 // ---- interaction --------------------------------------------------------------------------

@@ -116,6 +116,12 @@ void Checker::checkCallee(const Expr &callee, const std::vector<Arg> &args, bool
         }
     } else if (hasArgList && !isKnownValue(name)) {
         fail(QStringLiteral("Sub or Function not defined"), callee.pos, 8);
+    } else if (!m_locals.contains(name) && !m_moduleNames.contains(name) && !m_module.declareIndex.contains(name)
+               && findBuiltin(name)) {
+        for (const Arg &a : args) {
+            if (!a.name.isEmpty() && !builtinParameterNames(name).contains(a.name))
+                fail(QStringLiteral("Named argument not found"), a.pos, 3);
+        }
     } else {
         checkVariable(name, callee.pos);
     }

@@ -1440,6 +1440,7 @@ ExprPtr Parser::parseUnary(int level)
 Arg Parser::parseArg()
 {
     Arg a;
+    a.pos = peek().pos;
     if (peek().isOp(",") || peek().isOp(")") || atEndOfStatement())
         return a; // omitted
     if (peek().is(TokenKind::Identifier) && peek(1).isOp(":=")) {

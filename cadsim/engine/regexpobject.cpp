@@ -66,7 +66,7 @@ public:
     }
     QString typeName() const override { return QStringLiteral("IMatch2"); }
     ScriptValue defaultValue(ScriptArgs &) override { return ScriptValue::fromString(m_value); }
-    ScriptValue invoke(const QString &member, CallKind, ScriptArgs &) override
+    ScriptValue invoke(const QString &member, CallKind, ScriptArgs &args) override
     {
         const QString m = member.toLower();
         if (m == QLatin1String("value"))
@@ -76,7 +76,7 @@ public:
         if (m == QLatin1String("length"))
             return ScriptValue::fromLong(static_cast<std::int32_t>(m_value.size()));
         if (m == QLatin1String("submatches"))
-            return ScriptValue::fromObject(m_subMatches);
+            return args.empty() ? ScriptValue::fromObject(m_subMatches) : m_subMatches->defaultValue(args);
         throw ScriptError(ErrNo::NoSuchMember);
     }
 
