@@ -376,6 +376,26 @@ TEST_F(EngineFixture, DeepRecursionIsAnErrorNotACrash)
     EXPECT_EQ(r.runCode, RunCode::OutOfMemory);
 }
 
+TEST_F(EngineFixture, DeepValuesAndDeepCallsDoNotExhaustTheStack)
+{
+    // Each call nests a deep expression: the calls run out of stack long before 1000 of them.
+    const QString parens = QString(150, QLatin1Char('('));
+    const MacroResult calls = runText(QStringLiteral("Function f(n)\n  f = ") + parens + QStringLiteral("f(n + 1)")
+                                      + QString(150, QLatin1Char(')')) + QStringLiteral("\nEnd Function\nSub main()\n  x = f(0)\nEnd Sub\n"));
+    EXPECT_EQ(calls.errorNumber, 28);
+    // Arrays nested in arrays: copying stops at a depth no data needs.
+    const MacroResult arrays = runText(QStringLiteral(
+        "Sub main()\n  a = Array()\n  For i = 1 To 5000\n    a = Array(a)\n  Next\nEnd Sub\n"));
+    EXPECT_EQ(arrays.errorNumber, 28);
+    EXPECT_EQ(arrays.line, 4);
+    // A chain of 300,000 collections, each holding the one before, is freed without recursion.
+    const MacroResult chain = runText(QStringLiteral(
+        "Sub main()\n  Dim c As Object, d As Object\n  Set c = New Collection\n  For i = 1 To 300000\n"
+        "    Set d = New Collection\n    d.Add c\n    Set c = d\n  Next\n  Debug.Print c.Count\nEnd Sub\n"));
+    EXPECT_TRUE(chain.ok) << chain.message.toStdString();
+    EXPECT_EQ(output, QStringList{QStringLiteral(" 1 ")});
+}
+
 TEST_F(EngineFixture, HugeStringsFailTheMacroNotTheProcess)
 {
     const MacroResult r = runText(QStringLiteral("Sub main()\n  Dim s\n  s = Space(2000000000)\nEnd Sub\n"));

@@ -18,6 +18,9 @@ namespace cadsim {
 namespace {
 
 constexpr int kMaxDepth = 1000;
+// Stack a macro's calls may take: well inside the 8 MB of the threads that run macros, with room
+// for the deepest statement and expression that the parser lets through in the last call.
+constexpr std::ptrdiff_t kStackBudget = 3 << 20;
 
 void setPosIfUnknown(ScriptError &e, SourcePos pos)
 {
@@ -323,6 +326,15 @@ ScriptValue Interpreter::call(const QString &procedure, std::vector<ScriptValue>
     const Procedure *proc = m_module.procedureIndex.value(procedure.toLower());
     if (!proc)
         throw ScriptError(35, QStringLiteral("Sub or Function not defined"));
+    const char here = 0;
+    const char *const outer = m_stackTop;
+    if (!outer)
+        m_stackTop = &here;
+    struct Restore {
+        Interpreter *self;
+        const char *outer;
+        ~Restore() { self->m_stackTop = outer; }
+    } restore{this, outer};
     return invokeProcedure(*proc, {}, &args);
 }
 
@@ -331,7 +343,8 @@ ScriptValue Interpreter::call(const QString &procedure, std::vector<ScriptValue>
 ScriptValue Interpreter::invokeProcedure(const Procedure &proc, const std::vector<Arg> &args,
                                          const std::vector<ScriptValue> *values)
 {
-    if (m_depth >= kMaxDepth)
+    const char here = 0;
+    if (m_depth >= kMaxDepth || (m_stackTop && m_stackTop - &here > kStackBudget))
         throw ScriptError(28);
     Frame frame;
     frame.proc = &proc;

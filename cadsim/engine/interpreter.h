@@ -136,6 +136,7 @@ private:
     QHash<QString, ScriptValue> m_constants; // host constants over the defaults
     std::unordered_map<QString, Variable> m_statics; // "procedure.variable" -> Static storage
     int m_depth = 0;
+    const char *m_stackTop = nullptr; // where the outermost call started
     QString m_debugLine; // Debug.Print text not yet ended
     bool m_debugOpen = false;
     RandomGenerator m_random;

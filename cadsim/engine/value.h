@@ -34,6 +34,15 @@ enum class ValueType {
 class ScriptValue final {
 public:
     ScriptValue() = default;
+    ScriptValue(const ScriptValue &) = default;
+    ScriptValue(ScriptValue &&) noexcept = default;
+    ScriptValue &operator=(const ScriptValue &) = default;
+    ScriptValue &operator=(ScriptValue &&) noexcept = default;
+    ~ScriptValue()
+    {
+        if (m_object || m_array)
+            release();
+    }
     static ScriptValue null();
     static ScriptValue nothing() { return fromObject(nullptr); }
     static ScriptValue fromBool(bool v);
@@ -75,7 +84,8 @@ public:
     const std::shared_ptr<ScriptArray> &array() const { return m_array; }
     std::int32_t errorCode() const { return m_int; }
 
-    // A deep copy of arrays (values of other types are shared or copied anyway).
+    // A deep copy of arrays and records (values of other types are shared or copied anyway).
+    // Raises 28 for values nested deeper than any macro needs.
     ScriptValue copied() const;
     // The argument marker for an omitted optional parameter.
     static ScriptValue missing();
@@ -83,6 +93,8 @@ public:
     QString typeName() const;
 
 private:
+    void release();
+
     static constexpr std::int32_t kMissing = static_cast<std::int32_t>(0x80020004u);
 
     ValueType m_type = ValueType::Empty;
