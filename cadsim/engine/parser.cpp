@@ -153,7 +153,104 @@ std::unique_ptr<Module> Parser::parseModule()
             fail(QStringLiteral("Ambiguous name detected: %1").arg(proc->name), Token{TokenKind::Identifier, {}, {}, 0, false, {}, false, proc->pos});
         module->procedureIndex.insert(proc->lower, proc.get());
     }
+    qualifyModuleCalls(*module);
     return module;
+}
+
+namespace {
+
+template<typename F>
+void visitExpr(ExprPtr &e, const F &f)
+{
+    if (!e)
+        return;
+    visitExpr(e->left, f);
+    visitExpr(e->right, f);
+    for (Arg &a : e->args)
+        visitExpr(a.value, f);
+    f(*e);
+}
+
+template<typename F>
+void visitBlock(Block &block, const F &f);
+
+template<typename F>
+void visitStmt(Stmt &s, const F &f)
+{
+    for (VarDecl &d : s.decls) {
+        for (Dimension &dim : d.dims) {
+            visitExpr(dim.lower, f);
+            visitExpr(dim.upper, f);
+        }
+        visitExpr(d.member, f);
+    }
+    for (ExprPtr *e : {&s.target, &s.value, &s.limit, &s.step, &s.collection, &s.condition})
+        visitExpr(*e, f);
+    for (Arg &a : s.args)
+        visitExpr(a.value, f);
+    for (IfBranch &b : s.branches) {
+        visitExpr(b.condition, f);
+        visitBlock(b.body, f);
+    }
+    for (CaseClause &c : s.cases) {
+        for (CaseTest &t : c.tests) {
+            visitExpr(t.a, f);
+            visitExpr(t.b, f);
+        }
+        visitBlock(c.body, f);
+    }
+    for (PrintItem &item : s.items)
+        visitExpr(item.value, f);
+    visitBlock(s.body, f);
+}
+
+template<typename F>
+void visitBlock(Block &block, const F &f)
+{
+    for (StmtPtr &s : block)
+        visitStmt(*s, f);
+}
+
+void collectDeclared(const Block &block, QSet<QString> &names)
+{
+    for (const StmtPtr &s : block) {
+        for (const VarDecl &d : s->decls)
+            names.insert(d.lower);
+        if (s->kind == StmtKind::Const)
+            names.insert(s->constName);
+        for (const IfBranch &b : s->branches)
+            collectDeclared(b.body, names);
+        for (const CaseClause &c : s->cases)
+            collectDeclared(c.body, names);
+        collectDeclared(s->body, names);
+    }
+}
+
+} // namespace
+
+// "Module1.Foo" where Module1 names nothing the module declares and Foo is one of its
+// procedures: utility code calls its own procedures through its module's name.
+void Parser::qualifyModuleCalls(Module &module)
+{
+    QSet<QString> declared = {QStringLiteral("application"), QStringLiteral("err"), QStringLiteral("debug")};
+    for (const VarDecl &v : module.variables)
+        declared.insert(v.lower);
+    for (const ConstDecl &c : module.constants)
+        declared.insert(c.lower);
+    for (const auto &proc : module.procedures) {
+        for (const Param &p : proc->params)
+            declared.insert(p.lower);
+        collectDeclared(proc->body, declared);
+    }
+    const auto qualify = [&](Expr &e) {
+        if (e.kind == ExprKind::Member && e.left && e.left->kind == ExprKind::Name && !declared.contains(e.left->lower)
+            && module.procedureIndex.contains(e.lower)) {
+            e.kind = ExprKind::Name;
+            e.left.reset();
+        }
+    };
+    for (auto &proc : module.procedures)
+        visitBlock(proc->body, qualify);
 }
 
 void Parser::parseModuleDeclaration(Module &module)

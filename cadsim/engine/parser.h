@@ -37,6 +37,7 @@ private:
     [[noreturn]] void fail(const QString &message) const { fail(message, peek()); }
 
     void parseModuleDeclaration(Module &module);
+    static void qualifyModuleCalls(Module &module);
     std::unique_ptr<Procedure> parseProcedure(bool isPrivate);
     void collectLabels(Procedure &proc, const Block &block, bool topLevel);
     DeclareProc parseDeclare();
