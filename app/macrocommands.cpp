@@ -13,6 +13,12 @@
 #include "cadsim/engine/macroengine.h"
 #endif
 
+#ifdef MCTASK_WITH_BARE_MACRO_RUN
+#include "cadsim/model/cadapplication.h"
+#include "cadsim/model/scriptadapters.h"
+#include "platform/drivemap.h"
+#endif
+
 #ifdef MCTASK_WITH_MACRO_RUN
 #include "app/standinrun.h"
 #include "platform/codepage.h"
@@ -158,8 +164,9 @@ int runMacroCheck(CommandContext &context)
     if (!parseCommandLine(parser, context, QStringLiteral("macro check [--vault DIR] INSTANCE|TASK FILE\n       mctask macro check FILE.mcb"),
                           QStringLiteral(
                               "Compiles the macro a run would build for FILE (as 'macro preview' prints it), or a\n"
-                              "macro file as it is, without running anything. Exit status 0 when it compiles, 1 with\n"
-                              "\"FILE:LINE:COLUMN: message\" when it does not.")))
+                              "macro file as it is, without running anything: syntax, declared names (Option\n"
+                              "Explicit), calls and argument counts, as a run checks them. Exit status 0 when it\n"
+                              "compiles, 1 with \"FILE:LINE:COLUMN: message\" when it does not.")))
         return 0;
     const QStringList args = parser.positionalArguments();
     if (args.size() == 1) {
@@ -181,21 +188,88 @@ int runMacroCheck(CommandContext &context)
 }
 #endif
 
+#ifdef MCTASK_WITH_BARE_MACRO_RUN
+// Message boxes of a bare run cannot wait for a user: they go to stderr and answer with their
+// default button.
+class StderrMessageBox final : public cadsim::MessageBoxHandler
+{
+public:
+    explicit StderrMessageBox(QTextStream &err) : m_err(err) {}
+    int showMessage(const QString &title, const QString &prompt, int buttons) override
+    {
+        m_err << "msgbox[" << title << "]: " << prompt << '\n';
+        m_err.flush();
+        switch (buttons & 7) {
+        case 2: return 3; // vbAbortRetryIgnore: Abort
+        case 3:
+        case 4: return (buttons & 0x300) == 0x100 ? 7 : 6; // Yes, or No as second default
+        case 5: return 4; // vbRetryCancel: Retry
+        default: return 1; // vbOK
+        }
+    }
+
+private:
+    QTextStream &m_err;
+};
+
+// Runs a macro file in the stand-in's engine and document model, as the stand-in runs task
+// macros, without a vault, a task or the stand-in's process. Debug.Print goes to stdout.
+int runBareMacro(CommandContext &context, const QString &path, const QString &procedure)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw CliError(QStringLiteral("macro run: cannot read %1").arg(path));
+    const QString text = cadsim::decodeWindows1252(file.readAll());
+    const PathResolver resolver = [](const QString &windowsPath) { return DriveMap::instance().toNativeOrSelf(windowsPath); };
+    cadsim::EngineHost host;
+    host.resolvePath = resolver;
+    host.messageBox = std::make_shared<StderrMessageBox>(context.err);
+    host.debugOutput = [&context](const QString &line) {
+        context.out << line << '\n';
+        context.out.flush();
+    };
+    host.globals.insert(QStringLiteral("application"),
+                        cadsim::ScriptValue::fromObject(std::make_shared<cadsim::ScriptMacroHost>(
+                            cadsim::ScriptCadApplication::create(std::make_shared<CadApplication>(resolver)))));
+    host.constants = cadsim::cadConstantValues();
+    cadsim::MacroEngine engine(host);
+    cadsim::MacroResult result = engine.load(text);
+    if (result.ok)
+        result = engine.run(QLatin1String(cadsim::MacroEngine::kModuleName), procedure);
+    if (result.ok)
+        return 0;
+    context.err << "mctask: macro run: " << path << ':' << result.line << ':' << result.column << ": run code "
+                << result.runCode << ": " << result.message << '\n';
+    context.err.flush();
+    return result.runCode != 0 ? result.runCode : 1;
+}
+#endif
+
 #ifdef MCTASK_WITH_MACRO_RUN
 int runMacroRun(CommandContext &context)
 {
     QCommandLineParser parser;
     const QCommandLineOption keepOption(QStringLiteral("keep"), QStringLiteral("Also write the macro to this file."),
                                         QStringLiteral("FILE"));
-    parser.addOptions({vaultOption(), keepOption});
-    if (!parseCommandLine(parser, context, QStringLiteral("macro run [--vault DIR] [--keep FILE] INSTANCE|TASK FILE"),
+    const QCommandLineOption procOption(QStringLiteral("proc"),
+                                        QStringLiteral("Procedure of a bare macro file to run (default: main)."),
+                                        QStringLiteral("NAME"), QStringLiteral("main"));
+    parser.addOptions({vaultOption(), keepOption, procOption});
+    if (!parseCommandLine(parser, context, QStringLiteral("macro run [--vault DIR] [--keep FILE] INSTANCE|TASK FILE\n       mctask macro run FILE.mcb [--proc NAME]"),
                           QStringLiteral(
                               "Builds the macro a run would build for FILE (as 'macro preview' prints it), starts\n"
                               "the stand-in Mecadra (MCTASK_MCSIM, else the one of this build), runs the macro in\n"
                               "it and lists the files it saved. Nothing is added to the vault: this tries a task's\n"
-                              "macro on one file. Exit status 0 when the macro ran without error, 1 otherwise.")))
+                              "macro on one file. Exit status 0 when the macro ran without error, 1 otherwise.\n"
+                              "With one argument, runs the procedure of a macro file in the stand-in's engine with\n"
+                              "no vault or task: Debug.Print writes to stdout, message boxes to stderr. Exit status\n"
+                              "0 when the run call succeeded, else the run code, with the message on stderr.")))
         return 0;
     const QStringList args = parser.positionalArguments();
+#ifdef MCTASK_WITH_BARE_MACRO_RUN
+    if (args.size() == 1)
+        return runBareMacro(context, args.first(), parser.value(procOption));
+#endif
     if (args.size() != 2)
         throw CliError(QStringLiteral("macro run: expected INSTANCE|TASK and FILE (see --help)"));
     const QString program = defaultStandInProgram();

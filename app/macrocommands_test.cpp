@@ -102,4 +102,56 @@ TEST_F(MacroPreviewCommandTest, BadInputAndFailuresAreReported)
     EXPECT_TRUE(missing.err.contains("E_DOX_FILE_NOT_FOUND")) << missing.err.toStdString();
 }
 
+// Bare macro files: checked and run with no vault or task.
+class BareMacroCommandTest : public ::testing::Test
+{
+protected:
+    QString write(const QString &name, const QByteArray &text)
+    {
+        const QString path = m_work.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        return path;
+    }
+    ProgramRun run(const QStringList &args)
+    {
+        return runProgram(MCTASK_PROGRAM, args, ProgramSetting(m_home.path()).in(m_work.path()).timeout(30000));
+    }
+
+    QTemporaryDir m_home;
+    QTemporaryDir m_work;
+};
+
+TEST_F(BareMacroCommandTest, CheckReportsWhatALoadWouldRefuse)
+{
+    const QString undeclared = write("undeclared.mcb", "Option Explicit\r\nSub main()\r\n    Dim n As Long\r\n"
+                                                       "    n = 1\r\n    Debug.Print n + count\r\nEnd Sub\r\n");
+    const ProgramRun bad = run({"macro", "check", undeclared});
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(bad.out.trimmed(), undeclared + ":5:21: Variable not defined");
+    const QString fine = write("fine.mcb", "Option Explicit\r\nSub main()\r\n    Debug.Print VBA.Len(\"ab\")\r\nEnd Sub\r\n");
+    EXPECT_EQ(run({"macro", "check", fine}).status, 0);
+}
+
+TEST_F(BareMacroCommandTest, RunPrintsDebugOutputAndFailsWithTheRunCode)
+{
+    const QString path = write("tool.mcb", "Sub main()\r\n    Debug.Print \"main\"; 1 + 1\r\nEnd Sub\r\n"
+                                           "Sub other()\r\n    Debug.Print \"other\"\r\n    MsgBox \"hello\"\r\nEnd Sub\r\n"
+                                           "Sub broken()\r\n    Dim x As Long\r\n    x = \"text\"\r\nEnd Sub\r\n");
+    const ProgramRun ran = run({"macro", "run", path});
+    EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
+    EXPECT_EQ(ran.out, "main 2 \n");
+    const ProgramRun other = run({"macro", "run", path, "--proc", "other"});
+    EXPECT_EQ(other.status, 0);
+    EXPECT_EQ(other.out, "other\n");
+    EXPECT_TRUE(other.err.contains("msgbox[Mecadra]: hello")) << other.err.toStdString();
+    // Type mismatch: run code 14, with the line of the failing statement.
+    const ProgramRun broken = run({"macro", "run", path, "--proc", "broken"});
+    EXPECT_EQ(broken.status, 14);
+    EXPECT_TRUE(broken.err.contains(path + ":10:5: run code 14: Type mismatch")) << broken.err.toStdString();
+    const ProgramRun missing = run({"macro", "run", path, "--proc", "nothing"});
+    EXPECT_EQ(missing.status, 6);
+}
+
 } // namespace

@@ -1,4 +1,6 @@
-// Any macro text must lex and parse to a tree or a compile error with a position, never crash.
+// Any macro text must compile (lex, parse, check names) to a module or a compile error with a
+// position, never crash or exhaust the stack.
+#include "cadsim/engine/checker.h"
 #include "cadsim/engine/lexer.h"
 #include "cadsim/engine/parser.h"
 
@@ -15,6 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         const auto module = cadsim::Parser::parse(text);
         if (!module)
             std::abort();
+        cadsim::Checker(*module, {}).check();
     } catch (const cadsim::CompileException &e) {
         const cadsim::SourcePos pos = e.error().pos;
         if (pos.line < 1 || e.error().message.isEmpty())

@@ -28,6 +28,7 @@ enum class ExprKind {
     Binary,   // left op right
     Paren,    // (operand): forces a ByVal argument
     Me,       // unused placeholder for "Me"
+    TypeOf,   // TypeOf operand Is name
 };
 
 enum class Op {
@@ -40,6 +41,7 @@ enum class Op {
 struct Arg {
     ExprPtr value; // null: omitted (a, , c)
     QString name;  // named argument name:=value, lower case
+    SourcePos pos; // of the name, or else of the value
 };
 
 struct Expr {
@@ -56,7 +58,7 @@ struct Expr {
 };
 
 // A declared type: "As Long", "As Cadrix.ModelDoc2", "As String"...
-enum class DeclType { Variant, Integer, Long, Double, Single, String, Boolean, Date, Object, Byte, Currency };
+enum class DeclType { Variant, Integer, Long, Double, Single, String, Boolean, Date, Object, Byte, Currency, UserType };
 
 struct Dimension {
     ExprPtr lower; // null: Option Base
@@ -71,13 +73,22 @@ struct VarDecl {
     bool isArray = false;           // declared with parentheses
     std::vector<Dimension> dims;    // empty with isArray: dynamic array
     bool isNew = false;             // As New ...
-    QString className;              // the class of As New
+    QString className;              // the class of As New, or the user-defined type (lower case)
+    ExprPtr member;                 // ReDim of a member: obj.items(...) or .items(...) in With
+};
+
+// Type name ... End Type: the fields in declaration order.
+struct UserTypeDecl {
+    QString name;
+    QString lower;
+    std::vector<VarDecl> fields;
+    SourcePos pos;
 };
 
 enum class StmtKind {
     Dim, Const, ReDim, Assign, SetAssign, Call, If, For, ForEach, Do, While, Select, Exit,
     OnError, Resume, GoTo, Label, With, Open, Close, Print, Write, LineInput, DebugPrint, Erase,
-    End, Name,
+    End, Name, LSet, RSet, Input,
 };
 
 enum class ExitKind { Sub, Function, For, Do, Property };
@@ -121,7 +132,7 @@ struct Stmt {
     ExprPtr limit;                        // For end, Open file number
     ExprPtr step;                         // For step
     ExprPtr collection;                   // For Each
-    std::vector<Arg> args;                // Call statement arguments, Close file numbers, Erase names
+    std::vector<Arg> args;                // Call statement arguments, Close file numbers, Erase names, Input targets
     std::vector<IfBranch> branches;       // If
     Block body;                           // loops, With
     std::vector<CaseClause> cases;        // Select
@@ -146,6 +157,7 @@ struct Param {
     bool paramArray = false;
     bool isArray = false;
     DeclType type = DeclType::Variant;
+    QString className; // the user-defined type of As, lower case
     ExprPtr defaultValue;
     SourcePos pos;
 };
@@ -156,6 +168,7 @@ struct Procedure {
     bool isFunction = false;
     bool isPrivate = false;
     DeclType returnType = DeclType::Variant;
+    QString returnClass; // the user-defined type of As, lower case
     std::vector<Param> params;
     Block body;
     SourcePos pos;
@@ -187,6 +200,8 @@ struct Module {
     std::vector<ConstDecl> constants;
     std::vector<std::unique_ptr<Procedure>> procedures;
     std::vector<DeclareProc> declares;
+    std::vector<std::unique_ptr<UserTypeDecl>> types;
+    QHash<QString, const UserTypeDecl *> typeIndex; // lower name
     QHash<QString, Procedure *> procedureIndex;   // lower name
     QHash<QString, const DeclareProc *> declareIndex;
 };

@@ -1,16 +1,20 @@
 #include "cadsim/engine/builtins.h"
 
+#include "cadsim/engine/codepage.h"
 #include "cadsim/engine/fso.h"
 #include "cadsim/engine/interpreter.h"
 #include "cadsim/engine/likematcher.h"
+#include "cadsim/engine/numberformat.h"
 #include "cadsim/engine/scriptobject.h"
 
 #include <QDate>
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
+#include <QTime>
 
 #include <cmath>
+#include <optional>
 
 namespace cadsim {
 
@@ -103,7 +107,7 @@ ScriptValue fnInStr(Interpreter &in, Args &a)
     std::size_t first = 0;
     std::int32_t start = 1;
     if (a.size() >= 3) {
-        start = lng(a, 0);
+        start = given(a, 0) ? lng(a, 0) : 1;
         first = 1;
     }
     if (start < 1)
@@ -652,21 +656,407 @@ ScriptValue fnFormat(Interpreter &, Args &a)
         }
         return s(t.toString(mapped));
     }
-    const int dot = f.indexOf(QLatin1Char('.'));
-    const int decimals = dot < 0 ? 0 : static_cast<int>(f.size() - dot - 1);
-    int width = dot < 0 ? static_cast<int>(f.size()) : dot;
-    if (!f.startsWith(QLatin1Char('0')))
-        width = 0;
-    QString out = QString::number(v.toDouble(), 'f', decimals);
-    const bool neg = out.startsWith(QLatin1Char('-'));
-    if (neg)
-        out.remove(0, 1);
-    int intLen = out.indexOf(QLatin1Char('.'));
-    if (intLen < 0)
-        intLen = out.size();
-    if (intLen < width)
-        out.prepend(QString(width - intLen, QLatin1Char('0')));
-    return s(neg ? QLatin1Char('-') + out : out);
+    // Named formats and numeric patterns.
+    const QString named = f.toLower();
+    double number = 0;
+    if (v.isString() && !parseVbNumber(v.toString(), &number))
+        return s(v.toString());
+    number = v.isString() ? number : v.toDouble();
+    if (named == QLatin1String("general number"))
+        return s(ScriptValue::fromDouble(number).toString());
+    if (named == QLatin1String("currency"))
+        return s(formatNumberStyle(number, NumberStyle::Currency, 2, true, true, true));
+    if (named == QLatin1String("fixed"))
+        return s(formatNumberPattern(number, QStringLiteral("0.00")));
+    if (named == QLatin1String("standard"))
+        return s(formatNumberPattern(number, QStringLiteral("#,##0.00")));
+    if (named == QLatin1String("percent"))
+        return s(formatNumberPattern(number, QStringLiteral("0.00%")));
+    if (named == QLatin1String("scientific"))
+        return s(formatNumberPattern(number, QStringLiteral("0.00E+00")));
+    return s(formatNumberPattern(number, f));
+}
+
+// ---- more dates ---------------------------------------------------------------------------
+
+ScriptValue fnTimeSerial(Interpreter &, Args &a)
+{
+    const double secs = lng(a, 0) * 3600.0 + lng(a, 1) * 60.0 + lng(a, 2);
+    return ScriptValue::fromDate(secs / 86400.0);
+}
+
+ScriptValue dateFromText(const ScriptValue &v)
+{
+    if (!v.isString())
+        return ScriptValue::fromDate(v.toDouble());
+    const QString t = v.toString().trimmed();
+    static const char *const dateForms[] = {"M/d/yyyy", "yyyy-MM-dd", "MMMM d, yyyy", "MMM d, yyyy", "d MMMM yyyy", "M/d/yy"};
+    static const char *const timeForms[] = {"h:mm:ss AP", "h:mm AP", "H:mm:ss", "H:mm", "h:mm:ssAP", "h:mmAP"};
+    const QStringList words = t.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    // The date, the time, or both ("11/23/2026 9:05:00 AM").
+    for (int split = 0; split <= words.size(); ++split) {
+        const QString datePart = QStringList(words.mid(0, split)).join(QLatin1Char(' '));
+        const QString timePart = QStringList(words.mid(split)).join(QLatin1Char(' '));
+        double date = 0;
+        bool ok = datePart.isEmpty();
+        for (const char *form : dateForms) {
+            if (ok)
+                break;
+            QDate d = QDate::fromString(datePart, QLatin1String(form));
+            if (d.isValid() && QLatin1String(form).endsWith(QLatin1String("yy")) && !QLatin1String(form).endsWith(QLatin1String("yyyy")))
+                d = d.addYears(d.year() < 1930 ? 100 : 0);
+            if (d.isValid()) {
+                date = oleDateFromParts(d.year(), d.month(), d.day());
+                ok = true;
+            }
+        }
+        if (!ok)
+            continue;
+        if (timePart.isEmpty())
+            return ScriptValue::fromDate(date);
+        for (const char *form : timeForms) {
+            const QTime time = QTime::fromString(timePart.toUpper(), QLatin1String(form));
+            if (time.isValid())
+                return ScriptValue::fromDate(date + (time.hour() * 3600.0 + time.minute() * 60.0 + time.second()) / 86400.0);
+        }
+    }
+    throw ScriptError(ErrNo::TypeMismatch);
+}
+
+ScriptValue fnDateValue(Interpreter &, Args &a)
+{
+    return ScriptValue::fromDate(std::floor(dateFromText(a[0]).toDouble()));
+}
+
+ScriptValue fnTimeValue(Interpreter &, Args &a)
+{
+    const double d = dateFromText(a[0]).toDouble();
+    return ScriptValue::fromDate(std::fabs(d - std::trunc(d)));
+}
+
+// Weekday of a date counted from firstDay (1 = Sunday ... 7 = Saturday; 0 = the system's, Sunday).
+int weekdayFrom(const QDate &d, int firstDay)
+{
+    if (firstDay == 0)
+        firstDay = 1;
+    const int sundayBased = d.dayOfWeek() % 7 + 1; // 1 = Sunday
+    return (sundayBased - firstDay + 7) % 7 + 1;
+}
+
+int weekOfYear(const QDate &d, int firstDay, int firstWeek)
+{
+    const QDate jan1(d.year(), 1, 1);
+    // The first day of week 1.
+    QDate start = jan1.addDays(1 - weekdayFrom(jan1, firstDay));
+    if (firstWeek == 3 && start < jan1) // vbFirstFullWeek
+        start = start.addDays(7);
+    else if (firstWeek == 2 && jan1.daysTo(start.addDays(7)) < 4) // vbFirstFourDays
+        start = start.addDays(7);
+    if (d < start) // belongs to the last week of the year before
+        return weekOfYear(QDate(d.year() - 1, 12, 31), firstDay, firstWeek);
+    return static_cast<int>(start.daysTo(d) / 7) + 1;
+}
+
+ScriptValue fnDatePart(Interpreter &, Args &a)
+{
+    const QString interval = str(a, 0).toLower();
+    const ScriptValue date = dateFromText(a[1]);
+    const QDate d = dateOf(date);
+    const int firstDay = lngOr(a, 2, 1);
+    const int firstWeek = lngOr(a, 3, 1);
+    const int secs = secondsOf(date);
+    int r = 0;
+    if (interval == QLatin1String("yyyy"))
+        r = d.year();
+    else if (interval == QLatin1String("q"))
+        r = (d.month() - 1) / 3 + 1;
+    else if (interval == QLatin1String("m"))
+        r = d.month();
+    else if (interval == QLatin1String("y"))
+        r = d.dayOfYear();
+    else if (interval == QLatin1String("d"))
+        r = d.day();
+    else if (interval == QLatin1String("w"))
+        r = weekdayFrom(d, firstDay);
+    else if (interval == QLatin1String("ww"))
+        r = weekOfYear(d, firstDay, firstWeek);
+    else if (interval == QLatin1String("h"))
+        r = secs / 3600;
+    else if (interval == QLatin1String("n"))
+        r = secs / 60 % 60;
+    else if (interval == QLatin1String("s"))
+        r = secs % 60;
+    else
+        throw ScriptError(ErrNo::InvalidCall);
+    return ScriptValue::fromInteger(static_cast<std::int16_t>(r));
+}
+
+ScriptValue fnMonthName(Interpreter &, Args &a)
+{
+    static const char *const names[] = {"January", "February", "March", "April", "May", "June", "July",
+                                        "August", "September", "October", "November", "December"};
+    const std::int32_t m = lng(a, 0);
+    if (m < 1 || m > 12)
+        throw ScriptError(ErrNo::InvalidCall);
+    const QString name = QLatin1String(names[m - 1]);
+    return s(given(a, 1) && a[1].toBool() ? name.left(3) : name);
+}
+
+ScriptValue fnWeekdayName(Interpreter &, Args &a)
+{
+    static const char *const names[] = {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
+    const std::int32_t w = lng(a, 0);
+    int firstDay = lngOr(a, 2, 1);
+    if (firstDay == 0)
+        firstDay = 1;
+    if (w < 1 || w > 7 || firstDay < 1 || firstDay > 7)
+        throw ScriptError(ErrNo::InvalidCall);
+    const QString name = QLatin1String(names[(w - 1 + firstDay - 1) % 7]);
+    return s(given(a, 1) && a[1].toBool() ? name.left(3) : name);
+}
+
+// ---- more text ----------------------------------------------------------------------------
+
+ScriptValue fnStrConv(Interpreter &, Args &a)
+{
+    const QString t = str(a, 0);
+    const std::int32_t how = lng(a, 1);
+    switch (how) {
+    case 1:
+        return s(t.toUpper());
+    case 2:
+        return s(t.toLower());
+    case 3: {
+        // Proper case: the first letter of every word up, the rest down.
+        QString out = t.toLower();
+        bool wordStart = true;
+        for (QChar &c : out) {
+            if (wordStart && c.isLetter())
+                c = c.toUpper();
+            wordStart = c.isSpace() || c == QChar(0);
+        }
+        return s(out);
+    }
+    case 128: {
+        // Unicode to the 8-bit code page, two bytes to a character.
+        const QByteArray bytes = encodeWindows1252(t);
+        QString packed;
+        for (qsizetype i = 0; i < bytes.size(); i += 2) {
+            const auto lo = static_cast<unsigned char>(bytes.at(i));
+            const auto hi = i + 1 < bytes.size() ? static_cast<unsigned char>(bytes.at(i + 1)) : 0u;
+            packed += QChar(static_cast<char16_t>(lo | (hi << 8)));
+        }
+        return s(packed);
+    }
+    case 64: {
+        QByteArray bytes;
+        for (const QChar c : t) {
+            bytes += static_cast<char>(c.unicode() & 0xFF);
+            bytes += static_cast<char>(c.unicode() >> 8);
+        }
+        if (bytes.endsWith('\0'))
+            bytes.chop(1); // an odd byte count was padded
+        return s(decodeWindows1252(bytes));
+    }
+    default:
+        throw ScriptError(ErrNo::InvalidCall);
+    }
+}
+
+ScriptValue fnStr(Interpreter &, Args &a)
+{
+    if (a[0].isNull())
+        return a[0];
+    if (!a[0].isNumeric() && !a[0].isString())
+        throw ScriptError(ErrNo::TypeMismatch);
+    const ScriptValue n = a[0].isString() ? ScriptValue::fromDouble(a[0].toDouble()) : a[0];
+    return s(strOfNumber(n.type() == ValueType::Boolean ? QString::number(n.toLong()) : n.toString()));
+}
+
+ScriptValue fnOct(Interpreter &, Args &a)
+{
+    const std::int32_t v = a[0].toLong();
+    const std::uint32_t u = a[0].type() == ValueType::Integer ? static_cast<std::uint16_t>(v) : static_cast<std::uint32_t>(v);
+    return s(QString::number(u, 8));
+}
+
+ScriptValue fnLenB(Interpreter &, Args &a)
+{
+    if (a[0].isNull())
+        return a[0];
+    return ScriptValue::fromLong(static_cast<std::int32_t>(a[0].toString().size() * 2));
+}
+
+ScriptValue fnChoose(Interpreter &, Args &a)
+{
+    const double index = a[0].toDouble();
+    const auto i = static_cast<std::int64_t>(std::nearbyint(index));
+    if (i < 1 || i >= static_cast<std::int64_t>(a.size()))
+        return ScriptValue::null();
+    return a[static_cast<std::size_t>(i)];
+}
+
+ScriptValue fnSwitch(Interpreter &, Args &a)
+{
+    if (a.size() % 2 != 0)
+        throw ScriptError(ErrNo::InvalidCall);
+    for (std::size_t i = 0; i < a.size(); i += 2) {
+        if (!a[i].isNull() && a[i].toBool())
+            return a[i + 1];
+    }
+    return ScriptValue::null();
+}
+
+// ---- more numbers -------------------------------------------------------------------------
+
+ScriptValue checkedNumber(double v)
+{
+    if (std::isnan(v) || std::isinf(v))
+        throw ScriptError(ErrNo::Overflow);
+    return ScriptValue::fromDouble(v);
+}
+
+ScriptValue fnLog(Interpreter &, Args &a)
+{
+    const double v = a[0].toDouble();
+    if (v <= 0)
+        throw ScriptError(ErrNo::InvalidCall);
+    return ScriptValue::fromDouble(std::log(v));
+}
+ScriptValue fnExp(Interpreter &, Args &a) { return checkedNumber(std::exp(a[0].toDouble())); }
+ScriptValue fnSin(Interpreter &, Args &a) { return ScriptValue::fromDouble(std::sin(a[0].toDouble())); }
+ScriptValue fnCos(Interpreter &, Args &a) { return ScriptValue::fromDouble(std::cos(a[0].toDouble())); }
+ScriptValue fnTan(Interpreter &, Args &a) { return checkedNumber(std::tan(a[0].toDouble())); }
+ScriptValue fnAtn(Interpreter &, Args &a) { return ScriptValue::fromDouble(std::atan(a[0].toDouble())); }
+
+ScriptValue fnRnd(Interpreter &in, Args &a)
+{
+    return ScriptValue::fromDouble(in.random().next(given(a, 0) ? std::optional(a[0].toDouble()) : std::nullopt));
+}
+
+ScriptValue fnRandomize(Interpreter &in, Args &a)
+{
+    if (given(a, 0)) {
+        in.random().seed(a[0].toDouble());
+    } else {
+        const double n = in.now();
+        in.random().seed((n - std::floor(n)) * 86400.0);
+    }
+    return {};
+}
+
+// Currency keeps four decimals, rounded half to even as VBA's conversions do.
+ScriptValue fnCCur(Interpreter &, Args &a)
+{
+    const double v = a[0].toDouble();
+    if (std::fabs(v) > 922337203685477.5807)
+        throw ScriptError(ErrNo::Overflow);
+    return ScriptValue::fromDouble(std::nearbyint(v * 10000.0) / 10000.0);
+}
+
+ScriptValue fnCDec(Interpreter &, Args &a)
+{
+    if (a[0].isString()) {
+        double d = 0;
+        if (!parseVbNumber(a[0].toString(), &d))
+            throw ScriptError(ErrNo::TypeMismatch);
+        return ScriptValue::fromDouble(d);
+    }
+    return ScriptValue::fromDouble(a[0].toDouble());
+}
+
+ScriptValue formatStyled(Args &a, NumberStyle style)
+{
+    if (a[0].isNull())
+        return s(QString());
+    const int decimals = lngOr(a, 1, -1);
+    const auto flag = [&a](std::size_t i, bool fallback) {
+        const int v = lngOr(a, i, -2); // vbUseDefault
+        return v == -2 ? fallback : v != 0;
+    };
+    return s(formatNumberStyle(a[0].toDouble(), style, decimals < 0 ? 2 : decimals, flag(2, true),
+                               flag(3, style == NumberStyle::Currency), flag(4, true)));
+}
+ScriptValue fnFormatNumber(Interpreter &, Args &a) { return formatStyled(a, NumberStyle::Number); }
+ScriptValue fnFormatCurrency(Interpreter &, Args &a) { return formatStyled(a, NumberStyle::Currency); }
+ScriptValue fnFormatPercent(Interpreter &, Args &a) { return formatStyled(a, NumberStyle::Percent); }
+
+// ---- errors -------------------------------------------------------------------------------
+
+ScriptValue fnIsError(Interpreter &, Args &a) { return ScriptValue::fromBool(a[0].type() == ValueType::Error && !a[0].isMissing()); }
+
+ScriptValue fnCVErr(Interpreter &, Args &a) { return ScriptValue::fromError(lng(a, 0)); }
+
+ScriptValue fnError(Interpreter &in, Args &a)
+{
+    if (!given(a, 0))
+        return s(in.err().description());
+    const std::int32_t n = lng(a, 0);
+    if (n < 0 || n > 65535)
+        throw ScriptError(ErrNo::InvalidCall);
+    if (n == 0)
+        return s(QString());
+    const QString text = ScriptError::standardDescription(n);
+    return s(text.isEmpty() ? QStringLiteral("Application-defined or object-defined error") : text);
+}
+
+// ---- more files ---------------------------------------------------------------------------
+
+ScriptValue fnLOF(Interpreter &in, Args &a) { return ScriptValue::fromLong(static_cast<std::int32_t>(in.files().length(lng(a, 0)))); }
+
+ScriptValue fnCurDir(Interpreter &, Args &) { return s(QDir::toNativeSeparators(QDir::currentPath())); }
+
+ScriptValue fnGetAttr(Interpreter &in, Args &a)
+{
+    const QFileInfo info(in.resolvePath(str(a, 0)));
+    if (!info.exists())
+        throw ScriptError(ErrNo::FileNotFound);
+    int attributes = info.isDir() ? 16 : 32; // vbDirectory, vbArchive
+    if (!(info.permissions() & QFile::WriteOwner))
+        attributes |= 1; // vbReadOnly
+    if (info.isHidden())
+        attributes |= 2;
+    return ScriptValue::fromInteger(static_cast<std::int16_t>(attributes));
+}
+
+ScriptValue fnSetAttr(Interpreter &in, Args &a)
+{
+    const QString path = in.resolvePath(str(a, 0));
+    const std::int32_t attributes = lng(a, 1);
+    if (!QFileInfo::exists(path))
+        throw ScriptError(ErrNo::FileNotFound);
+    if (in.files().isPathOpen(path))
+        throw ScriptError(ErrNo::PathFileAccess);
+    // Only the read-only flag has a counterpart here.
+    QFile::Permissions p = QFile::permissions(path);
+    const QFile::Permissions write = QFile::WriteOwner | QFile::WriteUser;
+    p = (attributes & 1) ? (p & ~write) : (p | write);
+    QFile::setPermissions(path, p);
+    return {};
+}
+
+// ---- objects ------------------------------------------------------------------------------
+
+ScriptValue fnCallByName(Interpreter &, Args &a)
+{
+    if (!a[0].isObject() && !a[0].isRecord())
+        throw ScriptError(ErrNo::ObjectRequired);
+    if (!a[0].object())
+        throw ScriptError(ErrNo::ObjectVariableNotSet);
+    const QString member = str(a, 1);
+    CallKind kind = CallKind::Call;
+    switch (lng(a, 2)) {
+    case 1: kind = CallKind::Call; break; // vbMethod
+    case 2: kind = CallKind::Get; break;  // vbGet
+    case 4: kind = CallKind::Let; break;  // vbLet
+    case 8: kind = CallKind::Set; break;  // vbSet
+    default: throw ScriptError(ErrNo::InvalidCall);
+    }
+    ScriptArgs args;
+    for (std::size_t i = 3; i < a.size(); ++i)
+        args.push_back(&a[i]);
+    // A method's result comes back too: CallByName(c, "Item", vbMethod, 1).
+    return a[0].object()->invoke(member, kind == CallKind::Call ? CallKind::Get : kind, args);
 }
 
 // ---- interaction --------------------------------------------------------------------------
@@ -899,6 +1289,39 @@ const QHash<QString, Builtin> &table()
         {QStringLiteral("filecopy"), {fnFileCopy, 2, 2}},
         {QStringLiteral("filedatetime"), {fnFileDateTime, 1, 1}},
         {QStringLiteral("dir"), {fnDir, 0, 2}},
+        {QStringLiteral("timeserial"), {fnTimeSerial, 3, 3}},
+        {QStringLiteral("datevalue"), {fnDateValue, 1, 1}},
+        {QStringLiteral("timevalue"), {fnTimeValue, 1, 1}},
+        {QStringLiteral("datepart"), {fnDatePart, 2, 4}},
+        {QStringLiteral("monthname"), {fnMonthName, 1, 2}},
+        {QStringLiteral("weekdayname"), {fnWeekdayName, 1, 3}},
+        {QStringLiteral("strconv"), {fnStrConv, 2, 3}},
+        {QStringLiteral("str"), {fnStr, 1, 1}},
+        {QStringLiteral("oct"), {fnOct, 1, 1}},
+        {QStringLiteral("lenb"), {fnLenB, 1, 1}},
+        {QStringLiteral("choose"), {fnChoose, 2, -1}},
+        {QStringLiteral("switch"), {fnSwitch, 0, -1}},
+        {QStringLiteral("log"), {fnLog, 1, 1}},
+        {QStringLiteral("exp"), {fnExp, 1, 1}},
+        {QStringLiteral("sin"), {fnSin, 1, 1}},
+        {QStringLiteral("cos"), {fnCos, 1, 1}},
+        {QStringLiteral("tan"), {fnTan, 1, 1}},
+        {QStringLiteral("atn"), {fnAtn, 1, 1}},
+        {QStringLiteral("rnd"), {fnRnd, 0, 1}},
+        {QStringLiteral("randomize"), {fnRandomize, 0, 1}},
+        {QStringLiteral("ccur"), {fnCCur, 1, 1}},
+        {QStringLiteral("cdec"), {fnCDec, 1, 1}},
+        {QStringLiteral("formatnumber"), {fnFormatNumber, 1, 5}},
+        {QStringLiteral("formatcurrency"), {fnFormatCurrency, 1, 5}},
+        {QStringLiteral("formatpercent"), {fnFormatPercent, 1, 5}},
+        {QStringLiteral("iserror"), {fnIsError, 1, 1}},
+        {QStringLiteral("cverr"), {fnCVErr, 1, 1}},
+        {QStringLiteral("error"), {fnError, 0, 1}},
+        {QStringLiteral("lof"), {fnLOF, 1, 1}},
+        {QStringLiteral("curdir"), {fnCurDir, 0, 1}},
+        {QStringLiteral("getattr"), {fnGetAttr, 1, 1}},
+        {QStringLiteral("setattr"), {fnSetAttr, 2, 2}},
+        {QStringLiteral("callbyname"), {fnCallByName, 3, -1}},
     };
     return t;
 }
@@ -912,6 +1335,45 @@ bool isRooted(const QString &p)
 }
 
 } // namespace
+
+const QStringList &builtinParameterNames(const QString &lowerName)
+{
+    // The names VBA gives the parameters, for calls with named arguments.
+    static const QHash<QString, QStringList> names = {
+        {QStringLiteral("instr"), {"start", "string1", "string2", "compare"}},
+        {QStringLiteral("instrrev"), {"stringcheck", "stringmatch", "start", "compare"}},
+        {QStringLiteral("replace"), {"expression", "find", "replace", "start", "count", "compare"}},
+        {QStringLiteral("split"), {"expression", "delimiter", "limit", "compare"}},
+        {QStringLiteral("join"), {"sourcearray", "delimiter"}},
+        {QStringLiteral("filter"), {"sourcearray", "match", "include", "compare"}},
+        {QStringLiteral("strcomp"), {"string1", "string2", "compare"}},
+        {QStringLiteral("strconv"), {"string", "conversion", "lcid"}},
+        {QStringLiteral("mid"), {"string", "start", "length"}},
+        {QStringLiteral("left"), {"string", "length"}},
+        {QStringLiteral("right"), {"string", "length"}},
+        {QStringLiteral("msgbox"), {"prompt", "buttons", "title", "helpfile", "context"}},
+        {QStringLiteral("inputbox"), {"prompt", "title", "default", "xpos", "ypos", "helpfile", "context"}},
+        {QStringLiteral("dateadd"), {"interval", "number", "date"}},
+        {QStringLiteral("datediff"), {"interval", "date1", "date2", "firstdayofweek", "firstweekofyear"}},
+        {QStringLiteral("datepart"), {"interval", "date", "firstdayofweek", "firstweekofyear"}},
+        {QStringLiteral("weekday"), {"date", "firstdayofweek"}},
+        {QStringLiteral("weekdayname"), {"weekday", "abbreviate", "firstdayofweek"}},
+        {QStringLiteral("monthname"), {"month", "abbreviate"}},
+        {QStringLiteral("format"), {"expression", "format", "firstdayofweek", "firstweekofyear"}},
+        {QStringLiteral("formatnumber"), {"expression", "numdigitsafterdecimal", "includeleadingdigit", "useparensfornegativenumbers", "groupdigits"}},
+        {QStringLiteral("formatcurrency"), {"expression", "numdigitsafterdecimal", "includeleadingdigit", "useparensfornegativenumbers", "groupdigits"}},
+        {QStringLiteral("formatpercent"), {"expression", "numdigitsafterdecimal", "includeleadingdigit", "useparensfornegativenumbers", "groupdigits"}},
+        {QStringLiteral("round"), {"number", "numdigitsafterdecimal"}},
+        {QStringLiteral("dir"), {"pathname", "attributes"}},
+        {QStringLiteral("callbyname"), {"object", "procname", "calltype", "args"}},
+        {QStringLiteral("string"), {"number", "character"}},
+        {QStringLiteral("space"), {"number"}},
+        {QStringLiteral("iif"), {"expression", "truepart", "falsepart"}},
+    };
+    static const QStringList none;
+    const auto it = names.constFind(lowerName);
+    return it == names.constEnd() ? none : *it;
+}
 
 const Builtin *findBuiltin(const QString &lowerName)
 {

@@ -4,6 +4,7 @@
 #include "cadsim/engine/value.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
@@ -22,6 +23,9 @@ struct Builtin {
 };
 
 const Builtin *findBuiltin(const QString &lowerName);
+// Parameter names (lower case, in order) of the built-ins that take named arguments; empty for
+// the others.
+const QStringList &builtinParameterNames(const QString &lowerName);
 
 // The Windows functions that Declare statements may name (by alias or name).
 ScriptValue callDeclaredFunction(Interpreter &interp, const DeclareProc &declare, std::vector<ScriptValue> &args);

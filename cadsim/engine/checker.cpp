@@ -116,6 +116,12 @@ void Checker::checkCallee(const Expr &callee, const std::vector<Arg> &args, bool
         }
     } else if (hasArgList && !isKnownValue(name)) {
         fail(QStringLiteral("Sub or Function not defined"), callee.pos, 8);
+    } else if (!m_locals.contains(name) && !m_moduleNames.contains(name) && !m_module.declareIndex.contains(name)
+               && findBuiltin(name)) {
+        for (const Arg &a : args) {
+            if (!a.name.isEmpty() && !builtinParameterNames(name).contains(a.name))
+                fail(QStringLiteral("Named argument not found"), a.pos, 3);
+        }
     } else {
         checkVariable(name, callee.pos);
     }
@@ -140,6 +146,7 @@ void Checker::checkExpr(const Expr &e)
         return;
     case ExprKind::Unary:
     case ExprKind::Paren:
+    case ExprKind::TypeOf:
         checkExpr(*e.left);
         return;
     case ExprKind::Binary:
@@ -182,7 +189,9 @@ void Checker::checkStmt(const Stmt &s)
                     checkExpr(*dim.lower);
                 checkExpr(*dim.upper);
             }
-            if (!isKnownValue(d.lower))
+            if (d.member)
+                checkExpr(*d.member);
+            else if (!isKnownValue(d.lower))
                 declare(d.lower);
         }
         return;
@@ -256,6 +265,15 @@ void Checker::checkStmt(const Stmt &s)
     case StmtKind::Close:
     case StmtKind::Erase:
         checkArgs(s.args);
+        return;
+    case StmtKind::Input:
+        checkExpr(*s.value);
+        checkArgs(s.args);
+        return;
+    case StmtKind::LSet:
+    case StmtKind::RSet:
+        checkExpr(*s.value);
+        checkExpr(*s.target);
         return;
     case StmtKind::Print:
     case StmtKind::Write:

@@ -121,8 +121,7 @@ TEST(LexerTest, ContinuationsKeepPositionsAndDirectivesChooseBranches)
 
 TEST(CheckMacroTest, ReportsFirstSyntaxErrorWithLineAndColumn)
 {
-    const MacroResult ok = MacroEngine::checkMacro(QStringLiteral("Sub main()\r\n  Undefined 1\r\nEnd Sub\r\n"));
-    EXPECT_TRUE(ok.ok); // parsing only: names are the run's business
+    EXPECT_TRUE(MacroEngine::checkMacro(QStringLiteral("Sub main()\r\n  Debug.Print Len(\"a\")\r\nEnd Sub\r\n")).ok);
 
     const MacroResult bad = checkMacro(QStringLiteral("Sub main()\r\n  x = (1 + \r\nEnd Sub\r\n"));
     EXPECT_FALSE(bad.ok);
@@ -132,7 +131,9 @@ TEST(CheckMacroTest, ReportsFirstSyntaxErrorWithLineAndColumn)
 
     const MacroResult unterminated = MacroEngine::checkMacro(QStringLiteral("Sub main()\n  s = \"abc\nEnd Sub\n"));
     EXPECT_FALSE(unterminated.ok);
+    EXPECT_EQ(unterminated.message, QStringLiteral("Unterminated string"));
     EXPECT_EQ(unterminated.line, 2);
+    EXPECT_EQ(unterminated.column, 7); // the opening quote
 
     const MacroResult noEnd = MacroEngine::checkMacro(QStringLiteral("Sub main()\n  Do\n  x = 1\nEnd Sub\n"));
     EXPECT_FALSE(noEnd.ok);
@@ -141,6 +142,22 @@ TEST(CheckMacroTest, ReportsFirstSyntaxErrorWithLineAndColumn)
 
     const MacroResult badDirective = MacroEngine::checkMacro(QStringLiteral("#If VBA7 Then\nSub main()\nEnd Sub\n"));
     EXPECT_FALSE(badDirective.ok);
+}
+
+TEST(CheckMacroTest, ComplainsAboutNamesAsALoadDoes)
+{
+    // Under Option Explicit an undeclared name stops the check where it stands.
+    const MacroResult undeclared = MacroEngine::checkMacro(
+        QStringLiteral("Option Explicit\nSub main()\n  Dim a As Long\n  a = 1\n  total = a + 1\nEnd Sub\n"));
+    EXPECT_FALSE(undeclared.ok);
+    EXPECT_EQ(undeclared.message, QStringLiteral("Variable not defined"));
+    EXPECT_EQ(undeclared.line, 5);
+    EXPECT_EQ(undeclared.column, 3);
+    const MacroResult unknownCall = MacroEngine::checkMacro(QStringLiteral("Sub main()\n  x = 1\n  Undefined x\nEnd Sub\n"));
+    EXPECT_EQ(unknownCall.runCode, RunCode::SubOrFunctionExpected);
+    EXPECT_EQ(unknownCall.line, 3);
+    // The stand-in's application object and constants are known without a host.
+    EXPECT_TRUE(MacroEngine::checkMacro(QStringLiteral("Option Explicit\nSub main()\n  Debug.Print Application Is Nothing\nEnd Sub\n")).ok);
 }
 
 TEST(CheckMacroTest, DeepNestingIsAnErrorNotACrash)
@@ -153,6 +170,14 @@ TEST(CheckMacroTest, DeepNestingIsAnErrorNotACrash)
     EXPECT_EQ(MacroEngine::checkMacro(ifs).message, QStringLiteral("Expression too complex"));
     const QString nots = QStringLiteral("Sub main()\n x = ") + QStringLiteral("Not -").repeated(50000) + QStringLiteral("1\nEnd Sub\n");
     EXPECT_FALSE(MacroEngine::checkMacro(nots).ok);
+    // A long chain of operators builds a deep tree as surely as parentheses do.
+    for (const char *op : {" + ", " & ", " And ", " = ", " ^ "}) {
+        const QString chain = QStringLiteral("Sub main()\n x = 1") + (QLatin1String(op) + QStringLiteral("1")).repeated(175000)
+                              + QStringLiteral("\nEnd Sub\n");
+        const MacroResult r = MacroEngine::checkMacro(chain);
+        EXPECT_EQ(r.message, QStringLiteral("Expression too complex")) << op;
+        EXPECT_EQ(r.line, 2) << op;
+    }
 }
 
 // ---- running ------------------------------------------------------------------------------
@@ -349,6 +374,26 @@ TEST_F(EngineFixture, DeepRecursionIsAnErrorNotACrash)
     EXPECT_FALSE(r.ok);
     EXPECT_EQ(r.errorNumber, 28);
     EXPECT_EQ(r.runCode, RunCode::OutOfMemory);
+}
+
+TEST_F(EngineFixture, DeepValuesAndDeepCallsDoNotExhaustTheStack)
+{
+    // Each call nests a deep expression: the calls run out of stack long before 1000 of them.
+    const QString parens = QString(150, QLatin1Char('('));
+    const MacroResult calls = runText(QStringLiteral("Function f(n)\n  f = ") + parens + QStringLiteral("f(n + 1)")
+                                      + QString(150, QLatin1Char(')')) + QStringLiteral("\nEnd Function\nSub main()\n  x = f(0)\nEnd Sub\n"));
+    EXPECT_EQ(calls.errorNumber, 28);
+    // Arrays nested in arrays: copying stops at a depth no data needs.
+    const MacroResult arrays = runText(QStringLiteral(
+        "Sub main()\n  a = Array()\n  For i = 1 To 5000\n    a = Array(a)\n  Next\nEnd Sub\n"));
+    EXPECT_EQ(arrays.errorNumber, 28);
+    EXPECT_EQ(arrays.line, 4);
+    // A chain of 300,000 collections, each holding the one before, is freed without recursion.
+    const MacroResult chain = runText(QStringLiteral(
+        "Sub main()\n  Dim c As Object, d As Object\n  Set c = New Collection\n  For i = 1 To 300000\n"
+        "    Set d = New Collection\n    d.Add c\n    Set c = d\n  Next\n  Debug.Print c.Count\nEnd Sub\n"));
+    EXPECT_TRUE(chain.ok) << chain.message.toStdString();
+    EXPECT_EQ(output, QStringList{QStringLiteral(" 1 ")});
 }
 
 TEST_F(EngineFixture, HugeStringsFailTheMacroNotTheProcess)

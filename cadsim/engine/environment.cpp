@@ -70,6 +70,12 @@ const QHash<QString, ScriptValue> &vbaConstants()
             {"vbNormal", 0}, {"vbReadOnly", 1}, {"vbHidden", 2}, {"vbSystem", 4}, {"vbDirectory", 16},
             {"vbArchive", 32}, {"vbObjectError", static_cast<int>(0x80040000u)},
             {"vbUseDefault", -2}, {"vbTrue", -1}, {"vbFalse", 0},
+            {"vbDecimal", 14}, {"vbUserDefinedType", 36}, {"vbLongLong", 20}, {"vbDataObject", 13},
+            {"vbUpperCase", 1}, {"vbLowerCase", 2}, {"vbProperCase", 3}, {"vbUnicode", 64}, {"vbFromUnicode", 128},
+            {"vbUseSystemDayOfWeek", 0}, {"vbSunday", 1}, {"vbMonday", 2}, {"vbTuesday", 3}, {"vbWednesday", 4},
+            {"vbThursday", 5}, {"vbFriday", 6}, {"vbSaturday", 7},
+            {"vbUseSystem", 0}, {"vbFirstJan1", 1}, {"vbFirstFourDays", 2}, {"vbFirstFullWeek", 3},
+            {"vbMethod", 1}, {"vbGet", 2}, {"vbLet", 4}, {"vbSet", 8},
         });
         t.insert(QStringLiteral("vbcrlf"), ScriptValue::fromString(QStringLiteral("\r\n")));
         t.insert(QStringLiteral("vbnewline"), ScriptValue::fromString(QStringLiteral("\r\n")));

@@ -106,6 +106,54 @@ QString FileTable::readLine(int number)
     return line;
 }
 
+QString FileTable::readItem(int number)
+{
+    OpenFile &f = get(number);
+    if (f.mode != OpenMode::Input)
+        throw ScriptError(ErrNo::BadFileMode);
+    const QByteArray &c = f.content;
+    qsizetype p = f.position;
+    while (p < c.size() && (c.at(p) == ' ' || c.at(p) == '\t'))
+        ++p;
+    if (p >= c.size())
+        throw ScriptError(ErrNo::InputPastEnd);
+    QByteArray item;
+    if (c.at(p) == '"') {
+        const qsizetype close = c.indexOf('"', p + 1);
+        const qsizetype end = close < 0 ? c.size() : close + 1;
+        item = c.mid(p, end - p);
+        if (close < 0)
+            item += '"';
+        p = end;
+        while (p < c.size() && c.at(p) != ',' && c.at(p) != '\r' && c.at(p) != '\n')
+            ++p;
+    } else {
+        const qsizetype start = p;
+        while (p < c.size() && c.at(p) != ',' && c.at(p) != '\r' && c.at(p) != '\n')
+            ++p;
+        item = c.mid(start, p - start).trimmed();
+    }
+    if (p < c.size() && c.at(p) == ',') {
+        ++p;
+    } else {
+        if (p < c.size() && c.at(p) == '\r')
+            ++p;
+        if (p < c.size() && c.at(p) == '\n')
+            ++p;
+    }
+    f.position = p;
+    return decodeWindows1252(item);
+}
+
+qint64 FileTable::length(int number)
+{
+    OpenFile &f = get(number);
+    if (f.mode == OpenMode::Input)
+        return f.content.size();
+    f.file->flush();
+    return f.file->size();
+}
+
 bool FileTable::atEnd(int number)
 {
     OpenFile &f = get(number);

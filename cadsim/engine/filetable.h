@@ -22,7 +22,10 @@ public:
     void closeAll();
     void write(int number, const QString &text); // as it stands, no line end added
     QString readLine(int number);
+    // One item of Input #: a quoted text keeps its quotes, anything else comes trimmed.
+    QString readItem(int number);
     bool atEnd(int number);
+    qint64 length(int number); // LOF: the size of the open file in bytes
     int freeFile() const;
     bool isOpen(int number) const { return m_files.count(number) != 0; }
     bool isPathOpen(const QString &nativePath) const;

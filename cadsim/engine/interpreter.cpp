@@ -4,6 +4,8 @@
 #include "cadsim/engine/collections.h"
 #include "cadsim/engine/fso.h"
 #include "cadsim/engine/operators.h"
+#include "cadsim/engine/record.h"
+#include "cadsim/engine/regexpobject.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -16,6 +18,9 @@ namespace cadsim {
 namespace {
 
 constexpr int kMaxDepth = 1000;
+// Stack a macro's calls may take: well inside the 8 MB of the threads that run macros, with room
+// for the deepest statement and expression that the parser lets through in the last call.
+constexpr std::ptrdiff_t kStackBudget = 3 << 20;
 
 void setPosIfUnknown(ScriptError &e, SourcePos pos)
 {
@@ -58,6 +63,8 @@ ScriptValue Interpreter::createObject(const QString &progId)
     const QString id = progId.toLower();
     if (id == QLatin1String("scripting.dictionary"))
         return ScriptValue::fromObject(makeDictionary());
+    if (id == QLatin1String("vbscript.regexp"))
+        return ScriptValue::fromObject(makeRegExp());
     if (id == QLatin1String("collection") || id == QLatin1String("vba.collection"))
         return ScriptValue::fromObject(makeCollection());
     if (progId.compare(QLatin1String("Scripting.FileSystemObject"), Qt::CaseInsensitive) == 0)
@@ -123,9 +130,48 @@ ScriptValue Interpreter::initialValue(DeclType type) const
     case DeclType::Object:
         return ScriptValue::nothing();
     case DeclType::Variant:
+    case DeclType::UserType:
         break;
     }
     return {};
+}
+
+ScriptValue Interpreter::initialValue(DeclType type, const QString &className)
+{
+    return type == DeclType::UserType ? newRecord(className) : initialValue(type);
+}
+
+ScriptValue Interpreter::newRecord(const QString &typeLower)
+{
+    const UserTypeDecl *type = m_module.typeIndex.value(typeLower);
+    if (!type)
+        throw ScriptError(ErrNo::TypeMismatch, QStringLiteral("User-defined type not defined"));
+    auto &names = m_fieldNames[typeLower];
+    if (!names) {
+        auto list = std::make_shared<QStringList>();
+        for (const VarDecl &f : type->fields)
+            list->append(f.lower);
+        names = std::move(list);
+    }
+    std::vector<ScriptValue> values;
+    values.reserve(type->fields.size());
+    for (const VarDecl &f : type->fields)
+        values.push_back(declaredValue(f));
+    return ScriptValue::fromRecord(std::make_shared<ScriptRecord>(type->name, names, std::move(values)));
+}
+
+ScriptValue Interpreter::declaredValue(const VarDecl &d)
+{
+    if (d.isArray) {
+        if (d.dims.empty())
+            return ScriptValue::fromArray(std::make_shared<ScriptArray>());
+        ScriptValue a = newArray(d.dims, d.type, d.className);
+        a.array()->fixed = true;
+        return a;
+    }
+    if (d.isNew)
+        return createObject(d.className);
+    return initialValue(d.type, d.className);
 }
 
 ScriptValue Interpreter::coerce(const ScriptValue &value, DeclType type, bool isSet)
@@ -170,6 +216,10 @@ ScriptValue Interpreter::coerce(const ScriptValue &value, DeclType type, bool is
     case DeclType::Object:
         // "obj = x" without Set on an object variable
         throw ScriptError(ErrNo::ObjectVariableNotSet);
+    case DeclType::UserType:
+        if (!v.isRecord())
+            throw ScriptError(ErrNo::TypeMismatch);
+        return v.copied();
     }
     return v;
 }
@@ -193,7 +243,7 @@ void Interpreter::store(Variable &var, const ScriptValue &value, bool isSet)
     var.slot() = value.isArray() ? value.copied() : coerce(value, var.type, isSet);
 }
 
-ScriptValue Interpreter::newArray(const std::vector<Dimension> &dims, DeclType type)
+ScriptValue Interpreter::newArray(const std::vector<Dimension> &dims, DeclType type, const QString &className)
 {
     std::vector<ScriptArray::Bound> bounds;
     for (const Dimension &d : dims) {
@@ -205,6 +255,11 @@ ScriptValue Interpreter::newArray(const std::vector<Dimension> &dims, DeclType t
         bounds.push_back(b);
     }
     auto a = ScriptArray::create(bounds);
+    if (type == DeclType::UserType) {
+        for (ScriptValue &item : a->items)
+            item = newRecord(className);
+        return ScriptValue::fromArray(a);
+    }
     const ScriptValue init = initialValue(type);
     if (!init.isEmpty())
         std::fill(a->items.begin(), a->items.end(), init);
@@ -234,12 +289,7 @@ void Interpreter::initialize()
         Variable v;
         v.type = d.type;
         try {
-            if (d.isArray)
-                v.value = d.dims.empty() ? ScriptValue::fromArray(std::make_shared<ScriptArray>()) : newArray(d.dims, d.type);
-            else if (d.isNew)
-                v.value = createObject(d.className);
-            else
-                v.value = initialValue(d.type);
+            v.value = declaredValue(d);
         } catch (ScriptError &e) {
             setPosIfUnknown(e, d.pos);
             throw;
@@ -276,6 +326,15 @@ ScriptValue Interpreter::call(const QString &procedure, std::vector<ScriptValue>
     const Procedure *proc = m_module.procedureIndex.value(procedure.toLower());
     if (!proc)
         throw ScriptError(35, QStringLiteral("Sub or Function not defined"));
+    const char here = 0;
+    const char *const outer = m_stackTop;
+    if (!outer)
+        m_stackTop = &here;
+    struct Restore {
+        Interpreter *self;
+        const char *outer;
+        ~Restore() { self->m_stackTop = outer; }
+    } restore{this, outer};
     return invokeProcedure(*proc, {}, &args);
 }
 
@@ -284,7 +343,8 @@ ScriptValue Interpreter::call(const QString &procedure, std::vector<ScriptValue>
 ScriptValue Interpreter::invokeProcedure(const Procedure &proc, const std::vector<Arg> &args,
                                          const std::vector<ScriptValue> *values)
 {
-    if (m_depth >= kMaxDepth)
+    const char here = 0;
+    if (m_depth >= kMaxDepth || (m_stackTop && m_stackTop - &here > kStackBudget))
         throw ScriptError(28);
     Frame frame;
     frame.proc = &proc;
@@ -334,6 +394,15 @@ ScriptValue Interpreter::invokeProcedure(const Procedure &proc, const std::vecto
             ScriptValue *ref = param.byRef ? addressOf(argExpr, &var.refOwner) : nullptr;
             if (ref && (param.type == DeclType::Variant || param.isArray)) {
                 var.ref = ref;
+            } else if (param.type == DeclType::UserType) {
+                // Records always go by reference; an expression's value is a temporary.
+                const ScriptValue v = eval(argExpr);
+                if (!v.isRecord() || v.object()->typeName().compare(m_module.typeIndex.value(param.className)->name, Qt::CaseInsensitive) != 0)
+                    throw ScriptError(ErrNo::TypeMismatch, QStringLiteral("ByRef argument type mismatch"));
+                if (ref)
+                    var.ref = ref;
+                else
+                    var.value = v;
             } else {
                 const ScriptValue v = eval(argExpr);
                 if (ref && param.type != DeclType::Variant && v.type() != initialValue(param.type).type()
@@ -355,7 +424,7 @@ ScriptValue Interpreter::invokeProcedure(const Procedure &proc, const std::vecto
     if (proc.isFunction) {
         Variable result;
         result.type = proc.returnType;
-        result.value = initialValue(proc.returnType);
+        result.value = initialValue(proc.returnType, proc.returnClass);
         frame.locals.emplace(proc.lower, std::move(result));
     }
     m_frames.push_back(&frame);
@@ -602,6 +671,13 @@ Interpreter::Flow Interpreter::exec(const Stmt &s)
         assign(*s.target, ScriptValue::fromString(line), false, s.pos);
         return Flow::Normal;
     }
+    case StmtKind::LSet:
+    case StmtKind::RSet:
+        execPad(s);
+        return Flow::Normal;
+    case StmtKind::Input:
+        execInput(s);
+        return Flow::Normal;
     case StmtKind::Erase:
         for (const Arg &a : s.args) {
             Variable *v = a.value->kind == ExprKind::Name ? findVariable(a.value->lower) : nullptr;
@@ -658,15 +734,11 @@ void Interpreter::execDim(const Stmt &s)
     for (const VarDecl &d : s.decls) {
         Variable v;
         v.type = d.type;
+        // A dynamic array starts without dimensions: UBound fails until ReDim.
+        v.value = declaredValue(d);
         if (d.isArray) {
-            // A dynamic array starts without dimensions: UBound fails until ReDim.
-            v.value = d.dims.empty() ? ScriptValue::fromArray(std::make_shared<ScriptArray>()) : newArray(d.dims, d.type);
             v.fixedArray = !d.dims.empty();
             v.type = DeclType::Variant;
-        } else if (d.isNew) {
-            v.value = createObject(d.className);
-        } else {
-            v.value = initialValue(d.type);
         }
         if (s.isStatic) {
             // The first run of the Static statement creates the storage; later calls reuse it.
@@ -688,14 +760,24 @@ void Interpreter::execDim(const Stmt &s)
 void Interpreter::execReDim(const Stmt &s)
 {
     for (const VarDecl &d : s.decls) {
-        Variable *var = findVariable(d.lower);
-        if (!var)
-            var = &implicitVariable(d.lower);
-        if (var->fixedArray)
+        Variable *var = nullptr;
+        ScriptValue memberValue;
+        if (d.member) {
+            memberValue = eval(*d.member);
+        } else {
+            var = findVariable(d.lower);
+            if (!var)
+                var = &implicitVariable(d.lower);
+            if (var->fixedArray)
+                throw ScriptError(ErrNo::ArrayFixed);
+        }
+        const ScriptValue &current = var ? var->slot() : memberValue;
+        // A fixed array reached through a ByRef Variant is still fixed.
+        if (current.isArray() && current.array()->fixed)
             throw ScriptError(ErrNo::ArrayFixed);
-        ScriptValue fresh = newArray(d.dims, d.type);
-        if (s.preserve && var->slot().isArray() && !var->slot().array()->bounds.empty()) {
-            const ScriptArray &old = *var->slot().array();
+        ScriptValue fresh = newArray(d.dims, d.type, d.className);
+        if (s.preserve && current.isArray() && !current.array()->bounds.empty()) {
+            const ScriptArray &old = *current.array();
             ScriptArray &now = *fresh.array();
             if (old.bounds.size() != now.bounds.size())
                 throw ScriptError(ErrNo::SubscriptOutOfRange);
@@ -717,7 +799,10 @@ void Interpreter::execReDim(const Stmt &s)
                 }
             }
         }
-        var->slot() = fresh;
+        if (var)
+            var->slot() = fresh;
+        else
+            assign(*d.member, fresh, false, d.pos);
     }
 }
 
@@ -839,9 +924,20 @@ void Interpreter::execOpen(const Stmt &s)
     m_files.open(number, resolvePath(path), s.openMode);
 }
 
+void Interpreter::flushDebugOutput()
+{
+    if (!m_debugOpen)
+        return;
+    if (m_host.debugOutput)
+        m_host.debugOutput(m_debugLine);
+    m_debugLine.clear();
+    m_debugOpen = false;
+}
+
 void Interpreter::execPrint(const Stmt &s)
 {
-    QString text;
+    // Debug.Print continues a line that ended in ";" or ",", so zones count from its start.
+    QString text = s.kind == StmtKind::DebugPrint ? std::exchange(m_debugLine, QString()) : QString();
     bool newline = true;
     for (const PrintItem &item : s.items) {
         if (item.value) {
@@ -876,6 +972,12 @@ void Interpreter::execPrint(const Stmt &s)
         }
     }
     if (s.kind == StmtKind::DebugPrint) {
+        if (!newline) {
+            m_debugLine = text;
+            m_debugOpen = true;
+            return;
+        }
+        m_debugOpen = false;
         if (m_host.debugOutput)
             m_host.debugOutput(text);
         return;
@@ -885,9 +987,80 @@ void Interpreter::execPrint(const Stmt &s)
     m_files.write(eval(*s.value).toLong(), text);
 }
 
+// Mid(s, start[, length]) = text: overwrites characters of s in place; s keeps its length.
+void Interpreter::execMidStatement(const Expr &target, const ScriptValue &value)
+{
+    const std::vector<Arg> &args = target.args;
+    if (args.size() < 2 || args.size() > 3 || !args[0].value || !args[1].value)
+        throw ScriptError(450);
+    ScriptValue *slot = addressOf(*args[0].value);
+    if (!slot)
+        throw ScriptError(ErrNo::TypeMismatch);
+    QString text = slot->toString();
+    const std::int32_t start = eval(*args[1].value).toLong();
+    const QString replacement = value.toString();
+    qsizetype count = replacement.size();
+    if (args.size() == 3 && args[2].value) {
+        const std::int32_t length = eval(*args[2].value).toLong();
+        if (length < 0)
+            throw ScriptError(ErrNo::InvalidProcedureCall);
+        count = std::min<qsizetype>(count, length);
+    }
+    if (start < 1 || start > text.size())
+        throw ScriptError(ErrNo::InvalidProcedureCall);
+    count = std::min<qsizetype>(count, text.size() - start + 1);
+    text.replace(start - 1, count, replacement.left(count));
+    assign(*args[0].value, ScriptValue::fromString(text), false, target.pos);
+}
+
+// LSet/RSet s = text: text padded with blanks or cut to the length s has.
+void Interpreter::execPad(const Stmt &s)
+{
+    const qsizetype width = eval(*s.target).toString().size();
+    QString text = eval(*s.value).toString().left(width);
+    const QString blanks(width - text.size(), QLatin1Char(' '));
+    text = s.kind == StmtKind::LSet ? text + blanks : blanks + text;
+    assign(*s.target, ScriptValue::fromString(text), false, s.pos);
+}
+
+// Input #n, a, b: reads the comma-separated items that Write # writes.
+void Interpreter::execInput(const Stmt &s)
+{
+    const std::int32_t number = eval(*s.value).toLong();
+    for (const Arg &a : s.args) {
+        const QString item = m_files.readItem(number);
+        ScriptValue value;
+        const QString upper = item.toUpper();
+        double d = 0;
+        if (item.startsWith(QLatin1Char('"')))
+            value = ScriptValue::fromString(item.mid(1, item.size() - 2));
+        else if (item.isEmpty())
+            value = ScriptValue();
+        else if (upper == QLatin1String("#TRUE#") || upper == QLatin1String("#FALSE#"))
+            value = ScriptValue::fromBool(upper == QLatin1String("#TRUE#"));
+        else if (upper == QLatin1String("#NULL#"))
+            value = ScriptValue::null();
+        else if (upper.startsWith(QLatin1String("#ERROR ")))
+            value = ScriptValue::fromError(item.mid(7, item.size() - 8).trimmed().toInt());
+        else if (parseVbNumber(item, &d))
+            value = ScriptValue::fromDouble(d);
+        else
+            value = ScriptValue::fromString(item);
+        const ScriptValue current = eval(*a.value);
+        if (current.isNumeric() && current.type() != ValueType::Empty && !value.isNumeric() && !value.isNull())
+            value = ScriptValue::fromInteger(0); // numeric variable, text data: zero
+        assign(*a.value, value, false, s.pos);
+    }
+}
+
 void Interpreter::execCall(const Stmt &s)
 {
     const Expr &target = *s.target;
+    if (target.kind == ExprKind::Name && target.lower == QLatin1String("error") && s.args.size() == 1
+        && !m_module.procedureIndex.contains(target.lower)) {
+        // The Error statement raises the error.
+        throw ScriptError(eval(*s.args[0].value).toLong());
+    }
     if (target.kind == ExprKind::Name) {
         callByName(target, s.args, CallKind::Call, true);
         return;
@@ -947,6 +1120,10 @@ void Interpreter::assign(const Expr &target, const ScriptValue &value, bool isSe
                 temps.push_back(value);
                 args.push_back(&temps.back());
                 var->slot().object()->invoke(QStringLiteral("Item"), isSet ? CallKind::Set : CallKind::Let, args);
+                return;
+            }
+            if (!var && callee.lower == QLatin1String("mid") && !m_module.procedureIndex.contains(callee.lower)) {
+                execMidStatement(target, value);
                 return;
             }
             if (var || !m_module.procedureIndex.contains(callee.lower))
@@ -1041,6 +1218,15 @@ ScriptValue Interpreter::eval(const Expr &e)
         const ScriptValue r = eval(*e.right);
         return applyBinary(e.op, l, r, m_module.compareText);
     }
+    case ExprKind::TypeOf: {
+        const ScriptValue v = eval(*e.left);
+        if (!v.isObject())
+            throw ScriptError(ErrNo::ObjectRequired);
+        if (!v.object())
+            return ScriptValue::fromBool(false);
+        return ScriptValue::fromBool(e.lower == QLatin1String("object")
+                                     || v.object()->typeName().compare(e.name, Qt::CaseInsensitive) == 0);
+    }
     case ExprKind::Me:
         break;
     }
@@ -1092,13 +1278,26 @@ ScriptValue Interpreter::callByName(const Expr &nameExpr, const std::vector<Arg>
     if (global != m_host.globals.constEnd())
         return indexValue(*global, args);
     if (const Builtin *b = findBuiltin(name)) {
-        const int n = static_cast<int>(args.size());
-        if (n < b->minArgs || (b->maxArgs >= 0 && n > b->maxArgs))
-            throw ScriptError(450);
         std::vector<ScriptValue> values;
         values.reserve(args.size());
-        for (const Arg &a : args)
+        for (const Arg &a : args) {
+            if (!a.name.isEmpty()) {
+                // InStrRev(s, t, Compare:=vbTextCompare): the value goes to its parameter's place.
+                const qsizetype at = builtinParameterNames(name).indexOf(a.name);
+                if (at < 0)
+                    throw ScriptError(448, QStringLiteral("Named argument not found"));
+                if (values.size() <= static_cast<std::size_t>(at))
+                    values.resize(static_cast<std::size_t>(at) + 1, ScriptValue::missing());
+                else if (!values[static_cast<std::size_t>(at)].isMissing())
+                    throw ScriptError(448, QStringLiteral("Named argument already specified"));
+                values[static_cast<std::size_t>(at)] = a.value ? eval(*a.value) : ScriptValue::missing();
+                continue;
+            }
             values.push_back(a.value ? eval(*a.value) : ScriptValue::missing());
+        }
+        const int n = static_cast<int>(values.size());
+        if (n < b->minArgs || (b->maxArgs >= 0 && n > b->maxArgs))
+            throw ScriptError(450);
         return b->fn(*this, values);
     }
     if (hadParens && !args.empty())
@@ -1129,7 +1328,7 @@ ScriptValue Interpreter::objectOf(const Expr *objectExpr)
 ScriptValue Interpreter::evalMember(const Expr &e, CallKind kind, const std::vector<Arg> *args, const ScriptValue *assigned)
 {
     const ScriptValue target = objectOf(e.left.get());
-    if (!target.isObject())
+    if (!target.isObject() && !target.isRecord())
         throw ScriptError(ErrNo::ObjectRequired);
     if (!target.object())
         throw ScriptError(ErrNo::ObjectVariableNotSet);

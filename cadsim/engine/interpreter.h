@@ -4,6 +4,7 @@
 #include "cadsim/engine/environment.h"
 #include "cadsim/engine/errobject.h"
 #include "cadsim/engine/filetable.h"
+#include "cadsim/engine/randomgenerator.h"
 #include "cadsim/engine/scriptobject.h"
 
 #include <QStringList>
@@ -45,6 +46,7 @@ public:
     // State of Dir: the names left from the last pattern.
     QStringList &dirMatches() { return m_dirMatches; }
     int optionBase() const { return m_module.optionBase; }
+    RandomGenerator &random() { return m_random; }
 
 private:
     struct Variable {
@@ -89,6 +91,10 @@ private:
     void execPrint(const Stmt &s);
     Flow execResume(const Stmt &s);
     Flow jumpTo(const QString &label, SourcePos pos);
+public:
+    // Writes out a Debug.Print line left open by a trailing ";" or ",".
+    void flushDebugOutput();
+private:
 
     ScriptValue eval(const Expr &e);
     ScriptValue evalName(const Expr &e);
@@ -103,7 +109,15 @@ private:
     void store(Variable &var, const ScriptValue &value, bool isSet);
     ScriptValue coerce(const ScriptValue &value, DeclType type, bool isSet);
     ScriptValue initialValue(DeclType type) const;
-    ScriptValue newArray(const std::vector<Dimension> &dims, DeclType type);
+    // The starting value of a declared variable, field or element; a user-defined type's is a
+    // fresh record.
+    ScriptValue initialValue(DeclType type, const QString &className);
+    ScriptValue newRecord(const QString &typeLower);
+    ScriptValue newArray(const std::vector<Dimension> &dims, DeclType type, const QString &className = {});
+    ScriptValue declaredValue(const VarDecl &d); // Dim, module variables, fields
+    void execMidStatement(const Expr &target, const ScriptValue &value);
+    void execPad(const Stmt &s);
+    void execInput(const Stmt &s);
 
     Variable *findVariable(const QString &lower);
     Variable &implicitVariable(const QString &lower);
@@ -122,6 +136,11 @@ private:
     QHash<QString, ScriptValue> m_constants; // host constants over the defaults
     std::unordered_map<QString, Variable> m_statics; // "procedure.variable" -> Static storage
     int m_depth = 0;
+    const char *m_stackTop = nullptr; // where the outermost call started
+    QString m_debugLine; // Debug.Print text not yet ended
+    bool m_debugOpen = false;
+    RandomGenerator m_random;
+    std::unordered_map<QString, std::shared_ptr<const QStringList>> m_fieldNames; // per user-defined type
 };
 
 } // namespace cadsim

@@ -244,6 +244,37 @@ QString Lexer::applyDirectives(const QString &text)
     return lines.join(QLatin1Char('\n'));
 }
 
+namespace {
+
+// "i&", "x#", "c@" at a name: a type character, unless it is an operator ("a&b", "coll!key",
+// "Print #1") or a string joined without blanks ("s&\"x\"").
+bool hasTypeSuffix(const QString &line, int at)
+{
+    const QChar c = line.at(at);
+    if (c != QLatin1Char('%') && c != QLatin1Char('&') && c != QLatin1Char('!') && c != QLatin1Char('#')
+        && c != QLatin1Char('@'))
+        return false;
+    int k = at + 1;
+    if (k >= line.size())
+        return true;
+    const QChar after = line.at(k);
+    if (after.isLetterOrNumber() || after == QLatin1Char('_') || after == QLatin1Char('"') || after == QLatin1Char('&')
+        || after == QLatin1Char('#'))
+        return false;
+    if (c != QLatin1Char('&') || !after.isSpace())
+        return true;
+    // "a& b" joins two values; "n& = 1", "n&, m&", "n& As" and "n&)" declare or use a Long.
+    while (k < line.size() && line.at(k).isSpace())
+        ++k;
+    if (k >= line.size())
+        return true;
+    const QChar next = line.at(k);
+    return next == QLatin1Char('=') || next == QLatin1Char(',') || next == QLatin1Char(')') || next == QLatin1Char(':')
+           || next == QLatin1Char('\'') || line.mid(k, 3).compare(QLatin1String("as "), Qt::CaseInsensitive) == 0;
+}
+
+} // namespace
+
 void Lexer::lexLine(const QString &line, int lineNo, std::vector<Token> &out, bool &continued)
 {
     continued = false;
@@ -282,7 +313,7 @@ void Lexer::lexLine(const QString &line, int lineNo, std::vector<Token> &out, bo
                 s += line.at(j++);
             }
             if (!closed)
-                fail(QStringLiteral("Expected: end of statement"), lineNo, n + 1);
+                fail(QStringLiteral("Unterminated string"), lineNo, i + 1);
             t.kind = TokenKind::String;
             t.text = s;
             out.push_back(t);
@@ -371,6 +402,9 @@ void Lexer::lexLine(const QString &line, int lineNo, std::vector<Token> &out, bo
                 name = line.mid(i, j - i);
                 if (j < n && line.at(j) == QLatin1Char('$')) {
                     t.suffix = QLatin1Char('$');
+                    ++j;
+                } else if (j < n && hasTypeSuffix(line, j)) {
+                    t.suffix = line.at(j);
                     ++j;
                 }
             }

@@ -69,8 +69,11 @@ MacroEngine::~MacroEngine() = default;
 
 MacroResult MacroEngine::checkMacro(const QString &text)
 {
+    // The same compile step as a load: the host's names are the stand-in's application and
+    // constants, which the checker knows already.
     try {
-        Parser::parse(text);
+        const auto module = Parser::parse(text);
+        Checker(*module, {}).check();
     } catch (const CompileException &e) {
         return compileFailure(e.error());
     }
@@ -142,6 +145,7 @@ MacroResult MacroEngine::run(const QString &moduleName, const QString &procedure
         // Space(2000000000) and the like: the macro fails, the application lives on.
         result = MacroResult{false, RunCode::OutOfMemory, 7, ScriptError::standardDescription(7), 0, 0};
     }
+    interp.flushDebugOutput();
     interp.files().closeAll();
     if (!result.ok && m_host.messageBox) {
         // The macro stops with the run-time error window, as the application's own does.

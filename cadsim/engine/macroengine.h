@@ -56,7 +56,7 @@ public:
     // message box (titled "Mecadra") and fails the run.
     MacroResult run(const QString &moduleName, const QString &procedure);
 
-    // Parses only: the first syntax error with line and column, or ok.
+    // Compiles without running: the first syntax or declaration error with line and column, or ok.
     static MacroResult checkMacro(const QString &text);
 
     EngineHost &host() { return m_host; }
@@ -70,8 +70,8 @@ private:
 // The run call's code for an unhandled run-time error number.
 int runCodeForError(int errorNumber);
 
-// Parses a macro text without running it (the "macro check" command): ok, or the first syntax
-// error with its line and column.
+// Compiles a macro text without running it (the "macro check" command): ok, or the first
+// syntax or declaration error with its line and column.
 MacroResult checkMacro(const QString &text);
 
 } // namespace cadsim

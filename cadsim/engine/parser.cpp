@@ -146,12 +146,111 @@ std::unique_ptr<Module> Parser::parseModule()
             fail(QStringLiteral("Ambiguous name detected: %1").arg(d.name), Token{TokenKind::Identifier, {}, {}, 0, false, {}, false, d.pos});
         module->declareIndex.insert(d.lower, &d);
     }
+    for (const auto &type : module->types)
+        module->typeIndex.insert(type->lower, type.get());
     for (auto &proc : module->procedures) {
         if (module->procedureIndex.contains(proc->lower) || module->declareIndex.contains(proc->lower))
             fail(QStringLiteral("Ambiguous name detected: %1").arg(proc->name), Token{TokenKind::Identifier, {}, {}, 0, false, {}, false, proc->pos});
         module->procedureIndex.insert(proc->lower, proc.get());
     }
+    qualifyModuleCalls(*module);
     return module;
+}
+
+namespace {
+
+template<typename F>
+void visitExpr(ExprPtr &e, const F &f)
+{
+    if (!e)
+        return;
+    visitExpr(e->left, f);
+    visitExpr(e->right, f);
+    for (Arg &a : e->args)
+        visitExpr(a.value, f);
+    f(*e);
+}
+
+template<typename F>
+void visitBlock(Block &block, const F &f);
+
+template<typename F>
+void visitStmt(Stmt &s, const F &f)
+{
+    for (VarDecl &d : s.decls) {
+        for (Dimension &dim : d.dims) {
+            visitExpr(dim.lower, f);
+            visitExpr(dim.upper, f);
+        }
+        visitExpr(d.member, f);
+    }
+    for (ExprPtr *e : {&s.target, &s.value, &s.limit, &s.step, &s.collection, &s.condition})
+        visitExpr(*e, f);
+    for (Arg &a : s.args)
+        visitExpr(a.value, f);
+    for (IfBranch &b : s.branches) {
+        visitExpr(b.condition, f);
+        visitBlock(b.body, f);
+    }
+    for (CaseClause &c : s.cases) {
+        for (CaseTest &t : c.tests) {
+            visitExpr(t.a, f);
+            visitExpr(t.b, f);
+        }
+        visitBlock(c.body, f);
+    }
+    for (PrintItem &item : s.items)
+        visitExpr(item.value, f);
+    visitBlock(s.body, f);
+}
+
+template<typename F>
+void visitBlock(Block &block, const F &f)
+{
+    for (StmtPtr &s : block)
+        visitStmt(*s, f);
+}
+
+void collectDeclared(const Block &block, QSet<QString> &names)
+{
+    for (const StmtPtr &s : block) {
+        for (const VarDecl &d : s->decls)
+            names.insert(d.lower);
+        if (s->kind == StmtKind::Const)
+            names.insert(s->constName);
+        for (const IfBranch &b : s->branches)
+            collectDeclared(b.body, names);
+        for (const CaseClause &c : s->cases)
+            collectDeclared(c.body, names);
+        collectDeclared(s->body, names);
+    }
+}
+
+} // namespace
+
+// "Module1.Foo" where Module1 names nothing the module declares and Foo is one of its
+// procedures: utility code calls its own procedures through its module's name.
+void Parser::qualifyModuleCalls(Module &module)
+{
+    QSet<QString> declared = {QStringLiteral("application"), QStringLiteral("err"), QStringLiteral("debug")};
+    for (const VarDecl &v : module.variables)
+        declared.insert(v.lower);
+    for (const ConstDecl &c : module.constants)
+        declared.insert(c.lower);
+    for (const auto &proc : module.procedures) {
+        for (const Param &p : proc->params)
+            declared.insert(p.lower);
+        collectDeclared(proc->body, declared);
+    }
+    const auto qualify = [&](Expr &e) {
+        if (e.kind == ExprKind::Member && e.left && e.left->kind == ExprKind::Name && !declared.contains(e.left->lower)
+            && module.procedureIndex.contains(e.lower)) {
+            e.kind = ExprKind::Name;
+            e.left.reset();
+        }
+    };
+    for (auto &proc : module.procedures)
+        visitBlock(proc->body, qualify);
 }
 
 void Parser::parseModuleDeclaration(Module &module)
@@ -197,6 +296,14 @@ void Parser::parseModuleDeclaration(Module &module)
         module.procedures.push_back(parseProcedure(isPrivate));
         return;
     }
+    if (peek().isWord("type") && peek(1).is(TokenKind::Identifier)) {
+        parseType(module, next());
+        return;
+    }
+    if (peek().isWord("enum") && peek(1).is(TokenKind::Identifier)) {
+        parseEnum(module, next());
+        return;
+    }
     if (peek().isWord("property") || peek().isWord("type") || peek().isWord("enum") || peek().isWord("event")
         || peek().isWord("implements")) {
         fail(QStringLiteral("Syntax error"));
@@ -218,6 +325,85 @@ void Parser::parseModuleDeclaration(Module &module)
         return;
     }
     fail(QStringLiteral("Invalid outside procedure"), first);
+}
+
+void Parser::parseType(Module &module, const Token &opener)
+{
+    auto type = std::make_unique<UserTypeDecl>();
+    type->pos = peek().pos;
+    type->name = expectIdentifier();
+    type->lower = type->name.toLower();
+    if (m_typeNames.contains(type->lower) || m_enumNames.contains(type->lower))
+        fail(QStringLiteral("Ambiguous name detected: %1").arg(type->name), opener);
+    m_typeNames.insert(type->lower); // a field may not be of its own type, but may name it in an error
+    expectEndOfStatement();
+    for (;;) {
+        skipSeparators();
+        if (peek().isWord("end") && peek(1).isWord("type"))
+            break;
+        if (peek().is(TokenKind::End) || isStop({}))
+            fail(QStringLiteral("Expected: End Type"), opener);
+        VarDecl field = parseVarDecl(false);
+        if (field.className == type->lower)
+            fail(QStringLiteral("Circular dependencies between modules"), Token{TokenKind::Identifier, {}, {}, 0, false, {}, false, field.pos});
+        type->fields.push_back(std::move(field));
+        expectEndOfStatement();
+    }
+    if (type->fields.empty())
+        fail(QStringLiteral("Type declaration without members"), opener);
+    next();
+    next();
+    expectEndOfStatement();
+    module.types.push_back(std::move(type));
+}
+
+// The members become Long constants of the module; a member without a value is one more than
+// the one before it (the first is 0).
+void Parser::parseEnum(Module &module, const Token &opener)
+{
+    const QString name = expectIdentifier();
+    m_enumNames.insert(name.toLower());
+    expectEndOfStatement();
+    QString previous;
+    for (;;) {
+        skipSeparators();
+        if (peek().isWord("end") && peek(1).isWord("enum"))
+            break;
+        if (peek().is(TokenKind::End) || !peek().is(TokenKind::Identifier))
+            fail(QStringLiteral("Expected: End Enum"), opener);
+        ConstDecl c;
+        c.pos = peek().pos;
+        c.lower = next().lower;
+        ExprPtr value;
+        if (acceptOp("=")) {
+            value = parseExpression();
+        } else if (previous.isEmpty()) {
+            value = makeExpr(ExprKind::Literal, c.pos);
+            value->value = ScriptValue::fromLong(0);
+        } else {
+            value = makeExpr(ExprKind::Binary, c.pos);
+            value->op = Op::Add;
+            value->left = makeExpr(ExprKind::Name, c.pos);
+            value->left->name = previous;
+            value->left->lower = previous;
+            value->right = makeExpr(ExprKind::Literal, c.pos);
+            value->right->value = ScriptValue::fromLong(1);
+        }
+        auto toLong = makeExpr(ExprKind::Call, c.pos);
+        toLong->left = makeExpr(ExprKind::Name, c.pos);
+        toLong->left->name = QStringLiteral("CLng");
+        toLong->left->lower = QStringLiteral("clng");
+        Arg a;
+        a.value = std::move(value);
+        toLong->args.push_back(std::move(a));
+        c.value = std::move(toLong);
+        previous = c.lower;
+        module.constants.push_back(std::move(c));
+        expectEndOfStatement();
+    }
+    next();
+    next();
+    expectEndOfStatement();
 }
 
 void Parser::parseConstList(std::vector<ConstDecl> &out)
@@ -256,6 +442,21 @@ DeclType Parser::parseAsType(bool *isNew, QString *className)
         if (!next().is(TokenKind::Number))
             fail(QStringLiteral("Syntax error"));
     }
+    const QString last = name.mid(name.lastIndexOf(QLatin1Char('.')) + 1);
+    static const QSet<QString> builtinEnums = {
+        QStringLiteral("vbvartype"), QStringLiteral("vbcomparemethod"), QStringLiteral("vbdayofweek"),
+        QStringLiteral("vbfirstweekofyear"), QStringLiteral("vbmsgboxresult"), QStringLiteral("vbmsgboxstyle"),
+        QStringLiteral("vbtristate"), QStringLiteral("vbstrconv"), QStringLiteral("vbfileattribute"),
+        QStringLiteral("vbcalltype"), QStringLiteral("vbappwinstyle"), QStringLiteral("vbdatetimeformat"),
+        QStringLiteral("vbidemode"),
+    };
+    if (builtinEnums.contains(last) || m_enumNames.contains(last))
+        return DeclType::Long;
+    if (m_typeNames.contains(last)) {
+        if (className)
+            *className = last;
+        return DeclType::UserType;
+    }
     if (dotted)
         return DeclType::Object;
     static const QHash<QString, DeclType> types = {
@@ -270,13 +471,45 @@ DeclType Parser::parseAsType(bool *isNew, QString *className)
     return types.value(name, DeclType::Object);
 }
 
+DeclType Parser::typeOfSuffix(QChar suffix)
+{
+    switch (suffix.unicode()) {
+    case '%': return DeclType::Integer;
+    case '&': return DeclType::Long;
+    case '!': return DeclType::Single;
+    case '#': return DeclType::Double;
+    case '@': return DeclType::Currency;
+    case '$': return DeclType::String;
+    default: return DeclType::Variant;
+    }
+}
+
+// Names that only qualify what follows them: "VBA.Mid$", "Math.Sqr", "VbVarType.vbLong", an
+// enum of the module, the module itself.
+bool Parser::isQualifier(const QString &lower) const
+{
+    static const QSet<QString> libraries = {
+        QStringLiteral("vba"), QStringLiteral("math"), QStringLiteral("strings"), QStringLiteral("conversion"),
+        QStringLiteral("interaction"), QStringLiteral("datetime"), QStringLiteral("filesystem"),
+        QStringLiteral("information"), QStringLiteral("financial"), QStringLiteral("constants"),
+        QStringLiteral("vbvartype"), QStringLiteral("vbcomparemethod"), QStringLiteral("vbdayofweek"),
+        QStringLiteral("vbfirstweekofyear"), QStringLiteral("vbmsgboxresult"), QStringLiteral("vbmsgboxstyle"),
+        QStringLiteral("vbtristate"), QStringLiteral("vbstrconv"), QStringLiteral("vbfileattribute"),
+        QStringLiteral("vbcalltype"), QStringLiteral("vbappwinstyle"), QStringLiteral("vbdatetimeformat"),
+        QStringLiteral("mcmacro1"),
+    };
+    return libraries.contains(lower) || m_enumNames.contains(lower);
+}
+
 VarDecl Parser::parseVarDecl(bool redim)
 {
     acceptWord("withevents");
     VarDecl d;
     d.pos = peek().pos;
+    const QChar suffix = peek().suffix;
     d.name = expectIdentifier();
     d.lower = d.name.toLower();
+    d.type = typeOfSuffix(suffix);
     if (acceptOp("(")) {
         d.isArray = true;
         if (!peek().isOp(")")) {
@@ -298,8 +531,11 @@ VarDecl Parser::parseVarDecl(bool redim)
     } else if (redim) {
         fail(QStringLiteral("Expected: ("));
     }
-    if (acceptWord("as"))
+    if (acceptWord("as")) {
+        if (!suffix.isNull())
+            fail(QStringLiteral("Syntax error"));
         d.type = parseAsType(&d.isNew, &d.className);
+    }
     return d;
 }
 
@@ -324,6 +560,7 @@ std::vector<Param> Parser::parseParams()
             acceptWord("byref");
         if (acceptWord("paramarray"))
             p.paramArray = true;
+        p.type = typeOfSuffix(peek().suffix);
         p.name = expectIdentifier();
         p.lower = p.name.toLower();
         if (acceptOp("(")) {
@@ -331,7 +568,7 @@ std::vector<Param> Parser::parseParams()
             p.isArray = true;
         }
         if (acceptWord("as"))
-            p.type = parseAsType();
+            p.type = parseAsType(nullptr, &p.className);
         if (acceptOp("=")) {
             if (!p.optional)
                 fail(QStringLiteral("Syntax error"));
@@ -383,11 +620,12 @@ std::unique_ptr<Procedure> Parser::parseProcedure(bool isPrivate)
     next();
     proc->isPrivate = isPrivate;
     proc->pos = peek().pos;
+    proc->returnType = typeOfSuffix(peek().suffix);
     proc->name = expectIdentifier();
     proc->lower = proc->name.toLower();
     proc->params = parseParams();
     if (proc->isFunction && acceptWord("as")) {
-        proc->returnType = parseAsType();
+        proc->returnType = parseAsType(nullptr, &proc->returnClass);
         if (acceptOp("(")) // As String(): an array result
             expectOp(")");
     }
@@ -562,15 +800,18 @@ StmtPtr Parser::parseStatement()
         }
         return s;
     }
-    if (w == QLatin1String("redim")) {
+    if (w == QLatin1String("redim"))
+        return parseReDim(next());
+    if ((w == QLatin1String("lset") || w == QLatin1String("rset")) && !peek(1).isOp("=")) {
         next();
-        auto s = std::make_unique<Stmt>(StmtKind::ReDim, t.pos);
-        s->preserve = acceptWord("preserve");
-        do {
-            s->decls.push_back(parseVarDecl(true));
-        } while (acceptOp(","));
+        auto s = std::make_unique<Stmt>(w == QLatin1String("lset") ? StmtKind::LSet : StmtKind::RSet, t.pos);
+        s->target = parsePostfix();
+        expectOp("=");
+        s->value = parseExpression();
         return s;
     }
+    if (w == QLatin1String("input") && peek(1).isOp("#"))
+        return parseInput(next());
     if (w == QLatin1String("set")) {
         next();
         auto s = std::make_unique<Stmt>(StmtKind::SetAssign, t.pos);
@@ -709,6 +950,76 @@ StmtPtr Parser::parseStatement()
     return parseSimpleStatement();
 }
 
+// ReDim [Preserve] a(...), obj.items(...), .items(...)
+StmtPtr Parser::parseReDim(const Token &opener)
+{
+    auto s = std::make_unique<Stmt>(StmtKind::ReDim, opener.pos);
+    s->preserve = acceptWord("preserve");
+    do {
+        if (!peek().isOp(".") && !peek(1).isOp(".")) {
+            s->decls.push_back(parseVarDecl(true));
+            continue;
+        }
+        // A member: the object, then the member's name, then its bounds.
+        ExprPtr object;
+        if (!peek().isOp(".")) {
+            object = makeExpr(ExprKind::Name, peek().pos);
+            object->name = expectIdentifier();
+            object->lower = object->name.toLower();
+        }
+        for (;;) {
+            expectOp(".");
+            const Token &name = next();
+            if (!name.is(TokenKind::Identifier))
+                fail(QStringLiteral("Expected: identifier"), name);
+            auto member = makeExpr(ExprKind::Member, name.pos);
+            member->name = name.text;
+            member->lower = name.lower;
+            member->left = std::move(object);
+            object = std::move(member);
+            if (!peek().isOp("."))
+                break;
+        }
+        VarDecl d;
+        d.pos = object->pos;
+        d.name = object->name;
+        d.lower = object->lower;
+        d.isArray = true;
+        expectOp("(");
+        do {
+            Dimension dim;
+            ExprPtr first = parseExpression();
+            if (acceptWord("to")) {
+                dim.lower = std::move(first);
+                dim.upper = parseExpression();
+            } else {
+                dim.upper = std::move(first);
+            }
+            d.dims.push_back(std::move(dim));
+        } while (acceptOp(","));
+        expectOp(")");
+        if (acceptWord("as"))
+            d.type = parseAsType(&d.isNew, &d.className);
+        d.member = std::move(object);
+        s->decls.push_back(std::move(d));
+    } while (acceptOp(","));
+    return s;
+}
+
+// Input #n, a, b: the targets are variables, elements or members.
+StmtPtr Parser::parseInput(const Token &opener)
+{
+    auto s = std::make_unique<Stmt>(StmtKind::Input, opener.pos);
+    s->value = parseFileNumber();
+    expectOp(",");
+    do {
+        Arg a;
+        a.value = parsePostfix();
+        s->args.push_back(std::move(a));
+    } while (acceptOp(","));
+    return s;
+}
+
 StmtPtr Parser::parseSimpleStatement()
 {
     const Token &first = peek();
@@ -797,10 +1108,14 @@ StmtPtr Parser::parseIf()
         parseEndOf("if", QStringLiteral("Block If without End If"), opener);
         return s;
     }
-    // Single-line form: If c Then a: b Else c: d
+    // Single-line form: If c Then a: b Else c: d, also "If c Then: a"
+    while (peek().is(TokenKind::Colon))
+        next();
     ++m_singleLineIf;
     auto parseLine = [&](Block &body) {
         for (;;) {
+            if (peek().is(TokenKind::Newline) || peek().is(TokenKind::End))
+                break;
             if (peek().is(TokenKind::Number) && peek().integerLiteral) {
                 auto g = std::make_unique<Stmt>(StmtKind::GoTo, peek().pos);
                 g->label = next().text;
@@ -1099,9 +1414,17 @@ bool Parser::startsExpression() const
     }
 }
 
+namespace {
+
+// Deepest tree the parser builds: blocks, parentheses, unary operators and the operators of one
+// chain all count, so that no later stage walking the tree can run out of stack.
+constexpr int kMaxNesting = 600;
+
+} // namespace
+
 Parser::NestingGuard::NestingGuard(Parser &p) : m_parser(p)
 {
-    if (++m_parser.m_nesting > 200)
+    if (++m_parser.m_nesting > kMaxNesting)
         m_parser.fail(QStringLiteral("Expression too complex"));
 }
 
@@ -1153,6 +1476,12 @@ ExprPtr Parser::parseBinary(int level)
     if (level == kNotLevel || level == kNegLevel)
         return parseUnary(level);
     ExprPtr left = parseBinary(level + 1);
+    // "a + b + c": each operator makes the left side one level deeper.
+    struct Chain {
+        Parser &parser;
+        int length = 0;
+        ~Chain() { parser.m_nesting -= length; }
+    } chain{*this};
     for (;;) {
         const Token &t = peek();
         bool found = false;
@@ -1168,11 +1497,15 @@ ExprPtr Parser::parseBinary(int level)
         }
         if (!found)
             return left;
+        ++chain.length;
+        if (++m_nesting > kMaxNesting)
+            fail(QStringLiteral("Expression too complex"));
         next();
         auto bin = makeExpr(ExprKind::Binary, t.pos);
         bin->op = op;
         bin->left = std::move(left);
-        bin->right = parseBinary(level + 1);
+        // "2 ^ -52": a sign may follow the power operator.
+        bin->right = op == Op::Pow && (peek().isOp("-") || peek().isOp("+")) ? parseUnary(kNegLevel) : parseBinary(level + 1);
         left = std::move(bin);
     }
 }
@@ -1204,6 +1537,7 @@ ExprPtr Parser::parseUnary(int level)
 Arg Parser::parseArg()
 {
     Arg a;
+    a.pos = peek().pos;
     if (peek().isOp(",") || peek().isOp(")") || atEndOfStatement())
         return a; // omitted
     if (peek().is(TokenKind::Identifier) && peek(1).isOp(":=")) {
@@ -1212,6 +1546,18 @@ Arg Parser::parseArg()
     }
     if (peek().isWord("byval"))
         next();
+    if (peek().is(TokenKind::Identifier) && peek(1).isOp("(") && peek(2).isOp(")")
+        && (peek(3).isOp(",") || peek(3).isOp(")") || peek(3).is(TokenKind::Newline) || peek(3).is(TokenKind::Colon)
+            || peek(3).is(TokenKind::End))) {
+        // "a()": the whole array
+        const Token &name = next();
+        next();
+        next();
+        a.value = makeExpr(ExprKind::Name, name.pos);
+        a.value->name = name.text;
+        a.value->lower = name.lower;
+        return a;
+    }
     a.value = parseExpression();
     return a;
 }
@@ -1320,6 +1666,18 @@ ExprPtr Parser::parsePrimary()
             e->args.push_back(std::move(a));
             return e;
         }
+        if (t.lower == QLatin1String("typeof")) {
+            next();
+            auto e = makeExpr(ExprKind::TypeOf, t.pos);
+            e->left = parsePostfix();
+            expectWord("is", "Is");
+            QString cls = expectIdentifier();
+            while (acceptOp("."))
+                cls = expectIdentifier();
+            e->name = cls;
+            e->lower = cls.toLower();
+            return e;
+        }
         if (t.lower == QLatin1String("not")) {
             // "-Not x": Not where an operand is expected
             next();
@@ -1372,6 +1730,13 @@ ExprPtr Parser::parsePostfix()
             const Token &name = next();
             if (!name.is(TokenKind::Identifier))
                 fail(QStringLiteral("Expected: identifier"), name);
+            if (e->kind == ExprKind::Name && isQualifier(e->lower)) {
+                // VBA.Len is Len: the qualifier goes.
+                e->pos = name.pos;
+                e->name = name.text;
+                e->lower = name.lower;
+                continue;
+            }
             auto m = makeExpr(ExprKind::Member, name.pos);
             m->name = name.text;
             m->lower = name.lower;

@@ -4,6 +4,8 @@
 #include "cadsim/engine/lexer.h"
 #include "cadsim/engine/token.h"
 
+#include <QSet>
+
 #include <memory>
 #include <vector>
 
@@ -35,11 +37,18 @@ private:
     [[noreturn]] void fail(const QString &message) const { fail(message, peek()); }
 
     void parseModuleDeclaration(Module &module);
+    static void qualifyModuleCalls(Module &module);
     std::unique_ptr<Procedure> parseProcedure(bool isPrivate);
     void collectLabels(Procedure &proc, const Block &block, bool topLevel);
     DeclareProc parseDeclare();
+    void parseType(Module &module, const Token &opener);
+    void parseEnum(Module &module, const Token &opener);
+    StmtPtr parseReDim(const Token &opener);
+    StmtPtr parseInput(const Token &opener);
     std::vector<Param> parseParams();
     DeclType parseAsType(bool *isNew = nullptr, QString *className = nullptr);
+    static DeclType typeOfSuffix(QChar suffix);
+    bool isQualifier(const QString &lower) const;
     VarDecl parseVarDecl(bool redim);
     void parseConstList(std::vector<ConstDecl> &out);
 
@@ -82,6 +91,8 @@ private:
     int m_loopDepthFor = 0;
     int m_loopDepthDo = 0;
     Procedure *m_procedure = nullptr;
+    QSet<QString> m_typeNames; // user-defined types declared so far, lower case
+    QSet<QString> m_enumNames;
 };
 
 } // namespace cadsim

@@ -1,5 +1,6 @@
 #include "cadsim/engine/value.h"
 
+#include "cadsim/engine/record.h"
 #include "cadsim/engine/scriptobject.h"
 
 #include <QDate>
@@ -341,9 +342,66 @@ std::shared_ptr<ScriptObject> ScriptValue::toObject() const
     return m_object;
 }
 
+ScriptValue ScriptValue::fromRecord(std::shared_ptr<ScriptObject> record)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Record;
+    v.m_object = std::move(record);
+    return v;
+}
+
+namespace {
+
+thread_local int t_releaseDepth = 0;
+thread_local std::vector<std::shared_ptr<void>> t_pendingRelease;
+thread_local int t_copyDepth = 0;
+
+} // namespace
+
+// Values nested a million deep (an array in an array in ...) would be freed by recursion as deep
+// as their nesting. Past a few levels, last references go on a list that the outermost release
+// frees one after the other.
+void ScriptValue::release()
+{
+    constexpr int kMaxReleaseDepth = 32;
+    if (t_releaseDepth >= kMaxReleaseDepth) {
+        if (m_array && m_array.use_count() == 1)
+            t_pendingRelease.push_back(std::move(m_array));
+        if (m_object && m_object.use_count() == 1)
+            t_pendingRelease.push_back(std::move(m_object));
+        return;
+    }
+    ++t_releaseDepth;
+    m_array.reset();
+    m_object.reset();
+    if (t_releaseDepth == 1) {
+        while (!t_pendingRelease.empty()) {
+            std::shared_ptr<void> last = std::move(t_pendingRelease.back());
+            t_pendingRelease.pop_back();
+            last.reset();
+        }
+    }
+    --t_releaseDepth;
+}
+
 ScriptValue ScriptValue::copied() const
 {
-    if (m_type != ValueType::Array || !m_array)
+    if (m_type != ValueType::Array && m_type != ValueType::Record)
+        return *this;
+    constexpr int kMaxCopyDepth = 1000;
+    struct Depth {
+        Depth()
+        {
+            if (++t_copyDepth > kMaxCopyDepth) {
+                --t_copyDepth;
+                throw ScriptError(28);
+            }
+        }
+        ~Depth() { --t_copyDepth; }
+    } depth;
+    if (m_type == ValueType::Record)
+        return fromRecord(static_cast<const ScriptRecord &>(*m_object).clone());
+    if (!m_array)
         return *this;
     auto copy = std::make_shared<ScriptArray>();
     copy->bounds = m_array->bounds;
@@ -367,6 +425,7 @@ QString ScriptValue::typeName() const
     case ValueType::Error: return QStringLiteral("Error");
     case ValueType::Boolean: return QStringLiteral("Boolean");
     case ValueType::Array: return QStringLiteral("Variant()");
+    case ValueType::Record: return m_object->typeName();
     }
     return QString();
 }

@@ -25,6 +25,7 @@ enum class ValueType {
     Object = 9,  // a null object is Nothing
     Error = 10,
     Boolean = 11,
+    Record = 36, // a value of a user-defined type
     Array = 8192,
 };
 
@@ -33,6 +34,15 @@ enum class ValueType {
 class ScriptValue final {
 public:
     ScriptValue() = default;
+    ScriptValue(const ScriptValue &) = default;
+    ScriptValue(ScriptValue &&) noexcept = default;
+    ScriptValue &operator=(const ScriptValue &) = default;
+    ScriptValue &operator=(ScriptValue &&) noexcept = default;
+    ~ScriptValue()
+    {
+        if (m_object || m_array)
+            release();
+    }
     static ScriptValue null();
     static ScriptValue nothing() { return fromObject(nullptr); }
     static ScriptValue fromBool(bool v);
@@ -44,6 +54,8 @@ public:
     static ScriptValue fromObject(std::shared_ptr<ScriptObject> v);
     static ScriptValue fromArray(std::shared_ptr<ScriptArray> v);
     static ScriptValue fromError(std::int32_t code);
+    // A user-defined type's value; the object is a ScriptRecord, copied with the value.
+    static ScriptValue fromRecord(std::shared_ptr<ScriptObject> record);
     // A number: Integer, Long or Double as small as holds it.
     static ScriptValue fromNumber(double v);
     // An array of one dimension 0..n-1 holding the given values.
@@ -59,6 +71,7 @@ public:
     bool isString() const { return m_type == ValueType::String; }
     bool isNumeric() const; // Integer, Long, Double, Boolean, Date or Empty
     bool isMissing() const { return m_type == ValueType::Error && m_int == kMissing; }
+    bool isRecord() const { return m_type == ValueType::Record; }
 
     // Conversions with VBA's rules; they raise ScriptError 13 (or 6 on overflow).
     bool toBool() const;
@@ -71,7 +84,8 @@ public:
     const std::shared_ptr<ScriptArray> &array() const { return m_array; }
     std::int32_t errorCode() const { return m_int; }
 
-    // A deep copy of arrays (values of other types are shared or copied anyway).
+    // A deep copy of arrays and records (values of other types are shared or copied anyway).
+    // Raises 28 for values nested deeper than any macro needs.
     ScriptValue copied() const;
     // The argument marker for an omitted optional parameter.
     static ScriptValue missing();
@@ -79,6 +93,8 @@ public:
     QString typeName() const;
 
 private:
+    void release();
+
     static constexpr std::int32_t kMissing = static_cast<std::int32_t>(0x80020004u);
 
     ValueType m_type = ValueType::Empty;
