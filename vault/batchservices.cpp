@@ -14,6 +14,8 @@ HRESULT VaultBatchAdd::AddFileFromPath(const QString &localPath, const QString &
         QString source = localPath;
         QString relative;
         if (paths.toRelative(localPath, relative)) {
+            if (VaultPaths::isReserved(relative))
+                return E_INVALIDARG; // the vault's own data is never a document
             source = paths.findNative(relative);
         } else if (!localPath.startsWith('/')) {
             // Another drive: readable when the drive map knows it.
