@@ -12,6 +12,8 @@
 
 #include <sqlite3.h>
 
+#include <unordered_map>
+
 namespace {
 
 constexpr const char *fileColumns =
@@ -105,12 +107,14 @@ QByteArray VaultStore::readLocal(const QString &native) const
     if (auto staged = m_journal.staged(native))
         return *staged;
     FileSystem &fs = FileSystem::instance();
+    // Reading first: the common case needs no look before.
+    if (!fs.isDirectory(native)) {
+        if (auto bytes = fs.read(native))
+            return *bytes;
+    }
     if (!fs.exists(native) || fs.isDirectory(native))
         throw HostError(E_DOX_FILE_NOT_FOUND, native);
-    const auto bytes = fs.read(native);
-    if (!bytes)
-        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot read %1: no permission, or not a regular file").arg(native));
-    return *bytes;
+    throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot read %1: no permission, or not a regular file").arg(native));
 }
 
 void VaultStore::writeLocal(const QString &native, const QByteArray &bytes)
@@ -397,42 +401,79 @@ VaultFileRow VaultStore::addFile(const QString &source, const QString &folderRel
                                  const AddOptions &options)
 {
     const auto guard = m_db.guard();
-    if (!VaultPaths::isValidName(name))
-        throw HostError(E_DOX_INVALID_NAME, name);
-    const QString relative = VaultPaths::join(folderRelative, name);
-    if (VaultPaths::isReserved(relative))
-        throw HostError(E_DOX_INVALID_NAME, QStringLiteral("%1 is the vault's own data folder").arg(relative));
-    const QByteArray bytes = readLocal(source);
+    const NewFileResult result = addFiles({{source, folderRelative, name}}, options).front();
+    if (failed(result.result))
+        throw HostError(result.result, result.problem);
+    return requireFile(result.id);
+}
+
+std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<NewFile> &files, const AddOptions &options)
+{
+    const auto guard = m_db.guard();
     Transaction t(m_db);
-    if (fileByPath(relative))
-        throw HostError(E_DOX_NAME_ALREADY_EXISTS, m_paths.toWindows(relative));
-    const int folderId = ensureFolder(folderRelative);
-    const QString hash = storeBlob(bytes);
-    m_db.prepare("INSERT INTO files (folder_id, name, path_key, kind, latest_version, locked_by, lock_kind, lock_folder) "
-                 "VALUES (?, ?, ?, 1, 1, ?, ?, ?)")
-        .bind(1, folderId)
-        .bind(2, name)
-        .bind(3, VaultPaths::key(relative))
-        .bind(4, options.keepCheckedOut ? m_user : QString())
-        .bind(5, static_cast<int>(options.keepCheckedOut ? VaultLock::Added : VaultLock::None))
-        .bind(6, options.keepCheckedOut ? folderId : 0)
-        .exec();
-    const int id = static_cast<int>(m_db.lastInsertId());
-    m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, user, created) "
-                 "VALUES (?, 1, ?, ?, ?, ?, ?, ?)")
-        .bind(1, id)
-        .bind(2, options.revision)
-        .bind(3, options.state)
-        .bind(4, hash)
-        .bind(5, options.comment)
-        .bind(6, m_user)
-        .bind(7, timestamp())
-        .exec();
-    const QString target = m_paths.toNative(relative);
-    if (QFileInfo(source).absoluteFilePath() != QFileInfo(target).absoluteFilePath())
-        writeLocal(target, bytes);
+    std::vector<NewFileResult> results;
+    results.reserve(files.size());
+    std::unordered_map<QString, int> folderIds; // by key
+    const QString now = timestamp();
+    const QString lockedBy = options.keepCheckedOut ? m_user : QString();
+    const int lock = static_cast<int>(options.keepCheckedOut ? VaultLock::Added : VaultLock::None);
+    for (const NewFile &file : files) {
+        NewFileResult &result = results.emplace_back();
+        const QString relative = VaultPaths::join(file.folder, file.name);
+        const QString key = VaultPaths::key(relative);
+        // A file that cannot be added is reported in its result before
+        // anything of it is written, so no savepoint is needed per file.
+        QByteArray bytes;
+        try {
+            if (!VaultPaths::isValidName(file.name))
+                throw HostError(E_DOX_INVALID_NAME, file.name);
+            if (VaultPaths::isReserved(relative))
+                throw HostError(E_DOX_INVALID_NAME, QStringLiteral("%1 is the vault's own data folder").arg(relative));
+            Statement &taken = m_db.prepare("SELECT 1 FROM files WHERE path_key = ?");
+            const bool exists = taken.bind(1, key).step();
+            taken.reset();
+            if (exists)
+                throw HostError(E_DOX_NAME_ALREADY_EXISTS, m_paths.toWindows(relative));
+            bytes = readLocal(file.source);
+            const QString folderKey = VaultPaths::key(file.folder);
+            auto folder = folderIds.find(folderKey);
+            if (folder == folderIds.end())
+                folder = folderIds.emplace(folderKey, ensureFolder(file.folder)).first;
+            const QString target = m_paths.toNative(relative);
+            if (QFileInfo(file.source).absoluteFilePath() != QFileInfo(target).absoluteFilePath())
+                writeLocal(target, bytes);
+            result.folderId = folder->second;
+        } catch (const HostError &e) {
+            if (e.code() == E_DOX_DATABASE_ACCESS)
+                throw;
+            result.result = e.code();
+            result.problem = e.context();
+            continue;
+        }
+        const QString hash = storeBlob(bytes);
+        m_db.prepare("INSERT INTO files (folder_id, name, path_key, kind, latest_version, locked_by, lock_kind, lock_folder) "
+                     "VALUES (?, ?, ?, 1, 1, ?, ?, ?)")
+            .bind(1, result.folderId)
+            .bind(2, file.name)
+            .bind(3, key)
+            .bind(4, lockedBy)
+            .bind(5, lock)
+            .bind(6, options.keepCheckedOut ? result.folderId : 0)
+            .exec();
+        result.id = static_cast<int>(m_db.lastInsertId());
+        m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, user, created) "
+                     "VALUES (?, 1, ?, ?, ?, ?, ?, ?)")
+            .bind(1, result.id)
+            .bind(2, options.revision)
+            .bind(3, options.state)
+            .bind(4, hash)
+            .bind(5, options.comment)
+            .bind(6, m_user)
+            .bind(7, now)
+            .exec();
+    }
     t.commit();
-    return requireFile(id);
+    return results;
 }
 
 int VaultStore::checkIn(int fileId, const QString &comment)
@@ -444,9 +485,11 @@ int VaultStore::checkIn(int fileId, const QString &comment)
         throw HostError(E_DOX_FILE_NOT_LOCKED_BY_YOU, m_paths.toWindows(file.path));
     const QByteArray bytes = readLocal(m_paths.toNative(file.path));
     const QString hash = contentHash(bytes);
-    const auto latest = version(fileId, file.latestVersion);
+    Statement &latest = m_db.prepare("SELECT hash FROM versions WHERE file_id = ? AND version = ?");
+    const QString latestHash = latest.bind(1, fileId).bind(2, file.latestVersion).step() ? latest.text(0) : QString();
+    latest.reset();
     int result = file.latestVersion;
-    if (file.lock == VaultLock::CheckedOut || !latest || latest->hash != hash) {
+    if (file.lock == VaultLock::CheckedOut || latestHash != hash) {
         result = file.latestVersion + 1;
         storeBlob(bytes);
         // The new version carries on the labels, card and references of the

@@ -150,6 +150,21 @@ public:
     // taken, E_DOX_FILE_NOT_FOUND / E_DOX_IO_ERROR when source can't be read.
     VaultFileRow addFile(const QString &source, const QString &folderRelative, const QString &name,
                          const AddOptions &options);
+    struct NewFile {
+        QString source; // native
+        QString folder; // relative
+        QString name;
+    };
+    struct NewFileResult {
+        HRESULT result = S_OK; // E_DOX_NAME_ALREADY_EXISTS, E_DOX_FILE_NOT_FOUND, ...
+        QString problem;       // what failed, for a failed result
+        int id = 0;
+        int folderId = 0;
+    };
+    // addFile for many files in one transaction, one result each in order;
+    // a file that cannot be added gets its code and the others go on. A
+    // database failure throws and adds nothing.
+    std::vector<NewFileResult> addFiles(const std::vector<NewFile> &files, const AddOptions &options);
     // The bytes of the local copy become the next version when they changed
     // or the file was checked out explicitly; the lock is released either
     // way. Returns the latest version. E_DOX_FILE_NOT_LOCKED_BY_YOU when the
