@@ -21,29 +21,15 @@ void quietQtMessages(QtMsgType type, const QMessageLogContext &, const QString &
         std::fprintf(stderr, "%s\n", message.toLocal8Bit().constData());
 }
 
-// The commands of one group, for "mctask GROUP --help" (and a bare GROUP).
-bool printGroupUsage(QTextStream &out, const QString &group)
+// The command list of "mctask --help", or of one group for
+// "mctask GROUP --help" (and a bare GROUP).
+void printUsage(QTextStream &out, const QString &group = {})
 {
-    bool any = false;
+    out << "Usage: mctask " << (group.isEmpty() ? QStringLiteral("[--home DIR]") : group)
+        << " <command> [options]\n\nCommands:\n";
     for (const CommandEntry &c : allCommands()) {
-        if (c.group != group)
+        if (!group.isEmpty() && c.group != group)
             continue;
-        if (!any)
-            out << "Usage: mctask " << group << " <command> [options]\n\nCommands:\n";
-        any = true;
-        const QString words = c.name.isEmpty() ? c.group : c.group + ' ' + c.name;
-        out << "  " << (words + ' ' + c.usage).leftJustified(60) << ' ' << c.summary << '\n';
-    }
-    if (any)
-        out << "\nEvery command takes --help.\n";
-    out.flush();
-    return any;
-}
-
-void printUsage(QTextStream &out)
-{
-    out << "Usage: mctask [--home DIR] <command> [options]\n\nCommands:\n";
-    for (const CommandEntry &c : allCommands()) {
         const QString words = c.name.isEmpty() ? c.group : c.group + ' ' + c.name;
         out << "  " << (words + ' ' + c.usage).leftJustified(60) << ' ' << c.summary << '\n';
     }
@@ -118,7 +104,7 @@ int main(int argc, char **argv)
                                    [&](const CommandEntry &c) { return c.group == group && !c.name.isEmpty(); });
     if (named && groupHelp) {
         const bool asked = !args.isEmpty();
-        printGroupUsage(asked ? out : err, group);
+        printUsage(asked ? out : err, group);
         return asked ? 0 : 2;
     }
     const CommandEntry *match = nullptr;

@@ -167,4 +167,16 @@ TEST_F(VaultFaultsTest, AnEmptyOrDamagedDatabaseIsNeverANewVault)
     }
 }
 
+// It used to say "no vault" about a vault it only could not look into.
+TEST_F(VaultFaultsTest, AVaultFolderThatCannotBeReadSaysSo)
+{
+    const auto permissions = QFile::permissions(vault());
+    QFile::setPermissions(vault(), QFileDevice::Permissions());
+    const ProgramRun listed = run({"vault", "ls", "--vault", vault()}, ProgramSetting(home()).asNormalUser());
+    QFile::setPermissions(vault(), permissions);
+    EXPECT_EQ(listed.status, 2);
+    EXPECT_TRUE(listed.err.contains(QStringLiteral("cannot read the vault folder %1").arg(vault())))
+        << listed.err.toStdString();
+}
+
 } // namespace
