@@ -1,5 +1,8 @@
 #include "app/cli.h"
 
+#include "common/errortexts.h"
+#include "host/hosterror.h"
+
 #include <QCommandLineParser>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -39,6 +42,21 @@ void printJson(QTextStream &out, const QJsonValue &value)
     out.flush();
 }
 
+int reportHostError(CommandContext &context, const HostError &error)
+{
+    context.out.flush();
+    context.err << "mctask: " << errorName(error.code()) << ": "
+                << (error.context().isEmpty() ? errorText(error.code()) : error.context()) << '\n';
+    context.err.flush();
+    return 1;
+}
+
+void requirePath(const QString &value, const QString &what)
+{
+    if (value.trimmed().isEmpty())
+        throw CliError(QStringLiteral("%1: an empty path names nothing").arg(what));
+}
+
 const QCommandLineOption &helpOption()
 {
     static const QCommandLineOption option({QStringLiteral("h"), QStringLiteral("help")},
@@ -66,6 +84,10 @@ bool parseCommandLine(QCommandLineParser &parser, CommandContext &context, const
     parser.addOption(helpOption());
     if (!parser.parse(QStringList{QStringLiteral("mctask")} + context.args))
         throw CliError(parser.errorText() + QStringLiteral(" (see --help)"));
+    // optionNames() holds only options given, so commands without --vault
+    // are not asked about it.
+    if (parser.optionNames().contains(QStringLiteral("vault")))
+        requirePath(parser.value(vaultOption()), QStringLiteral("--vault"));
     if (!parser.isSet(helpOption()))
         return true;
     // Qt's own usage line names the program only; ours is the real one.

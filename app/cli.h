@@ -48,6 +48,15 @@ class QCommandLineParser;
 bool parseCommandLine(QCommandLineParser &parser, CommandContext &context, const QString &usage,
                       const QString &about);
 
+class HostError;
+// A host failure at a command's boundary: "mctask: NAME: what happened" on
+// err, and exit status 1. Every command ends here when the vault refuses.
+int reportHostError(CommandContext &context, const HostError &error);
+
+// A path argument must name something: an empty one would mean the current
+// folder. Throws CliError naming what.
+void requirePath(const QString &value, const QString &what);
+
 // Helpers shared by the commands.
 void printTable(QTextStream &out, const QStringList &headers, const std::vector<QStringList> &rows);
 void printJson(QTextStream &out, const QJsonValue &value);

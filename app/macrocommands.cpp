@@ -94,14 +94,6 @@ QString buildMacroForFile(const QString &vaultDir, const QString &targetArgument
     return previewFileMacro(vault, target.instance, file);
 }
 
-int reportHostError(CommandContext &context, const HostError &e)
-{
-    context.err << "mctask: " << errorName(e.code()) << ": "
-                << (e.context().isEmpty() ? errorText(e.code()) : e.context()) << '\n';
-    context.err.flush();
-    return 1;
-}
-
 int runMacroPreview(CommandContext &context)
 {
     QCommandLineParser parser;

@@ -1,7 +1,9 @@
 #include "app/cli.h"
+#include "host/hosterror.h"
 
 #include <QCoreApplication>
 #include <QDir>
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -11,10 +13,23 @@
 
 namespace {
 
-void printUsage(QTextStream &out)
+// Qt's own diagnostics are for developers; a person reading mctask's output
+// sees its messages only. MCTASK_QT_MESSAGES=1 shows them.
+void quietQtMessages(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
-    out << "Usage: mctask [--home DIR] <command> [options]\n\nCommands:\n";
+    if (type == QtFatalMsg || qEnvironmentVariableIntValue("MCTASK_QT_MESSAGES") == 1)
+        std::fprintf(stderr, "%s\n", message.toLocal8Bit().constData());
+}
+
+// The command list of "mctask --help", or of one group for
+// "mctask GROUP --help" (and a bare GROUP).
+void printUsage(QTextStream &out, const QString &group = {})
+{
+    out << "Usage: mctask " << (group.isEmpty() ? QStringLiteral("[--home DIR]") : group)
+        << " <command> [options]\n\nCommands:\n";
     for (const CommandEntry &c : allCommands()) {
+        if (!group.isEmpty() && c.group != group)
+            continue;
         const QString words = c.name.isEmpty() ? c.group : c.group + ' ' + c.name;
         out << "  " << (words + ' ' + c.usage).leftJustified(60) << ' ' << c.summary << '\n';
     }
@@ -41,10 +56,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
         // The platform's start-up chatter (runtime folder and the like) would
         // land on the stderr that scripts read; nobody sees these windows.
         qputenv("QT_QPA_PLATFORM", "offscreen");
-        const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
-        auto app = std::make_unique<QApplication>(argc, argv);
-        qInstallMessageHandler(previous);
-        return app;
+        return std::make_unique<QApplication>(argc, argv);
     }
 #endif
     return std::make_unique<QCoreApplication>(argc, argv);
@@ -54,6 +66,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    qInstallMessageHandler(quietQtMessages);
     const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
     QCoreApplication &app = *application;
     QCoreApplication::setApplicationName(QStringLiteral("mctask"));
@@ -74,6 +87,10 @@ int main(int argc, char **argv)
             }
             dir = args.takeFirst();
         }
+        if (dir.trimmed().isEmpty()) {
+            err << "mctask: --home: an empty path names nothing\n";
+            return 2;
+        }
         qputenv("MCTASK_HOME", QDir(dir).absolutePath().toLocal8Bit());
     }
     if (args.isEmpty() || args.first() == QLatin1String("--help") || args.first() == QLatin1String("-h")) {
@@ -82,6 +99,14 @@ int main(int argc, char **argv)
     }
 
     const QString group = args.takeFirst();
+    const bool groupHelp = args.isEmpty() || args.first() == QLatin1String("--help") || args.first() == QLatin1String("-h");
+    const bool named = std::any_of(allCommands().begin(), allCommands().end(),
+                                   [&](const CommandEntry &c) { return c.group == group && !c.name.isEmpty(); });
+    if (named && groupHelp) {
+        const bool asked = !args.isEmpty();
+        printUsage(asked ? out : err, group);
+        return asked ? 0 : 2;
+    }
     const CommandEntry *match = nullptr;
     for (const CommandEntry &c : allCommands()) {
         if (c.group != group)
@@ -110,5 +135,11 @@ int main(int argc, char **argv)
         out.flush();
         err << "mctask: " << e.message() << '\n';
         return 2;
+    } catch (const HostError &e) {
+        return reportHostError(context, e);
+    } catch (const std::exception &e) {
+        out.flush();
+        err << "mctask: " << e.what() << '\n';
+        return 1;
     }
 }

@@ -1,4 +1,5 @@
 #include "addin/module/moduleregistration.h"
+#include "addin/tasksettings.h"
 #include "app/cli.h"
 #include "app/taskhost.h"
 #include "app/vaultlocator.h"
@@ -17,12 +18,15 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QMutex>
+#include <QRegularExpression>
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace {
 
 const QString SetupPagesMissing = QStringLiteral("the set-up pages of this task kind are not available yet");
+const QString InstanceExpected = QStringLiteral("an instance id is expected (its number or its {identifier})");
 
 // The options every task command may take; each command adds those it uses.
 struct TaskOptions {
@@ -38,6 +42,13 @@ struct TaskOptions {
 bool parseOptions(CommandContext &context, QCommandLineParser &parser, const TaskOptions &options,
                   const QList<QCommandLineOption> &used, const QString &usage, const QString &description)
 {
+    // "-1" would read as an unknown option "1".
+    if (usage.contains(QLatin1String("INSTANCE"))) {
+        static const QRegularExpression negative(QStringLiteral("^-[0-9]+$"));
+        for (const QString &argument : context.args)
+            if (negative.match(argument).hasMatch())
+                throw CliError(QStringLiteral("%1: '%2': %3").arg(usage.section(' ', 0, 1), argument, InstanceExpected));
+    }
     parser.addOption(options.vault);
     parser.addOptions(used);
     return parseCommandLine(parser, context, usage, description);
@@ -59,8 +70,9 @@ InstanceRow requireInstance(TaskStore &tasks, const QString &argument)
     } else {
         bool isNumber = false;
         const int id = argument.toInt(&isNumber);
-        if (isNumber)
-            row = tasks.instanceById(id);
+        if (!isNumber || id <= 0)
+            throw CliError(QStringLiteral("'%1': %2").arg(argument, InstanceExpected));
+        row = tasks.instanceById(id);
     }
     if (!row)
         throw CliError(QStringLiteral("no task instance '%1'").arg(argument));
@@ -129,7 +141,7 @@ NamedVariant parseAssignment(const QString &argument)
     if (kind == QLatin1String("real")) {
         // Reals are kept as the add-in keeps its margins: single precision.
         const float number = value.toFloat(&ok);
-        if (!ok)
+        if (!ok || !std::isfinite(number))
             throw CliError(QStringLiteral("'%1': '%2' is not a number").arg(argument, value));
         return {key, Variant::fromR4(number)};
     }
@@ -398,6 +410,15 @@ int runLaunch(CommandContext &context)
     if (args.isEmpty())
         throw CliError(QStringLiteral("task launch: expected NAME (see --help)"));
     const std::vector<NamedVariant> values = parseAssignments(parser.values(o.set));
+    // The launch writes these itself; a value given here would be lost.
+    for (const auto &[key, value] : values)
+        if (key.compare(TaskKeys::SelectionList, Qt::CaseInsensitive) == 0
+            || key.compare(TaskKeys::OutputList, Qt::CaseInsensitive) == 0)
+            throw CliError(QStringLiteral("task launch: %1 is kept by the add-in and cannot be set").arg(key));
+    // Without files the add-in would ask with its selection dialog, which
+    // only a launch with --gui can show.
+    if (args.size() < 2 && !parser.isSet(o.gui))
+        throw CliError(QStringLiteral("task launch: name the files or folders to launch on (or use --gui to pick them)"));
     const auto store = openLocatedVault(parser.value(o.vault));
     TaskStore tasks(store);
     const TaskRow task = requireTask(tasks, args.first());

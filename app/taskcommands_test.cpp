@@ -403,4 +403,41 @@ TEST_F(TaskCommandsTest, MacroCheckReportsSyntaxErrorsWithLineAndColumn)
     EXPECT_EQ(instance.status, 0) << instance.out.toStdString() << instance.err.toStdString();
 }
 
+// Input the task commands cannot keep is refused with a message and status
+// 2, and leaves no instance behind: a real that is no number (inf and nan
+// were stored and shown as null), the keys the launch writes itself (once
+// dropped without a word), a launch on nothing (once E_NOTIMPL and a dead
+// instance), an instance id that is negative (once "unknown option").
+TEST_F(TaskCommandsTest, InputTheTaskCannotKeepIsRefusedAndLeavesNothing)
+{
+    createTask("Convert", "convert");
+    const qsizetype instancesBefore = instances().size();
+    const QJsonObject variablesBefore = variables("Convert");
+    const QList<QPair<QStringList, QString>> refused{
+        {{"set", "Convert", "Margin:real=inf"}, "is not a number"},
+        {{"set", "Convert", "Margin:real=nan"}, "is not a number"},
+        {{"set", "Convert", "Margin:real=-INF"}, "is not a number"},
+        {{"set", "Convert", "Margin:real=1e999"}, "is not a number"},
+        {{"launch", "Convert", "V:\\Parts\\gear.mcdprt", "--set", "__selection_list=<sels/>"}, "kept by the add-in"},
+        {{"launch", "Convert", "V:\\Parts\\gear.mcdprt", "--set", "__OUTPUT_LIST=x"}, "kept by the add-in"},
+        {{"launch", "Convert"}, "name the files or folders"},
+        {{"launch", "Convert", ""}, "empty path"},
+        {{"details", "-1"}, "an instance id is expected"},
+        {{"details", "0"}, "an instance id is expected"},
+        {{"cancel", "-7"}, "an instance id is expected"},
+    };
+    for (const auto &[args, message] : refused) {
+        const ProgramRun result = task(args.first(), args.mid(1));
+        EXPECT_EQ(result.status, 2) << args.join(' ').toStdString() << ": " << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains(message)) << args.join(' ').toStdString() << ": " << result.err.toStdString();
+    }
+    EXPECT_EQ(instances().size(), instancesBefore);
+    EXPECT_EQ(variables("Convert"), variablesBefore);
+
+    const ProgramRun group = run({"task", "--help"});
+    EXPECT_EQ(group.status, 0) << group.err.toStdString();
+    for (const char *command : {"create", "set", "launch", "run", "details"})
+        EXPECT_TRUE(group.out.contains(QStringLiteral("task ") + command)) << group.out.toStdString();
+}
+
 } // namespace

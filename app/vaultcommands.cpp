@@ -35,15 +35,6 @@ QString variantText(const Variant &value)
     }
 }
 
-// A host failure while the command changes the vault: one line, status 1.
-int hostFailure(CommandContext &context, const HostError &e)
-{
-    context.err << "mctask: " << errorName(e.code()) << ": " << (e.context().isEmpty() ? errorText(e.code()) : e.context())
-                << '\n';
-    context.err.flush();
-    return 1;
-}
-
 int runVaultInit(CommandContext &context)
 {
     QCommandLineParser parser;
@@ -60,6 +51,7 @@ int runVaultInit(CommandContext &context)
         return 0;
     if (parser.positionalArguments().size() != 1)
         throw CliError(QStringLiteral("vault init: expected one DIR (see --help)"));
+    requirePath(parser.positionalArguments().first(), QStringLiteral("vault init"));
     const QString dir = QDir(parser.positionalArguments().first()).absolutePath();
     QString letter = parser.isSet(drive) ? parser.value(drive).trimmed() : QStringLiteral("V");
     if (letter.endsWith(':'))
@@ -96,7 +88,7 @@ int runVaultInit(CommandContext &context)
                     << '\n';
         return 0;
     } catch (const HostError &e) {
-        return hostFailure(context, e);
+        return reportHostError(context, e);
     }
 }
 
@@ -106,12 +98,21 @@ struct AddItem {
     QString name;
 };
 
+// True for the vault's own data folder and what lies in it: never a document.
+bool insideVaultData(const VaultStore &store, const QString &native)
+{
+    const QString data = QDir(store.paths().nativeRoot()).absoluteFilePath(QStringLiteral(".mctask"));
+    return native == data || native.startsWith(data + '/');
+}
+
 // The files one SRC stands for: a file, or every file below a folder
 // (keeping the folder's own name and structure), skipping the vault's own
-// hidden folder.
+// hidden folder. What is not a regular file (a FIFO, a device, a broken
+// link) is named in skipped.
 void collectSources(const VaultStore &store, const QString &argument, const std::optional<QString> &to,
-                    std::vector<AddItem> &items)
+                    std::vector<AddItem> &items, QStringList &skipped)
 {
+    requirePath(argument, QStringLiteral("vault add"));
     QString native;
     QString relative;
     if (store.paths().toRelative(argument, relative))
@@ -121,6 +122,10 @@ void collectSources(const VaultStore &store, const QString &argument, const std:
     const QFileInfo info(native);
     if (!info.exists())
         throw CliError(QStringLiteral("vault add: no such file or folder: %1").arg(argument));
+    if (insideVaultData(store, info.absoluteFilePath()))
+        throw CliError(QStringLiteral("vault add: %1 is the vault's own data, not a document").arg(argument));
+    if (!info.isFile() && !info.isDir())
+        throw CliError(QStringLiteral("vault add: %1 is not a regular file").arg(argument));
     QString insideRelative;
     const bool inside = store.paths().toRelative(info.absoluteFilePath(), insideRelative);
     if (info.isFile()) {
@@ -129,10 +134,17 @@ void collectSources(const VaultStore &store, const QString &argument, const std:
         return;
     }
     const QString base = to ? VaultPaths::join(*to, info.fileName()) : (inside ? insideRelative : info.fileName());
-    QDirIterator it(info.absoluteFilePath(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    // System: FIFOs, devices and broken links are listed too, to be named.
+    QDirIterator it(info.absoluteFilePath(), QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     std::vector<AddItem> found;
     while (it.hasNext()) {
         const QString file = it.next();
+        if (insideVaultData(store, file))
+            continue;
+        if (!it.fileInfo().isFile()) {
+            skipped.append(file);
+            continue;
+        }
         const QString sub = QDir(info.absoluteFilePath()).relativeFilePath(QFileInfo(file).absolutePath());
         const QString subFolder = sub == QLatin1String(".") ? QString() : QString(sub).replace('/', '\\');
         if (subFolder.split('\\').contains(QStringLiteral(".mctask")))
@@ -175,6 +187,7 @@ int runVaultAdd(CommandContext &context)
         // Absolute: a vault or native path; relative: a folder below the
         // vault root (not below the current folder).
         const QString value = parser.value(to);
+        requirePath(value, QStringLiteral("vault add: --to"));
         const bool absolute = value.startsWith('/') || (value.size() >= 2 && value[1] == ':');
         QString relative;
         if (absolute)
@@ -184,8 +197,12 @@ int runVaultAdd(CommandContext &context)
         folder = relative;
     }
     std::vector<AddItem> items;
+    QStringList skipped;
     for (const QString &source : parser.positionalArguments())
-        collectSources(*store, source, folder, items);
+        collectSources(*store, source, folder, items, skipped);
+    for (const QString &file : skipped)
+        context.err << "mctask: vault add: skipped " << file << ": not a regular file\n";
+    context.err.flush();
     for (const AddItem &item : items) {
         for (const QString &part : VaultPaths::join(item.folder, item.name).split('\\'))
             if (!VaultPaths::isValidName(part))
@@ -207,16 +224,18 @@ int runVaultAdd(CommandContext &context)
                 id = existing->id;
                 const auto bytes = FileSystem::instance().read(item.source);
                 if (!bytes)
-                    throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot read %1").arg(item.source));
+                    throw HostError(E_DOX_IO_ERROR,
+                                    QStringLiteral("cannot read %1: no permission, or not a regular file").arg(item.source));
                 if (VaultStore::contentHash(*bytes) == store->version(id, 0)->hash) {
                     action = QStringLiteral("unchanged");
                     version = existing->latestVersion;
                 } else {
                     store->checkOut(id, existing->folderId);
                     const QString local = store->paths().toNative(existing->path);
-                    if (QFileInfo(item.source).absoluteFilePath() != QFileInfo(local).absoluteFilePath()
-                        && !FileSystem::instance().write(local, *bytes))
-                        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot write %1").arg(local));
+                    // Staged with the transaction: a killed add leaves the
+                    // old bytes beside the old version.
+                    if (QFileInfo(item.source).absoluteFilePath() != QFileInfo(local).absoluteFilePath())
+                        store->writeLocal(local, *bytes);
                     version = store->checkIn(id, QString());
                     action = QStringLiteral("new version");
                 }
@@ -244,7 +263,7 @@ int runVaultAdd(CommandContext &context)
         }
         transaction.commit();
     } catch (const HostError &e) {
-        return hostFailure(context, e);
+        return reportHostError(context, e);
     }
     if (parser.isSet(jsonOption()))
         printJson(context.out, json);
@@ -295,7 +314,7 @@ int runVaultLs(CommandContext &context)
             printTable(context.out, {"ID", "FOLDER", "PATH", "VERSION", "REVISION", "STATE", "CHECKED OUT"}, rows);
         return 0;
     } catch (const HostError &e) {
-        return hostFailure(context, e);
+        return reportHostError(context, e);
     }
 }
 
@@ -369,7 +388,7 @@ int runVaultCard(CommandContext &context)
             printTable(context.out, {"NAME", "VALUE"}, rows);
         return 0;
     } catch (const HostError &e) {
-        return hostFailure(context, e);
+        return reportHostError(context, e);
     }
 }
 
@@ -394,7 +413,7 @@ int runVaultRef(CommandContext &context)
     try {
         store->addReference(parent.id, child.id, parser.value(conf));
     } catch (const HostError &e) {
-        return hostFailure(context, e);
+        return reportHostError(context, e);
     }
     context.out << store->paths().toWindows(parent.path) << " v" << parent.latestVersion << " -> "
                 << store->paths().toWindows(child.path) << " v" << child.latestVersion;

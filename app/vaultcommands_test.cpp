@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include "tests/programrun.h"
 
 namespace {
@@ -131,6 +133,15 @@ TEST_F(VaultCommandsTest, BadInputGivesOneLineStatusTwoAndChangesNothing)
         {"vault", "init", path("v")},
         {"vault", "init", path("w"), "--drive", "VV"},
         {"vault", "ls", "--vault", path("v"), "--bogus"},
+        // An empty path would mean the current folder (it once added all of it).
+        {"vault", "add", "--vault", path("v"), ""},
+        {"vault", "add", "--vault", path("v"), path("outside.txt"), "--to", ""},
+        {"vault", "init", ""},
+        {"vault", "ls", "--vault", ""},
+        {"--home", "", "vault", "ls", "--vault", path("v")},
+        // The vault's own database is never a document (it once doubled).
+        {"vault", "add", "--vault", path("v"), path("v/.mctask/vault.db"), "--to", "Docs"},
+        {"vault", "add", "--vault", path("v"), path("v/.mctask")},
     };
     for (const QStringList &args : bad) {
         const ProgramRun r = run(args);
@@ -161,11 +172,42 @@ TEST_F(VaultCommandsTest, FindsTheVaultThroughTheEnvironmentAndMountsItsDrive)
     EXPECT_EQ(map["Q"].toString(), QDir(path("q")).absolutePath());
     EXPECT_EQ(VaultStore::open(path("q"))->setting("DateFmt"), QStringLiteral("3"));
 
+    const ProgramRun group = run({"vault", "--help"});
+    EXPECT_EQ(group.status, 0) << group.err.toStdString();
+    EXPECT_TRUE(group.out.startsWith(QStringLiteral("Usage: mctask vault"))) << group.out.toStdString();
     for (const char *command : {"init", "add", "ls", "card", "ref"}) {
+        EXPECT_TRUE(group.out.contains(QStringLiteral("vault ") + command)) << command;
         const ProgramRun help = run({"vault", command, "--help"});
         EXPECT_EQ(help.status, 0) << command;
         EXPECT_TRUE(help.out.startsWith(QStringLiteral("Usage: mctask vault ") + command)) << help.out.toStdString();
     }
+}
+
+// A folder added from outside takes its files, names what is no regular
+// file (these were skipped without a word; reading a FIFO would hang), and
+// never takes the vault's own data even when the vault itself is added.
+TEST_F(VaultCommandsTest, AFolderAddNamesWhatItSkipsAndLeavesTheVaultsDataAlone)
+{
+    init();
+    write("src/a.mcdprt", "a");
+    write("src/sub/b.mcdprt", "b");
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path("src/sub/pipe")).constData(), 0600), 0);
+    const ProgramRun added = run({"vault", "add", "--vault", path("v"), path("src"), "--json"});
+    ASSERT_EQ(added.status, 0) << added.err.toStdString();
+    EXPECT_EQ(QJsonDocument::fromJson(added.out.toUtf8()).array().size(), 2);
+    EXPECT_TRUE(added.err.contains(QStringLiteral("skipped %1: not a regular file").arg(path("src/sub/pipe"))))
+        << added.err.toStdString();
+    const ProgramRun fifo = run({"vault", "add", "--vault", path("v"), path("src/sub/pipe")});
+    EXPECT_EQ(fifo.status, 2);
+    EXPECT_TRUE(fifo.err.contains("is not a regular file")) << fifo.err.toStdString();
+
+    const qint64 databaseSize = QFileInfo(path("v/.mctask/vault.db")).size();
+    const ProgramRun whole = run({"vault", "add", "--vault", path("v"), path("v"), "--json"});
+    ASSERT_EQ(whole.status, 0) << whole.err.toStdString();
+    for (const QJsonValue &row : QJsonDocument::fromJson(whole.out.toUtf8()).array())
+        EXPECT_FALSE(row.toObject()["path"].toString().contains(".mctask")) << row.toObject()["path"].toString().toStdString();
+    EXPECT_EQ(lsJson().size(), 2);
+    EXPECT_LT(QFileInfo(path("v/.mctask/vault.db")).size(), 2 * databaseSize + 65536);
 }
 
 } // namespace

@@ -8,17 +8,43 @@
 #include <QDir>
 #include <QFileInfo>
 
+namespace {
+
+// "no vault in DIR", unless DIR cannot be looked into: then that is said.
+CliError noVault(const QString &dir, const QString &namedBy = {})
+{
+    const QFileInfo folder(dir);
+    const QFileInfo data(QDir(dir).absoluteFilePath(QStringLiteral(".mctask")));
+    QString why = QStringLiteral("no vault in %1").arg(dir);
+    if (folder.isDir() && (!folder.isReadable() || !folder.isExecutable()))
+        why = QStringLiteral("cannot read the vault folder %1 (no permission)").arg(dir);
+    else if (data.isDir() && (!data.isReadable() || !data.isExecutable()))
+        why = QStringLiteral("cannot read the vault's data in %1 (no permission)").arg(data.absoluteFilePath());
+    return CliError(namedBy.isEmpty() ? why : QStringLiteral("%1 (named by %2)").arg(why, namedBy));
+}
+
+// How long a command waits for another process's write lock on the vault:
+// MCTASK_LOCK_WAIT milliseconds, else 10 seconds.
+int lockWaitMs()
+{
+    bool ok = false;
+    const int ms = qEnvironmentVariableIntValue("MCTASK_LOCK_WAIT", &ok);
+    return ok && ms >= 0 ? ms : 10000;
+}
+
+} // namespace
+
 QString locateVault(const QString &explicitDir)
 {
     if (!explicitDir.isEmpty()) {
         if (!VaultStore::isVault(explicitDir))
-            throw CliError(QStringLiteral("no vault in %1").arg(explicitDir));
+            throw noVault(explicitDir);
         return QDir(explicitDir).absolutePath();
     }
     const QString fromEnvironment = qEnvironmentVariable("MCTASK_VAULT");
     if (!fromEnvironment.isEmpty()) {
         if (!VaultStore::isVault(fromEnvironment))
-            throw CliError(QStringLiteral("no vault in %1 (named by MCTASK_VAULT)").arg(fromEnvironment));
+            throw noVault(fromEnvironment, QStringLiteral("MCTASK_VAULT"));
         return QDir(fromEnvironment).absolutePath();
     }
     QDir dir = QDir::current();
@@ -35,10 +61,14 @@ std::shared_ptr<VaultStore> openLocatedVault(const QString &explicitDir)
 {
     const QString dir = locateVault(explicitDir);
     std::shared_ptr<VaultStore> store;
+    VaultOpenOptions options;
+    options.busyTimeoutMs = lockWaitMs();
     try {
-        store = VaultStore::open(dir);
+        store = VaultStore::open(dir, options);
     } catch (const HostError &e) {
-        throw CliError(QStringLiteral("cannot open the vault in %1: %2").arg(dir, e.context()));
+        if (e.context().contains(dir))
+            throw;
+        throw HostError(e.code(), QStringLiteral("cannot open the vault in %1: %2").arg(dir, e.context()));
     }
     mountVaultDrive(*store, false);
     return store;
@@ -58,6 +88,7 @@ bool mountVaultDrive(const VaultStore &store, bool replace)
 
 QString vaultPathArgument(const VaultStore &store, const QString &argument)
 {
+    requirePath(argument, QStringLiteral("a vault path"));
     const VaultPaths &paths = store.paths();
     QString relative;
     if (paths.toRelative(argument, relative))

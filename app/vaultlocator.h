@@ -12,7 +12,9 @@ class VaultStore;
 QString locateVault(const QString &explicitDir);
 
 // Opens the located vault and makes sure its drive letter is mounted in the
-// drive map (a letter already mounted elsewhere is left alone).
+// drive map (a letter already mounted elsewhere is left alone). A write
+// waits MCTASK_LOCK_WAIT milliseconds (default 10 s) for another process's
+// lock. A vault that cannot be opened throws HostError.
 std::shared_ptr<VaultStore> openLocatedVault(const QString &explicitDir);
 
 // A path given on the command line, as a path relative to the vault root:

@@ -3,11 +3,14 @@
 #include "vault/embeddedvault.h"
 #include "vault/vaultstore.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <functional>
 
@@ -139,5 +142,89 @@ void BM_BatchAddAndCheckIn10k(benchmark::State &state)
     }
 }
 BENCHMARK(BM_BatchAddAndCheckIn10k)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+// The floor of the batch above: the same 10,000 files, each stat-ed and read
+// (its bytes and their SHA-256 go into the rows), and the same rows
+// (content, file, version, then the check-in's update of the file) written
+// with raw prepared SQLite statements in one transaction of the same
+// schema. Nothing else: no path handling, no checks, no local journal.
+void BM_BatchAddFloor10k(benchmark::State &state)
+{
+    for (auto _ : state) {
+        state.PauseTiming();
+        QTemporaryDir dir;
+        const QString root = dir.path() + "/vault";
+        auto store = VaultStore::create(root, QStringLiteral("Floor"));
+        writeTree(root, 100, 100);
+        std::vector<int> folderIds;
+        for (int d = 0; d < 100; ++d)
+            folderIds.push_back(store->ensureFolder(QStringLiteral("Top%1\\Dir%2").arg(d / 10).arg(d % 10)));
+        sqlite3 *db = store->db().handle();
+        sqlite3_stmt *blob = nullptr;
+        sqlite3_stmt *file = nullptr;
+        sqlite3_stmt *version = nullptr;
+        sqlite3_stmt *checkIn = nullptr;
+        sqlite3_prepare_v2(db, "INSERT OR IGNORE INTO blobs (hash, size, data) VALUES (?, ?, ?)", -1, &blob, nullptr);
+        sqlite3_prepare_v2(db, "INSERT INTO files (folder_id, name, path_key, kind, latest_version, locked_by, lock_kind, "
+                               "lock_folder) VALUES (?, ?, ?, 1, 1, 'bench', 1, ?)", -1, &file, nullptr);
+        sqlite3_prepare_v2(db, "INSERT INTO versions (file_id, version, revision, state, hash, comment, user, created) "
+                               "VALUES (?, 1, '', '', ?, 'bench', 'bench', '2026-01-01T00:00:00.000Z')", -1, &version, nullptr);
+        sqlite3_prepare_v2(db, "UPDATE files SET locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id = ?", -1,
+                           &checkIn, nullptr);
+        state.ResumeTiming();
+
+        sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+        std::vector<sqlite3_int64> ids;
+        ids.reserve(10000);
+        bool ok = true;
+        for (int d = 0; d < 100; ++d) {
+            const QString folder = QStringLiteral("Top%1/Dir%2").arg(d / 10).arg(d % 10);
+            for (int i = 0; i < 100; ++i) {
+                const QString name = QStringLiteral("f%1.mcdprt").arg(i);
+                const QByteArray native = QFile::encodeName(root + '/' + folder + '/' + name);
+                struct stat info {};
+                ok = ok && ::stat(native.constData(), &info) == 0;
+                QFile local(QString::fromLocal8Bit(native));
+                ok = ok && local.open(QIODevice::ReadOnly);
+                const QByteArray bytes = local.readAll();
+                const QByteArray hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
+                sqlite3_bind_text(blob, 1, hash.constData(), static_cast<int>(hash.size()), SQLITE_TRANSIENT);
+                sqlite3_bind_int64(blob, 2, bytes.size());
+                sqlite3_bind_blob(blob, 3, bytes.constData(), static_cast<int>(bytes.size()), SQLITE_TRANSIENT);
+                ok = ok && sqlite3_step(blob) == SQLITE_DONE;
+                sqlite3_reset(blob);
+                const QByteArray nameUtf8 = name.toUtf8();
+                const QByteArray key = (QString(folder).replace('/', '\\') + '\\' + name).toLower().toUtf8();
+                sqlite3_bind_int(file, 1, folderIds[d]);
+                sqlite3_bind_text(file, 2, nameUtf8.constData(), static_cast<int>(nameUtf8.size()), SQLITE_TRANSIENT);
+                sqlite3_bind_text(file, 3, key.constData(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
+                sqlite3_bind_int(file, 4, folderIds[d]);
+                ok = ok && sqlite3_step(file) == SQLITE_DONE;
+                sqlite3_reset(file);
+                const sqlite3_int64 id = sqlite3_last_insert_rowid(db);
+                ids.push_back(id);
+                sqlite3_bind_int64(version, 1, id);
+                sqlite3_bind_text(version, 2, hash.constData(), static_cast<int>(hash.size()), SQLITE_TRANSIENT);
+                ok = ok && sqlite3_step(version) == SQLITE_DONE;
+                sqlite3_reset(version);
+            }
+        }
+        for (const sqlite3_int64 id : ids) {
+            sqlite3_bind_int64(checkIn, 1, id);
+            ok = ok && sqlite3_step(checkIn) == SQLITE_DONE;
+            sqlite3_reset(checkIn);
+        }
+        ok = ok && sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK;
+        if (!ok)
+            state.SkipWithError("raw insert failed");
+
+        state.PauseTiming();
+        for (sqlite3_stmt *s : {blob, file, version, checkIn})
+            sqlite3_finalize(s);
+        store.reset();
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(BM_BatchAddFloor10k)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 } // namespace

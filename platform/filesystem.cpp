@@ -4,7 +4,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+
 #include <atomic>
+#include <cstdio>
 #include <cstring>
 #include <dirent.h>
 
@@ -70,6 +72,11 @@ bool RealFileSystem::write(const QString &path, const QByteArray &data)
         return false;
     }
     return file.commit();
+}
+
+bool RealFileSystem::replace(const QString &from, const QString &to)
+{
+    return ::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
 }
 
 bool RealFileSystem::append(const QString &path, const QByteArray &data)

@@ -24,6 +24,9 @@ public:
     virtual bool append(const QString &path, const QByteArray &data) = 0;
     // Removes a file (not a folder); false when it is missing or read-only.
     virtual bool remove(const QString &path) = 0;
+    // Moves the file from onto to in one step, replacing a file there; both
+    // lie on the same file system. False when from is missing.
+    virtual bool replace(const QString &from, const QString &to) = 0;
     // Writable = not marked read-only (the owner's write bit on disk).
     virtual bool isWritable(const QString &path) const = 0;
     virtual bool setWritable(const QString &path, bool writable) = 0;
@@ -48,6 +51,7 @@ public:
     bool write(const QString &path, const QByteArray &data) override;
     bool append(const QString &path, const QByteArray &data) override;
     bool remove(const QString &path) override;
+    bool replace(const QString &from, const QString &to) override;
     bool isWritable(const QString &path) const override;
     bool setWritable(const QString &path, bool writable) override;
     bool mkpath(const QString &path) override;

@@ -77,6 +77,23 @@ bool MemoryFileSystem::remove(const QString &path)
     return true;
 }
 
+bool MemoryFileSystem::replace(const QString &from, const QString &to)
+{
+    std::lock_guard lock(m_mutex);
+    const auto source = m_nodes.find(clean(from));
+    const QString target = clean(to);
+    const auto parent = m_nodes.find(parentOf(target));
+    if (source == m_nodes.end() || source->second.directory || parent == m_nodes.end() || !parent->second.directory)
+        return false;
+    const auto existing = m_nodes.find(target);
+    if (existing != m_nodes.end() && existing->second.directory)
+        return false;
+    Node moved = source->second;
+    m_nodes.erase(source);
+    m_nodes[target] = moved;
+    return true;
+}
+
 bool MemoryFileSystem::isWritable(const QString &path) const
 {
     std::lock_guard lock(m_mutex);

@@ -18,6 +18,7 @@ public:
     bool write(const QString &path, const QByteArray &data) override;
     bool append(const QString &path, const QByteArray &data) override;
     bool remove(const QString &path) override;
+    bool replace(const QString &from, const QString &to) override;
     bool isWritable(const QString &path) const override;
     bool setWritable(const QString &path, bool writable) override;
     bool mkpath(const QString &path) override;

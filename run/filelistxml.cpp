@@ -1,6 +1,7 @@
 #include "run/filelistxml.h"
 
 #include <QDomDocument>
+#include <QXmlStreamReader>
 #include <QDomElement>
 
 #include <limits>
@@ -115,9 +116,34 @@ bool isXmlText(const QString &text)
     return true;
 }
 
+bool withinDepth(const QString &xml, int maxDepth)
+{
+    QXmlStreamReader reader(xml);
+    int depth = 0;
+    while (!reader.atEnd()) {
+        switch (reader.readNext()) {
+        case QXmlStreamReader::StartElement:
+            if (++depth > maxDepth)
+                return false;
+            break;
+        case QXmlStreamReader::EndElement:
+            --depth;
+            break;
+        default:
+            break;
+        }
+    }
+    return true; // well-formedness is the DOM's to judge
+}
+
 std::vector<FileRecord> read(const QString &xml)
 {
     std::vector<FileRecord> records;
+    // The text comes from a variable that another client may have written or
+    // damaged; the DOM builds deep trees recursively, so they are refused
+    // first, with a flat look.
+    if (!withinDepth(xml, MaxDepth))
+        return records;
     QDomDocument doc;
     if (!doc.setContent(xml))
         return records;

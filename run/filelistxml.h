@@ -23,8 +23,15 @@ HRESULT write(const std::vector<FileRecord> &records, std::int32_t taskType, QSt
 bool isXmlText(const QString &text);
 
 // Every "sel" element anywhere in the document gives one record, in document
-// order; "extra" lands in info. Text that is not well-formed gives no records.
+// order; "extra" lands in info. Text that is not well-formed gives no
+// records, and so does a document nested deeper than MaxDepth elements
+// (the list itself needs three).
+inline constexpr int MaxDepth = 16;
 std::vector<FileRecord> read(const QString &xml);
+
+// False when an element of xml lies deeper than maxDepth; looks without
+// building a tree.
+bool withinDepth(const QString &xml, int maxDepth);
 
 // A number as the C wide-string-to-long conversion reads it: leading blanks
 // skipped, an optional sign, digits up to the first non-digit, 0 when there

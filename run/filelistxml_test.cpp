@@ -137,6 +137,24 @@ TEST(FileListXmlTest, TextThatIsNotWellFormedGivesAnEmptyList)
     }
 }
 
+// A damaged variable nested 200,000 levels deep used to take the DOM
+// minutes and then overflow its stack; now it is refused before any tree is
+// built. Depth within the limit still reads, with the sel found anywhere.
+TEST(FileListXmlTest, DeeplyNestedListsAreRefusedBeforeTheTree)
+{
+    auto nested = [](int depth, const QString &inner) {
+        return QStringLiteral("<a>").repeated(depth) + inner + QStringLiteral("</a>").repeated(depth);
+    };
+    const QString sel = QStringLiteral("<sel><path>V:\\deep.mcdprt</path></sel>");
+    EXPECT_TRUE(FileListXml::read(nested(200000, sel)).empty());
+    EXPECT_TRUE(FileListXml::read(nested(FileListXml::MaxDepth - 1, sel)).empty()); // sel's child is one too deep
+    const auto records = FileListXml::read(nested(FileListXml::MaxDepth - 2, sel));
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_EQ(records[0].path, QStringLiteral("V:\\deep.mcdprt"));
+    // Unclosed depth is counted as it opens: no need to reach the end.
+    EXPECT_FALSE(FileListXml::withinDepth(QStringLiteral("<a>").repeated(FileListXml::MaxDepth + 1), FileListXml::MaxDepth));
+}
+
 TEST(FileListXmlTest, EveryProperPrefixOfAListIsRejected)
 {
     auto source = std::make_shared<FileRecord>(selected(7, 3, QStringLiteral("V:\\p.mcdprt"), 4));

@@ -9,6 +9,8 @@
 
 #include <QJsonDocument>
 
+#include <unistd.h>
+
 struct ProgramRun {
     int status = -1; // -1 when it did not finish in time
     QString out;
@@ -26,12 +28,18 @@ struct ProgramSetting {
     ProgramSetting &withVault(const QString &folder) { vault = folder; return *this; }
     ProgramSetting &offscreen() { offscreenPlatform = true; return *this; }
     ProgramSetting &timeout(int ms) { timeoutMs = ms; return *this; }
+    // As a user without special rights: when the test runs as root, the
+    // program runs as "nobody", for whom permissions hold.
+    ProgramSetting &asNormalUser() { normalUser = true; return *this; }
+    ProgramSetting &set(const QString &name, const QString &value) { extra.insert(name, value); return *this; }
 
     QString home;
     QString workingDirectory; // empty: the test's own
     QString vault;            // MCTASK_VAULT; empty: unset
     bool offscreenPlatform = false;
+    bool normalUser = false;
     int timeoutMs = 120000;
+    QProcessEnvironment extra;
 };
 
 inline ProgramRun runProgram(const QString &program, const QStringList &args, const ProgramSetting &setting)
@@ -44,10 +52,17 @@ inline ProgramRun runProgram(const QString &program, const QStringList &args, co
         env.insert(QStringLiteral("MCTASK_VAULT"), setting.vault);
     if (setting.offscreenPlatform)
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    for (const QString &name : setting.extra.keys())
+        env.insert(name, setting.extra.value(name));
     process.setProcessEnvironment(env);
     if (!setting.workingDirectory.isEmpty())
         process.setWorkingDirectory(setting.workingDirectory);
-    process.start(program, args);
+    if (setting.normalUser && ::geteuid() == 0)
+        process.start(QStringLiteral("setpriv"),
+                      QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
+                                  QStringLiteral("--clear-groups"), program} + args);
+    else
+        process.start(program, args);
     if (!process.waitForFinished(setting.timeoutMs))
         return {};
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),

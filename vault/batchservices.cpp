@@ -14,6 +14,8 @@ HRESULT VaultBatchAdd::AddFileFromPath(const QString &localPath, const QString &
         QString source = localPath;
         QString relative;
         if (paths.toRelative(localPath, relative)) {
+            if (VaultPaths::isReserved(relative))
+                return E_INVALIDARG; // the vault's own data is never a document
             source = paths.findNative(relative);
         } else if (!localPath.startsWith('/')) {
             // Another drive: readable when the drive map knows it.
@@ -38,29 +40,23 @@ HRESULT VaultBatchAdd::AddFileFromPath(const QString &localPath, const QString &
 HRESULT VaultBatchAdd::CommitAdd(std::vector<DoxBatchAddResult> &results)
 {
     return hostCall([&] {
-        std::vector<DoxBatchAddResult> out;
-        out.reserve(m_entries.size());
-        Transaction transaction(m_store->db());
+        std::vector<VaultStore::NewFile> files;
+        files.reserve(m_entries.size());
+        for (const Entry &entry : m_entries)
+            files.push_back({entry.source, entry.folder, entry.name});
         VaultStore::AddOptions options;
         options.keepCheckedOut = true;
-        for (const Entry &entry : m_entries) {
+        const std::vector<VaultStore::NewFileResult> added = m_store->addFiles(files, options);
+        std::vector<DoxBatchAddResult> out;
+        out.reserve(added.size());
+        for (std::size_t i = 0; i < added.size(); ++i) {
             DoxBatchAddResult result;
-            result.path = m_store->paths().toWindows(VaultPaths::join(entry.folder, entry.name));
-            // One savepoint per file: a file that fails leaves nothing behind.
-            Transaction one(m_store->db());
-            try {
-                const VaultFileRow row = m_store->addFile(entry.source, entry.folder, entry.name, options);
-                one.commit();
-                result.docId = row.id;
-                result.folderId = row.folderId;
-            } catch (const HostError &e) {
-                if (e.code() == E_DOX_DATABASE_ACCESS)
-                    throw;
-                result.result = e.code();
-            }
+            result.path = m_store->paths().toWindows(VaultPaths::join(m_entries[i].folder, m_entries[i].name));
+            result.result = added[i].result;
+            result.docId = added[i].id;
+            result.folderId = added[i].folderId;
             out.push_back(result);
         }
-        transaction.commit();
         m_entries.clear();
         results = std::move(out);
         return S_OK;
@@ -76,7 +72,7 @@ HRESULT VaultBatchCheckIn::SetComment(const QString &comment)
 HRESULT VaultBatchCheckIn::AddSelection(const std::vector<DoxFolderPair> &files)
 {
     for (const DoxFolderPair &pair : files)
-        if (std::find(m_selection.begin(), m_selection.end(), pair) == m_selection.end())
+        if (m_selected.insert({pair.docId, pair.folderId}).second)
             m_selection.push_back(pair);
     return S_OK;
 }
@@ -103,6 +99,7 @@ HRESULT VaultBatchCheckIn::CheckIn()
             m_store->checkIn(pair.docId, m_comment);
         transaction.commit();
         m_selection.clear();
+        m_selected.clear();
         return S_OK;
     });
 }

@@ -4,6 +4,8 @@
 #include "vault/vaultstore.h"
 
 #include <memory>
+#include <set>
+#include <utility>
 #include <vector>
 
 // The vault's batch utilities. Each queues its work and does all of it in
@@ -47,6 +49,7 @@ private:
     std::shared_ptr<VaultStore> m_store;
     QString m_comment;
     std::vector<DoxFolderPair> m_selection;
+    std::set<std::pair<std::int32_t, std::int32_t>> m_selected; // the same pairs, to find doubles
 };
 
 // DoxUtil_CustomReferences (8): references from the latest version of a file

@@ -4,13 +4,44 @@
 
 #include <sqlite3.h>
 
-#include <atomic>
+
+QString sqliteFailureText(int rc)
+{
+    switch (rc & 0xff) {
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+        return QStringLiteral("the vault is read-only");
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return QStringLiteral("the vault is locked by another process");
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+        return QStringLiteral("the vault database is damaged");
+    case SQLITE_CANTOPEN:
+        return QStringLiteral("the vault database cannot be opened");
+    case SQLITE_FULL:
+        return QStringLiteral("the disk is full");
+    case SQLITE_IOERR:
+        return QStringLiteral("the vault database cannot be read or written");
+    default:
+        return {};
+    }
+}
 
 int checkSqlite(int rc, sqlite3 *db, const char *what, HRESULT failure)
 {
     if (rc == SQLITE_OK || rc == SQLITE_ROW || rc == SQLITE_DONE)
         return rc;
+    // The extended code tells more than a step's result (e.g. a read-only
+    // folder shows as "cannot open" the write-ahead log).
+    const int code = db ? sqlite3_extended_errcode(db) : rc;
     const QString message = db ? QString::fromUtf8(sqlite3_errmsg(db)) : QString::fromUtf8(sqlite3_errstr(rc));
+    QString plain = sqliteFailureText(code);
+    if (plain.isEmpty())
+        plain = sqliteFailureText(rc);
+    // A person learns what happened; the statement only helps with the rest.
+    if (!plain.isEmpty())
+        throw HostError(failure, QStringLiteral("%1 (%2)").arg(plain, message));
     throw HostError(failure, QStringLiteral("%1 (%2)").arg(message, QString::fromUtf8(what)));
 }
 
@@ -107,9 +138,11 @@ QByteArray Statement::blob(int column) const
     return data ? QByteArray(static_cast<const char *>(data), size) : QByteArray();
 }
 
-SqliteDb::SqliteDb(const QString &path, int busyTimeoutMs)
+SqliteDb::SqliteDb(const QString &path, int busyTimeoutMs, OpenMode mode)
 {
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
+    if (mode == OpenMode::Create)
+        flags |= SQLITE_OPEN_CREATE;
     try {
         const QByteArray name = path.toUtf8();
         checkSqlite(sqlite3_open_v2(name.constData(), &m_db, flags, nullptr), m_db, name.constData(),
@@ -176,13 +209,34 @@ void SqliteDb::setUserVersion(int version)
     exec(QByteArray("PRAGMA user_version=" + QByteArray::number(version)).constData());
 }
 
-Transaction::Transaction(SqliteDb &db) : m_db(db), m_guard(db.guard())
+void SqliteDb::onTransactionEnd(std::function<void(bool)> callback)
 {
+    const auto lock = guard();
+    if (!inTransaction()) {
+        callback(true);
+        return;
+    }
+    m_endCallbacks.push_back(std::move(callback));
+}
+
+void SqliteDb::endCallbacks(std::size_t first, bool committed)
+{
+    if (first >= m_endCallbacks.size())
+        return;
+    std::vector<std::function<void(bool)>> due(std::make_move_iterator(m_endCallbacks.begin() + first),
+                                               std::make_move_iterator(m_endCallbacks.end()));
+    m_endCallbacks.resize(first);
+    for (auto &callback : due)
+        callback(committed);
+}
+
+Transaction::Transaction(SqliteDb &db) : m_db(db), m_guard(db.guard()), m_firstCallback(db.m_endCallbacks.size())
+{
+    // Savepoints share one name: SQLite releases and rolls back the
+    // innermost of that name, which is ours, and the statements stay cached.
     if (db.inTransaction()) {
-        static std::atomic<int> counter{0};
         m_nested = true;
-        m_savepoint = "sp" + QByteArray::number(++counter);
-        m_db.exec(("SAVEPOINT " + m_savepoint).constData());
+        m_db.prepare("SAVEPOINT nested").exec();
     } else {
         m_db.exec("BEGIN IMMEDIATE");
     }
@@ -195,19 +249,25 @@ Transaction::~Transaction()
     // Errors are swallowed here: a destructor runs while another error is
     // already on its way out.
     try {
-        if (m_nested)
-            m_db.exec(("ROLLBACK TO " + m_savepoint + "; RELEASE " + m_savepoint).constData());
-        else if (m_db.inTransaction())
+        if (m_nested) {
+            m_db.prepare("ROLLBACK TO nested").exec();
+            m_db.prepare("RELEASE nested").exec();
+        } else if (m_db.inTransaction()) {
             m_db.exec("ROLLBACK");
+        }
     } catch (...) {
     }
+    m_db.endCallbacks(m_nested ? m_firstCallback : 0, false);
 }
 
 void Transaction::commit()
 {
-    if (m_nested)
-        m_db.exec(("RELEASE " + m_savepoint).constData());
-    else
-        m_db.exec("COMMIT");
+    if (m_nested) {
+        m_db.prepare("RELEASE nested").exec();
+        m_done = true;
+        return;
+    }
+    m_db.exec("COMMIT");
     m_done = true;
+    m_db.endCallbacks(0, true);
 }

@@ -6,9 +6,11 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -20,6 +22,10 @@ class SqliteDb;
 // SQLite's own message. Every call into SQLite goes through here; codes
 // that mean "fine" pass.
 int checkSqlite(int rc, sqlite3 *db, const char *what, HRESULT failure = E_DOX_DATABASE_ACCESS);
+
+// What an SQLite result code means to a person ("the vault is read-only",
+// "the vault is locked by another process", ...); empty for other codes.
+QString sqliteFailureText(int rc);
 
 // One prepared statement. Statements come from SqliteDb::prepare, which
 // caches them; a Statement is reset and its bindings cleared on reuse.
@@ -61,8 +67,10 @@ private:
 class SqliteDb final
 {
 public:
-    // path ":memory:" opens a private in-memory database.
-    explicit SqliteDb(const QString &path, int busyTimeoutMs = 10000);
+    enum class OpenMode { Create, Existing };
+    // path ":memory:" opens a private in-memory database. Existing never
+    // makes a file: a database that vanished is an error.
+    explicit SqliteDb(const QString &path, int busyTimeoutMs = 10000, OpenMode mode = OpenMode::Create);
     ~SqliteDb();
     SqliteDb(const SqliteDb &) = delete;
     SqliteDb &operator=(const SqliteDb &) = delete;
@@ -79,14 +87,26 @@ public:
 
     sqlite3 *handle() const { return m_db; }
 
+    // Work that must follow the fate of the open transaction: called with
+    // true after the outermost transaction committed, with false when the
+    // transaction or the savepoint it was registered under rolls back.
+    // Outside a transaction it is called at once with true. Callbacks must
+    // not throw.
+    void onTransactionEnd(std::function<void(bool committed)> callback);
+
     // The connection and its cached statements serve one thread at a time:
     // every use of them, and every transaction, holds this lock. It is
     // recursive, so the store's operations may call each other.
     std::unique_lock<std::recursive_mutex> guard() { return std::unique_lock<std::recursive_mutex>(m_mutex); }
 
 private:
+    friend class Transaction;
+    // Runs and drops the callbacks from index first on, in order.
+    void endCallbacks(std::size_t first, bool committed);
+
     std::recursive_mutex m_mutex;
     sqlite3 *m_db = nullptr;
+    std::vector<std::function<void(bool)>> m_endCallbacks;
     std::unordered_map<const char *, std::unique_ptr<Statement>> m_cache;
 };
 
@@ -109,5 +129,5 @@ private:
     std::unique_lock<std::recursive_mutex> m_guard;
     bool m_nested = false;
     bool m_done = false;
-    QByteArray m_savepoint;
+    std::size_t m_firstCallback = 0;
 };

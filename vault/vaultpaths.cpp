@@ -114,3 +114,8 @@ bool VaultPaths::isValidName(const QString &name)
     }
     return true;
 }
+
+bool VaultPaths::isReserved(const QString &relative)
+{
+    return key(relative.section('\\', 0, 0)) == QLatin1String(".mctask");
+}

@@ -42,6 +42,9 @@ public:
     static QString parentOf(const QString &relative);
     // True for a name a vault file or folder may have.
     static bool isValidName(const QString &name);
+    // True for the vault's own data folder (".mctask" at the root) and what
+    // lies in it: never part of the vault's contents.
+    static bool isReserved(const QString &relative);
 
 private:
     QChar m_letter;

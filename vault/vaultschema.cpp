@@ -160,9 +160,18 @@ CREATE TABLE instance_data (
 INSERT INTO folders (id, parent_id, name, path, path_key) VALUES (1, NULL, '', '', '');
 )sql";
 
+// Local copies staged by a transaction until they are moved into place;
+// see LocalJournal.
+const char *const schemaV2 = R"sql(
+CREATE TABLE local_journal (
+  name   TEXT PRIMARY KEY,
+  target TEXT NOT NULL
+) WITHOUT ROWID;
+)sql";
+
 } // namespace
 
-void VaultSchema::ensure(SqliteDb &db)
+void VaultSchema::ensure(SqliteDb &db, bool create)
 {
     // The common case needs no write lock, so opening a vault never waits
     // for another process's batch.
@@ -179,8 +188,12 @@ void VaultSchema::ensure(SqliteDb &db)
         transaction.commit();
         return;
     }
+    if (version < 1 && !create)
+        throw HostError(E_DOX_CANT_OPEN_DATABASE, QStringLiteral("the database holds no vault"));
     if (version < 1)
         db.exec(schemaV1);
+    if (version < 2)
+        db.exec(schemaV2);
     db.setUserVersion(CurrentVersion);
     transaction.commit();
 }

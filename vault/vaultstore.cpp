@@ -10,33 +10,16 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <sqlite3.h>
+
+#include <unordered_map>
+
 namespace {
 
 constexpr const char *fileColumns =
     "SELECT f.id, f.folder_id, f.name, f.path_key, f.kind, f.latest_version, f.locked_by, f.lock_kind, "
     "v.revision, v.state, d.path FROM files f JOIN versions v ON v.file_id = f.id AND v.version = f.latest_version "
     "JOIN folders d ON d.id = f.folder_id ";
-
-QByteArray readLocal(const QString &native)
-{
-    FileSystem &fs = FileSystem::instance();
-    if (!fs.exists(native) || fs.isDirectory(native))
-        throw HostError(E_DOX_FILE_NOT_FOUND, native);
-    const auto bytes = fs.read(native);
-    if (!bytes)
-        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot read %1").arg(native));
-    return *bytes;
-}
-
-void writeLocal(const QString &native, const QByteArray &bytes)
-{
-    FileSystem &fs = FileSystem::instance();
-    fs.mkpath(QFileInfo(native).absolutePath());
-    // The file system replaces the file atomically: a crash never leaves
-    // half a file.
-    if (!fs.write(native, bytes))
-        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot write %1").arg(native));
-}
 
 QString defaultUser()
 {
@@ -71,7 +54,26 @@ std::shared_ptr<VaultStore> VaultStore::open(const QString &dir, const VaultOpen
 {
     if (!isVault(dir))
         throw HostError(E_DOX_CANT_OPEN_DATABASE, QStringLiteral("%1 holds no vault").arg(dir));
-    return std::make_shared<VaultStore>(databasePath(dir), dir, options);
+    const QString damaged = QStringLiteral("the vault database in %1 is empty or damaged").arg(dir);
+    // SQLite would take an empty file for a new database.
+    if (FileSystem::instance().size(databasePath(dir)) == 0)
+        throw HostError(E_DOX_CANT_OPEN_DATABASE, damaged);
+    // Even reading needs the database's folder writable (its write-ahead log
+    // and shared memory live there); say so plainly instead of SQLite's
+    // "unable to open".
+    const QFileInfo database(databasePath(dir));
+    if (!database.isWritable() || !QFileInfo(database.absolutePath()).isWritable())
+        throw HostError(E_DOX_DATABASE_ACCESS,
+                        QStringLiteral("the vault is read-only (%1 cannot be written)").arg(database.absolutePath()));
+    try {
+        return std::make_shared<VaultStore>(databasePath(dir), dir, options, Opening::Existing);
+    } catch (const HostError &e) {
+        if (e.code() == E_DOX_CANT_OPEN_DATABASE && e.context().contains(QLatin1String("holds no vault")))
+            throw HostError(E_DOX_CANT_OPEN_DATABASE, damaged);
+        if (e.context().startsWith(sqliteFailureText(SQLITE_CORRUPT)))
+            throw HostError(E_DOX_CANT_OPEN_DATABASE, damaged + QStringLiteral(" (") + e.context() + ')');
+        throw;
+    }
 }
 
 std::shared_ptr<VaultStore> VaultStore::createInMemory(const QString &dir, const QString &name,
@@ -82,18 +84,52 @@ std::shared_ptr<VaultStore> VaultStore::createInMemory(const QString &dir, const
     return store;
 }
 
-VaultStore::VaultStore(const QString &databasePath, const QString &dir, const VaultOpenOptions &options)
-    : m_db(databasePath, options.busyTimeoutMs),
+VaultStore::VaultStore(const QString &databasePath, const QString &dir, const VaultOpenOptions &options,
+                       Opening opening)
+    : m_db(databasePath, options.busyTimeoutMs,
+           opening == Opening::Create ? SqliteDb::OpenMode::Create : SqliteDb::OpenMode::Existing),
       m_paths(options.drive, dir),
+      m_journal(m_db, dir, databasePath == QLatin1String(":memory:")),
       m_user(options.user.isEmpty() ? defaultUser() : options.user),
       m_now(options.now)
 {
-    VaultSchema::ensure(m_db);
+    VaultSchema::ensure(m_db, opening == Opening::Create);
+    m_journal.recover([this](const QString &native, const QByteArray &bytes) { return holdsLatest(native, bytes); });
     const QString drive = setting(QStringLiteral("drive"));
     if (drive.isEmpty())
         setSetting(QStringLiteral("drive"), QString(m_paths.driveLetter()));
     else
         m_paths = VaultPaths(drive.at(0), dir);
+}
+
+QByteArray VaultStore::readLocal(const QString &native) const
+{
+    if (auto staged = m_journal.staged(native))
+        return *staged;
+    FileSystem &fs = FileSystem::instance();
+    // Reading first: the common case needs no look before.
+    if (!fs.isDirectory(native)) {
+        if (auto bytes = fs.read(native))
+            return *bytes;
+    }
+    if (!fs.exists(native) || fs.isDirectory(native))
+        throw HostError(E_DOX_FILE_NOT_FOUND, native);
+    throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot read %1: no permission, or not a regular file").arg(native));
+}
+
+void VaultStore::writeLocal(const QString &native, const QByteArray &bytes)
+{
+    m_journal.write(native, bytes);
+}
+
+bool VaultStore::holdsLatest(const QString &native, const QByteArray &bytes)
+{
+    QString relative;
+    if (!m_paths.toRelative(native, relative))
+        return false;
+    const auto file = fileByPath(relative);
+    const auto latest = file ? version(file->id, file->latestVersion) : std::nullopt;
+    return latest && latest->hash == contentHash(bytes);
 }
 
 QString VaultStore::setting(const QString &key, const QString &fallback)
@@ -144,7 +180,7 @@ int VaultStore::ensureFolder(const QString &relative)
     if (const auto existing = folderByPath(relative))
         return existing->id;
     const QString name = VaultPaths::fileName(relative);
-    if (!VaultPaths::isValidName(name))
+    if (!VaultPaths::isValidName(name) || VaultPaths::isReserved(relative))
         throw HostError(E_DOX_INVALID_NAME, relative);
     Transaction t(m_db);
     const int parent = ensureFolder(VaultPaths::parentOf(relative));
@@ -155,7 +191,7 @@ int VaultStore::ensureFolder(const QString &relative)
         .bind(4, VaultPaths::key(relative))
         .exec();
     const int id = static_cast<int>(m_db.lastInsertId());
-    FileSystem::instance().mkpath(m_paths.toNative(relative));
+    m_journal.makeFolder(m_paths.toNative(relative));
     t.commit();
     return id;
 }
@@ -365,40 +401,79 @@ VaultFileRow VaultStore::addFile(const QString &source, const QString &folderRel
                                  const AddOptions &options)
 {
     const auto guard = m_db.guard();
-    if (!VaultPaths::isValidName(name))
-        throw HostError(E_DOX_INVALID_NAME, name);
-    const QString relative = VaultPaths::join(folderRelative, name);
-    const QByteArray bytes = readLocal(source);
+    const NewFileResult result = addFiles({{source, folderRelative, name}}, options).front();
+    if (failed(result.result))
+        throw HostError(result.result, result.problem);
+    return requireFile(result.id);
+}
+
+std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<NewFile> &files, const AddOptions &options)
+{
+    const auto guard = m_db.guard();
     Transaction t(m_db);
-    if (fileByPath(relative))
-        throw HostError(E_DOX_NAME_ALREADY_EXISTS, m_paths.toWindows(relative));
-    const int folderId = ensureFolder(folderRelative);
-    const QString hash = storeBlob(bytes);
-    m_db.prepare("INSERT INTO files (folder_id, name, path_key, kind, latest_version, locked_by, lock_kind, lock_folder) "
-                 "VALUES (?, ?, ?, 1, 1, ?, ?, ?)")
-        .bind(1, folderId)
-        .bind(2, name)
-        .bind(3, VaultPaths::key(relative))
-        .bind(4, options.keepCheckedOut ? m_user : QString())
-        .bind(5, static_cast<int>(options.keepCheckedOut ? VaultLock::Added : VaultLock::None))
-        .bind(6, options.keepCheckedOut ? folderId : 0)
-        .exec();
-    const int id = static_cast<int>(m_db.lastInsertId());
-    m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, user, created) "
-                 "VALUES (?, 1, ?, ?, ?, ?, ?, ?)")
-        .bind(1, id)
-        .bind(2, options.revision)
-        .bind(3, options.state)
-        .bind(4, hash)
-        .bind(5, options.comment)
-        .bind(6, m_user)
-        .bind(7, timestamp())
-        .exec();
-    const QString target = m_paths.toNative(relative);
-    if (QFileInfo(source).absoluteFilePath() != QFileInfo(target).absoluteFilePath())
-        writeLocal(target, bytes);
+    std::vector<NewFileResult> results;
+    results.reserve(files.size());
+    std::unordered_map<QString, int> folderIds; // by key
+    const QString now = timestamp();
+    const QString lockedBy = options.keepCheckedOut ? m_user : QString();
+    const int lock = static_cast<int>(options.keepCheckedOut ? VaultLock::Added : VaultLock::None);
+    for (const NewFile &file : files) {
+        NewFileResult &result = results.emplace_back();
+        const QString relative = VaultPaths::join(file.folder, file.name);
+        const QString key = VaultPaths::key(relative);
+        // A file that cannot be added is reported in its result before
+        // anything of it is written, so no savepoint is needed per file.
+        QByteArray bytes;
+        try {
+            if (!VaultPaths::isValidName(file.name))
+                throw HostError(E_DOX_INVALID_NAME, file.name);
+            if (VaultPaths::isReserved(relative))
+                throw HostError(E_DOX_INVALID_NAME, QStringLiteral("%1 is the vault's own data folder").arg(relative));
+            Statement &taken = m_db.prepare("SELECT 1 FROM files WHERE path_key = ?");
+            const bool exists = taken.bind(1, key).step();
+            taken.reset();
+            if (exists)
+                throw HostError(E_DOX_NAME_ALREADY_EXISTS, m_paths.toWindows(relative));
+            bytes = readLocal(file.source);
+            const QString folderKey = VaultPaths::key(file.folder);
+            auto folder = folderIds.find(folderKey);
+            if (folder == folderIds.end())
+                folder = folderIds.emplace(folderKey, ensureFolder(file.folder)).first;
+            const QString target = m_paths.toNative(relative);
+            if (QFileInfo(file.source).absoluteFilePath() != QFileInfo(target).absoluteFilePath())
+                writeLocal(target, bytes);
+            result.folderId = folder->second;
+        } catch (const HostError &e) {
+            if (e.code() == E_DOX_DATABASE_ACCESS)
+                throw;
+            result.result = e.code();
+            result.problem = e.context();
+            continue;
+        }
+        const QString hash = storeBlob(bytes);
+        m_db.prepare("INSERT INTO files (folder_id, name, path_key, kind, latest_version, locked_by, lock_kind, lock_folder) "
+                     "VALUES (?, ?, ?, 1, 1, ?, ?, ?)")
+            .bind(1, result.folderId)
+            .bind(2, file.name)
+            .bind(3, key)
+            .bind(4, lockedBy)
+            .bind(5, lock)
+            .bind(6, options.keepCheckedOut ? result.folderId : 0)
+            .exec();
+        result.id = static_cast<int>(m_db.lastInsertId());
+        m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, user, created) "
+                     "VALUES (?, 1, ?, ?, ?, ?, ?, ?)")
+            .bind(1, result.id)
+            .bind(2, options.revision)
+            .bind(3, options.state)
+            .bind(4, hash)
+            .bind(5, options.comment)
+            .bind(6, m_user)
+            .bind(7, now)
+            .exec();
+    }
     t.commit();
-    return requireFile(id);
+    return results;
 }
 
 int VaultStore::checkIn(int fileId, const QString &comment)
@@ -410,9 +485,11 @@ int VaultStore::checkIn(int fileId, const QString &comment)
         throw HostError(E_DOX_FILE_NOT_LOCKED_BY_YOU, m_paths.toWindows(file.path));
     const QByteArray bytes = readLocal(m_paths.toNative(file.path));
     const QString hash = contentHash(bytes);
-    const auto latest = version(fileId, file.latestVersion);
+    Statement &latest = m_db.prepare("SELECT hash FROM versions WHERE file_id = ? AND version = ?");
+    const QString latestHash = latest.bind(1, fileId).bind(2, file.latestVersion).step() ? latest.text(0) : QString();
+    latest.reset();
     int result = file.latestVersion;
-    if (file.lock == VaultLock::CheckedOut || !latest || latest->hash != hash) {
+    if (file.lock == VaultLock::CheckedOut || latestHash != hash) {
         result = file.latestVersion + 1;
         storeBlob(bytes);
         // The new version carries on the labels, card and references of the
@@ -512,9 +589,14 @@ void VaultStore::deleteFile(int fileId)
         m_db.prepare("DELETE FROM blobs WHERE hash = ?1 AND NOT EXISTS (SELECT 1 FROM versions WHERE hash = ?1)")
             .bind(1, hash)
             .exec();
+    // Only once the outermost transaction commits: a rollback must find the
+    // local copy still there.
+    const QString local = m_paths.toNative(file.path);
+    m_db.onTransactionEnd([local](bool committed) {
+        if (committed)
+            FileSystem::instance().remove(local);
+    });
     t.commit();
-    // After the commit: a rollback must find the local copy still there.
-    FileSystem::instance().remove(m_paths.toNative(file.path));
 }
 
 void VaultStore::setVersionLabels(int fileId, int version, const QString &revision, const QString &state)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/variant.h"
+#include "vault/localjournal.h"
 #include "vault/sqlitedb.h"
 #include "vault/vaultpaths.h"
 
@@ -89,13 +90,17 @@ public:
     // Makes dir a new vault (the folder is created when missing). Throws
     // HostError E_DOX_NAME_ALREADY_EXISTS when it already is one.
     static std::shared_ptr<VaultStore> create(const QString &dir, const QString &name, const VaultOpenOptions &options = {});
-    // Opens the vault of dir; E_DOX_CANT_OPEN_DATABASE when there is none.
+    // Opens the vault of dir; E_DOX_CANT_OPEN_DATABASE when there is none,
+    // or when its database is empty or damaged (never a new vault then).
+    // Finishes what a batch of a killed process left (LocalJournal).
     static std::shared_ptr<VaultStore> open(const QString &dir, const VaultOpenOptions &options = {});
     // A vault whose database lives in memory; its local view is dir.
     static std::shared_ptr<VaultStore> createInMemory(const QString &dir, const QString &name,
                                                       const VaultOpenOptions &options = {});
 
-    VaultStore(const QString &databasePath, const QString &dir, const VaultOpenOptions &options);
+    enum class Opening { Create, Existing };
+    VaultStore(const QString &databasePath, const QString &dir, const VaultOpenOptions &options,
+               Opening opening = Opening::Create);
 
     SqliteDb &db() { return m_db; }
     const VaultPaths &paths() const { return m_paths; }
@@ -145,6 +150,21 @@ public:
     // taken, E_DOX_FILE_NOT_FOUND / E_DOX_IO_ERROR when source can't be read.
     VaultFileRow addFile(const QString &source, const QString &folderRelative, const QString &name,
                          const AddOptions &options);
+    struct NewFile {
+        QString source; // native
+        QString folder; // relative
+        QString name;
+    };
+    struct NewFileResult {
+        HRESULT result = S_OK; // E_DOX_NAME_ALREADY_EXISTS, E_DOX_FILE_NOT_FOUND, ...
+        QString problem;       // what failed, for a failed result
+        int id = 0;
+        int folderId = 0;
+    };
+    // addFile for many files in one transaction, one result each in order;
+    // a file that cannot be added gets its code and the others go on. A
+    // database failure throws and adds nothing.
+    std::vector<NewFileResult> addFiles(const std::vector<NewFile> &files, const AddOptions &options);
     // The bytes of the local copy become the next version when they changed
     // or the file was checked out explicitly; the lock is released either
     // way. Returns the latest version. E_DOX_FILE_NOT_LOCKED_BY_YOU when the
@@ -160,6 +180,10 @@ public:
     void setVersionLabels(int fileId, int version, const QString &revision, const QString &state);
     // Writes the latest version's bytes to the local view.
     void restoreLocalCopy(int fileId);
+    // Writes a file of the local view (native path) as part of the open
+    // transaction: it changes only if the transaction commits, and a check-in
+    // inside it already sees the new bytes.
+    void writeLocal(const QString &native, const QByteArray &bytes);
 
     // Card variables: definitions per vault, values per file version.
     int defineCardVariable(const QString &name);
@@ -184,12 +208,17 @@ public:
 
 private:
     VaultFileRow requireFile(int fileId);
+    // The bytes of a native file, as the open transaction sees them.
+    QByteArray readLocal(const QString &native) const;
+    // True when the vault's latest version of the file at native has bytes.
+    bool holdsLatest(const QString &native, const QByteArray &bytes);
     int resolveVersion(const VaultFileRow &file, int version);
     QString storeBlob(const QByteArray &bytes);
     static VaultFileRow readFileRow(const Statement &s);
 
     SqliteDb m_db;
     VaultPaths m_paths;
+    LocalJournal m_journal;
     QString m_user;
     std::function<QDateTime()> m_now;
 };

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Builds everything with AddressSanitizer and UndefinedBehaviorSanitizer into
+# build-asan/ (or $MCTASK_ASAN_DIR) and runs the whole test suite under them.
+# Arguments are passed to ctest (e.g. -L unit, -R vault).
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+"$root/tools/install-deps.sh"
+build=${MCTASK_ASAN_DIR:-$root/build-asan}
+cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DMCTASK_SANITIZE=ON \
+  -DMCTASK_BUILD_BENCH=OFF >/dev/null
+cmake --build "$build" -j "$(nproc)"
+export QT_QPA_PLATFORM=offscreen
+# Qt keeps some allocations until exit on purpose; leak reports from it would
+# drown the project's own, so leak checking stays off. Everything else stops
+# the test that hits it.
+export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=0:abort_on_error=1:strict_string_checks=1}
+export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
+ctest --test-dir "$build" --output-on-failure -j "$(nproc)" --timeout 600 "$@"
