@@ -4,6 +4,7 @@
 #include "addin/taskpage.h"
 
 #include <QPointer>
+#include <QWidget>
 #include <memory>
 
 namespace Ui {

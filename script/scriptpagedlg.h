@@ -5,6 +5,7 @@
 #include "script/mecadraversions.h"
 
 #include <QPointer>
+#include <QWidget>
 #include <functional>
 #include <memory>
 
