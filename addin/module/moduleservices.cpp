@@ -1,5 +1,6 @@
 #include "addin/module/moduleservices.h"
 
+#include "addin/module/setuppagefactory.h"
 #include "cad/vaultclientchannel.h"
 #include "common/translator.h"
 #include "host/idoxtask.h"
@@ -7,20 +8,9 @@
 
 namespace {
 
-// Set-up pages, launch dialogs and the run driver are
-// plugged in here as they are built; until then the commands that need them
-// answer E_NOTIMPL to the host instead of pretending to work.
-class PagesNotAvailable final : public PageFactory
-{
-public:
-    std::unique_ptr<MenuCommandPage> createMenuCommandPage(const PageContext &) override { return nullptr; }
-    std::unique_ptr<ConversionSettingsPage> createConversionSettingsPage(const PageContext &) override
-    {
-        return nullptr;
-    }
-    std::unique_ptr<TaskPage> createPage(PageId, const PageContext &) override { return nullptr; }
-};
-
+// Launch dialogs and the run driver are plugged in here as they are built;
+// until then the commands that need them answer E_NOTIMPL to the host
+// instead of pretending to work.
 class RunNotAvailable final : public RunDriver
 {
 public:
@@ -71,7 +61,8 @@ private:
 AddInServices makeModuleServices()
 {
     AddInServices services;
-    services.pages = std::make_shared<PagesNotAvailable>();
+    services.pages = std::make_shared<SetupPageFactory>(
+        [](std::int32_t number, const QString &english) { return tr_ts(number, english); });
     services.runDriver = std::make_shared<RunNotAvailable>();
     services.launchDialogs = std::make_shared<DialogsNotAvailable>();
     auto runRecord = std::make_shared<TaskRunRecord>();

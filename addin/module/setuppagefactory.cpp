@@ -1,0 +1,27 @@
+#include "addin/module/setuppagefactory.h"
+
+#include "addin/menucommanddlg.h"
+#include "script/scriptpagedlg.h"
+
+SetupPageFactory::SetupPageFactory(TextLookup text) : m_text(std::move(text))
+{
+    add(PageId::Script, [this](const PageContext &context) {
+        return std::make_unique<CScriptPageDlg>(true, context.taskType, m_text);
+    });
+}
+
+std::unique_ptr<MenuCommandPage> SetupPageFactory::createMenuCommandPage(const PageContext &context)
+{
+    return std::make_unique<CMenuCommandDlg>(context.taskType, m_text);
+}
+
+std::unique_ptr<ConversionSettingsPage> SetupPageFactory::createConversionSettingsPage(const PageContext &context)
+{
+    return m_conversion ? m_conversion(context) : nullptr;
+}
+
+std::unique_ptr<TaskPage> SetupPageFactory::createPage(PageId id, const PageContext &context)
+{
+    const auto it = m_makers.find(id);
+    return it == m_makers.end() ? nullptr : it->second(context);
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/installedproducts.h"
+
+#include <QString>
+#include <vector>
+
+// The entries of the Script page's version list: one per installed Mecadra
+// release year (2008 or later), plus "<Use default>" with year 0, sorted by
+// their text as the list shows them.
+struct VersionChoice {
+    QString text;
+    int year = 0;
+    bool operator==(const VersionChoice &) const = default;
+};
+
+// The release year of an installed product's name, or 0 when the name is no
+// Mecadra release ("Mecadra 2013 x64 Edition SP2.0" gives 2013).
+int mecadraReleaseYear(const QString &productName);
+
+std::vector<VersionChoice> mecadraVersionChoices(const std::vector<InstalledProducts::Product> &products,
+                                                 const QString &useDefaultText);
+
+// The entry to select for a stored version: its year's entry, else the
+// first of the list.
+std::size_t versionChoiceIndex(const std::vector<VersionChoice> &choices, int version);
