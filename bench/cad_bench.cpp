@@ -59,6 +59,34 @@ void BM_BareCallRoundTrip(benchmark::State &state)
 }
 BENCHMARK(BM_BareCallRoundTrip)->Unit(benchmark::kMicrosecond);
 
+// The run call alone on a macro file written once: what the stand-in itself
+// needs for a trivial macro.
+void BM_BareRunCall(benchmark::State &state)
+{
+    Session session;
+    if (!session.ok()) {
+        state.SkipWithError("the stand-in did not start");
+        return;
+    }
+    QTemporaryDir dir;
+    const QString macroFile = dir.filePath(QStringLiteral("trivial.mcb"));
+    QFile file(macroFile);
+    if (!file.open(QIODevice::WriteOnly) || file.write("Sub main()\r\nEnd Sub\r\n") < 0) {
+        state.SkipWithError("cannot write the macro");
+        return;
+    }
+    file.close();
+    McAutomation &app = *session.manager().automation();
+    for (auto _ : state) {
+        const AutomationReply reply =
+            app.call("Application", "RunMacro2",
+                     {Variant::fromBStr(macroFile), Variant::fromBStr(QStringLiteral("McMacro1")),
+                      Variant::fromBStr(QStringLiteral("main")), Variant::fromI4(0), Variant::fromI4(0)});
+        benchmark::DoNotOptimize(reply.value);
+    }
+}
+BENCHMARK(BM_BareRunCall)->Unit(benchmark::kMicrosecond);
+
 void BM_Restart(benchmark::State &state)
 {
     Session session;

@@ -1,22 +1,19 @@
 #include "cad/dialogwatcher.h"
 
+#include "platform/automation/windowmessages.h"
+
 #include <chrono>
 
 std::atomic<bool> dialogDismissed{false};
 
 namespace {
 
-constexpr std::uint32_t kClose = 0x0010;
-constexpr std::uint32_t kKeyDown = 0x0100;
-constexpr std::uint32_t kKeyUp = 0x0101;
-constexpr std::uint32_t kReturn = 0x0D;
-constexpr std::uint32_t kEscape = 0x1B;
 constexpr qsizetype kTitleLength = 259;
 
 void pressKey(DesktopWindows &windows, const TopWindow &window, std::uint32_t key)
 {
-    windows.postMessage(window, kKeyDown, key);
-    windows.postMessage(window, kKeyUp, key);
+    windows.postMessage(window, winmsg::KeyDown, key);
+    windows.postMessage(window, winmsg::KeyUp, key);
 }
 
 } // namespace
@@ -88,16 +85,16 @@ void DialogWatcher::answerWindows(DesktopWindows &windows, qint64 processId)
         if (title.isEmpty())
             continue;
         if (title.startsWith(mecadra) || title.contains(QLatin1String("Cadrix.exe"))) {
-            pressKey(windows, window, kReturn);
+            pressKey(windows, window, winmsg::VkReturn);
         } else if (title == QLatin1String("Shapeminer") && window.parentTitle.startsWith(mecadra)) {
-            pressKey(windows, window, kEscape);
+            pressKey(windows, window, winmsg::VkEscape);
         } else if (title == basic) {
-            pressKey(windows, window, kReturn);
+            pressKey(windows, window, winmsg::VkReturn);
         } else if (title.startsWith(QLatin1String("Microsoft Visual Basic [break]"))) {
-            windows.postMessage(window, kClose, 0);
+            windows.postMessage(window, winmsg::Close, 0);
         } else if (title.endsWith(QLatin1String("Mecadra Task Scheduler"))) {
             dialogDismissed = true;
-            pressKey(windows, window, kReturn);
+            pressKey(windows, window, winmsg::VkReturn);
         }
     }
 }

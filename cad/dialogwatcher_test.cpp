@@ -1,4 +1,5 @@
 #include "cad/dialogwatcher.h"
+#include "platform/automation/windowmessages.h"
 
 #include <QCoreApplication>
 
@@ -8,11 +9,11 @@
 
 namespace {
 
-constexpr std::uint32_t kClose = 0x0010;
-constexpr std::uint32_t kKeyDown = 0x0100;
-constexpr std::uint32_t kKeyUp = 0x0101;
-constexpr std::uint32_t kReturn = 0x0D;
-constexpr std::uint32_t kEscape = 0x1B;
+using winmsg::Close;
+using winmsg::KeyDown;
+using winmsg::KeyUp;
+using winmsg::VkEscape;
+using winmsg::VkReturn;
 constexpr qint64 kMecadra = 10;
 
 struct Post {
@@ -47,7 +48,7 @@ private:
 
 std::vector<Post> keyPress(std::int64_t handle, std::uint32_t key)
 {
-    return {{handle, kKeyDown, key}, {handle, kKeyUp, key}};
+    return {{handle, KeyDown, key}, {handle, KeyUp, key}};
 }
 
 // The posts one pass makes for a single window of the Mecadra process.
@@ -61,18 +62,18 @@ std::vector<Post> answer(const QString &title, const QString &parentTitle = {}, 
 TEST(DialogWatcherTest, TitleRulesActOnTheFirstMatch)
 {
     dialogDismissed = false;
-    EXPECT_EQ(answer(QStringLiteral("Mecadra")), keyPress(1, kReturn));
-    EXPECT_EQ(answer(QStringLiteral("Warning from Cadrix.exe")), keyPress(1, kReturn));
-    EXPECT_EQ(answer(QStringLiteral("Shapeminer"), QStringLiteral("Mecadra 2013")), keyPress(1, kEscape));
+    EXPECT_EQ(answer(QStringLiteral("Mecadra")), keyPress(1, VkReturn));
+    EXPECT_EQ(answer(QStringLiteral("Warning from Cadrix.exe")), keyPress(1, VkReturn));
+    EXPECT_EQ(answer(QStringLiteral("Shapeminer"), QStringLiteral("Mecadra 2013")), keyPress(1, VkEscape));
     EXPECT_EQ(answer(QStringLiteral("Shapeminer"), QStringLiteral("Other")), std::vector<Post>{});
-    EXPECT_EQ(answer(QStringLiteral("Microsoft Visual Basic")), keyPress(1, kReturn));
-    EXPECT_EQ(answer(QStringLiteral("Microsoft Visual Basic [break] - Module1")), (std::vector<Post>{{1, kClose, 0}}));
+    EXPECT_EQ(answer(QStringLiteral("Microsoft Visual Basic")), keyPress(1, VkReturn));
+    EXPECT_EQ(answer(QStringLiteral("Microsoft Visual Basic [break] - Module1")), (std::vector<Post>{{1, Close, 0}}));
     EXPECT_EQ(answer(QStringLiteral("microsoft visual basic")), std::vector<Post>{}); // case matters
     EXPECT_EQ(answer(QString()), std::vector<Post>{});
     // "Mecadra ... Mecadra Task Scheduler" takes the first row: no flag.
-    EXPECT_EQ(answer(QStringLiteral("Mecadra Task Scheduler")), keyPress(1, kReturn));
+    EXPECT_EQ(answer(QStringLiteral("Mecadra Task Scheduler")), keyPress(1, VkReturn));
     EXPECT_FALSE(dialogDismissed);
-    EXPECT_EQ(answer(QStringLiteral("Error - Mecadra Task Scheduler")), keyPress(1, kReturn));
+    EXPECT_EQ(answer(QStringLiteral("Error - Mecadra Task Scheduler")), keyPress(1, VkReturn));
     EXPECT_TRUE(dialogDismissed);
     dialogDismissed = false;
 }

@@ -10,11 +10,10 @@
 #include "platform/filesystem.h"
 #include "platform/registry.h"
 
-#include <QCoreApplication>
 #include <QDir>
+#include <QRandomGenerator>
 
 #include <algorithm>
-#include <atomic>
 
 namespace {
 
@@ -31,27 +30,28 @@ const QStringList &startupAddInKeys()
     return keys;
 }
 
-// A new, empty "TFR<hex>.tmp" in the temporary folder, as the system's
-// temporary-file call makes it; empty when none could be made.
-QString createTempFile()
-{
-    static std::atomic<unsigned> counter{static_cast<unsigned>(QCoreApplication::applicationPid())};
-    FileSystem &fs = FileSystem::instance();
-    const QString folder = QDir::tempPath();
-    for (int tries = 0; tries < 0x10000; ++tries) {
-        const unsigned unique = counter++ % 0xFFFF + 1; // never 0, as the system's call
-        const QString path = QStringLiteral("%1/TFR%2.tmp").arg(folder, QString::number(unique, 16).toUpper());
-        if (!fs.exists(path))
-            return fs.write(path, {}) ? path : QString();
-    }
-    return {};
-}
-
 QString withExtension(const QString &path, const QString &extension)
 {
     const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
     const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
     return (dot > slash ? path.left(dot) : path) + extension;
+}
+
+// A new, empty "TFR<hex>.tmp" in the temporary folder, as the system's
+// temporary-file call makes it; empty when none could be made. The number
+// starts at random, so runs of several processes rarely meet, and a name
+// whose ".mcb" is still in use by another run is passed over.
+QString createTempFile()
+{
+    FileSystem &fs = FileSystem::instance();
+    const QString folder = QDir::tempPath();
+    unsigned unique = QRandomGenerator::global()->bounded(1u, 0x10000u);
+    for (int tries = 0; tries < 0xFFFF; ++tries, unique = unique % 0xFFFF + 1) {
+        const QString path = QStringLiteral("%1/TFR%2.tmp").arg(folder, QString::number(unique, 16).toUpper());
+        if (!fs.exists(path) && !fs.exists(withExtension(path, QStringLiteral(".mcb"))))
+            return fs.write(path, {}) ? path : QString();
+    }
+    return {};
 }
 
 } // namespace
@@ -107,8 +107,7 @@ void McManager::RunMacro(const QString &macroText)
     if (tempFile.isEmpty() || !fs.write(tempFile, toWindows1252(macroText)))
         throw HostError(E_ACCESSDENIED, QStringLiteral("cannot write the macro file"));
     const QString macroFile = withExtension(tempFile, QStringLiteral(".mcb"));
-    const std::optional<QByteArray> written = fs.read(tempFile);
-    if (!written || !fs.write(macroFile, *written) || !fs.remove(tempFile))
+    if (!fs.rename(tempFile, macroFile))
         throw HostError(E_ACCESSDENIED, QStringLiteral("cannot move the macro file to %1").arg(macroFile));
 
     const std::uint32_t timeoutSeconds = macroTimeoutSeconds();

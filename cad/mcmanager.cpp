@@ -8,6 +8,7 @@
 #include "host/idoxtask.h"
 #include "platform/automation/automationerrors.h"
 #include "platform/automation/classregistry.h"
+#include "platform/automation/windowmessages.h"
 #include "platform/processbitness.h"
 #include "platform/registry.h"
 
@@ -16,7 +17,6 @@
 namespace {
 
 inline constexpr HRESULT CO_E_CLASSSTRING = makeHresult(0x800401F3u);
-inline constexpr HRESULT REGDB_E_CLASSNOTREG = makeHresult(0x80040154u);
 
 // Mecadra's preference ids for an unattended session.
 constexpr int kPrefNoInteraction1 = 290;
@@ -24,8 +24,6 @@ constexpr int kPrefNoInteraction2 = 291;
 constexpr int kPrefIntegerZero = 253;
 constexpr int kPrefMainFrameToggle = 30;
 
-constexpr int kShowMaximized = 3;
-constexpr int kShowHide = 0;
 
 const QString kApp = QStringLiteral("Application");
 
@@ -223,8 +221,8 @@ HRESULT McManager::hideApplication()
     const AutomationValue frame = chain.call(kApp, QStringLiteral("Frame"));
     // A 64-bit build asks for the window handle that holds 64 bits.
     const AutomationValue window = chain.call(frame, QStringLiteral("GetHWndx64"));
-    chain.call(QStringLiteral("Windows"), QStringLiteral("ShowWindow"), {window, Variant::fromI4(kShowMaximized)});
-    chain.call(QStringLiteral("Windows"), QStringLiteral("ShowWindow"), {window, Variant::fromI4(kShowHide)});
+    chain.call(QStringLiteral("Windows"), QStringLiteral("ShowWindow"), {window, Variant::fromI4(winmsg::SwMaximize)});
+    chain.call(QStringLiteral("Windows"), QStringLiteral("ShowWindow"), {window, Variant::fromI4(winmsg::SwHide)});
     chain.call(kApp, QStringLiteral("SetUserPreferenceToggle"), {Variant::fromI4(kPrefMainFrameToggle), Variant::fromBool(false)});
     chain.call(kApp, QStringLiteral("UserControl"), {Variant::fromBool(false)});
     return chain.result();

@@ -5,10 +5,14 @@
 #include "cadsim/server/installation.h"
 #include "common/settingslight.h"
 #include "host/hosterror.h"
+#include "host/testing/faketask.h"
+#include "host/testing/fakevault.h"
 #include "platform/automation/automationerrors.h"
 #include "platform/automation/processes.h"
 #include "platform/clock.h"
 #include "platform/memoryregistrystore.h"
+#include "platform/qtestprint.h"
+#include "run/taskrunrecord.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -19,7 +23,7 @@
 
 namespace {
 
-const QStringList kFaults = {"MCSIM_SHOW_WINDOW", "MCSIM_SHOW_WINDOW_AT", "MCSIM_CRASH_AFTER", "MCSIM_HANG_IN_MACRO",
+const QStringList kFaults = {"MCSIM_PRINTERS", "MCSIM_SPOOL_FILE", "MCSIM_SHOW_WINDOW", "MCSIM_SHOW_WINDOW_AT", "MCSIM_CRASH_AFTER", "MCSIM_HANG_IN_MACRO",
                              "MCSIM_NEVER_REGISTER", "MCSIM_REFUSE_EXIT", "MCSIM_GROW_MIB"};
 const QString kTrivialMacro = QStringLiteral("Sub main()\r\nEnd Sub\r\n");
 
@@ -66,10 +70,10 @@ protected:
         m_store.writeValue(RegistryRoot::CurrentUser, RegistryView::Native, key, name, RegistryValue::fromDword(value));
     }
 
-    HRESULT runMacro()
+    HRESULT runMacro(const QString &macro = kTrivialMacro)
     {
         try {
-            m_manager->RunMacro(kTrivialMacro);
+            m_manager->RunMacro(macro);
             return S_OK;
         } catch (const HostError &error) {
             return error.code();
@@ -115,6 +119,51 @@ TEST_F(McManagerStandInTest, StartsHiddenWithTheRecordedSwitchRunsAMacroAndClose
     EXPECT_EQ(Processes::instance().exitCode(pid), 0);
     // The stand-in revoked its entries as it ended.
     EXPECT_TRUE(ObjectTable().list().isEmpty());
+}
+
+TEST_F(McManagerStandInTest, SavedFilesAndPrintsAreRecordedWithTheirSheetOrConfiguration)
+{
+    qputenv("MCSIM_PRINTERS", "Office Laser");
+    qputenv("MCSIM_SPOOL_FILE", QFile::encodeName(m_home.filePath(QStringLiteral("spool.jsonl"))));
+    auto record = std::make_shared<TaskRunRecord>();
+    ASSERT_EQ(record->start(std::make_shared<FakeVault>(QStringLiteral("Vault"), m_home.path()), 1, false), S_OK);
+    auto source = std::make_shared<FileRecord>();
+    source->path = QStringLiteral(MCTASK_SAMPLES_DIR "/layout.mcddrw");
+    record->setCurrentSource(source);
+    m_manager->Init(record, 1, std::make_shared<FakeTaskInstance>(), 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+
+    const QString out = m_home.filePath(QStringLiteral("out"));
+    QDir().mkpath(out);
+    const QString macro = QStringLiteral(
+        "Sub main()\r\n"
+        "    Dim errors As Long, warnings As Long, model As Object, app As Object\r\n"
+        "    Set app = Application.Cadrix\r\n"
+        "    Set model = app.OpenDoc6(\"%1/layout.mcddrw\", 3, 0, \"\", errors, warnings)\r\n"
+        "    model.Extension.SaveAs \"%2/layout.pdf\", 0, 1, Nothing, errors, warnings\r\n"
+        "    Set model = app.OpenDoc6(\"%1/bracket.mcdprt\", 1, 0, \"\", errors, warnings)\r\n"
+        "    model.Extension.SaveAs \"%2/bracket.step\", 0, 1, Nothing, errors, warnings\r\n"
+        "    model.Extension.SaveAs \"%2/BRACKET.STEP\", 0, 1, Nothing, errors, warnings\r\n"
+        "    model.Extension.PrintOut2 Empty, 1, False, \"Office Laser\", \"\"\r\n"
+        "    app.CloseAllDocuments True\r\n"
+        "End Sub\r\n").arg(QStringLiteral(MCTASK_SAMPLES_DIR), out);
+    ASSERT_EQ(runMacro(macro), S_OK) << m_manager->lastError().toStdString();
+
+    const std::vector<FileRecord> &records = record->records();
+    ASSERT_EQ(records.size(), 3u);
+    // The record keeps paths with the system's separators.
+    auto recorded = [&](const QString &name) { return QString(out + QLatin1Char('/') + name).replace(QLatin1Char('/'), QLatin1Char('\\')); };
+    EXPECT_EQ(records[0].path, recorded(QStringLiteral("layout.pdf")));
+    EXPECT_EQ(records[0].conf, "Sheet2");
+    EXPECT_EQ(records[1].path, recorded(QStringLiteral("bracket.step")));
+    EXPECT_EQ(records[1].conf, "Machined");
+    EXPECT_TRUE(records[2].isPrintEntry);
+    EXPECT_EQ(records[2].info, QStringLiteral(MCTASK_SAMPLES_DIR "/bracket.mcdprt"));
+    EXPECT_EQ(records[2].conf, "Machined");
+    for (const FileRecord &output : records)
+        EXPECT_EQ(output.source, source);
+    EXPECT_EQ(m_manager->filesSinceStart(), 4); // every save and print counts
+    EXPECT_EQ(m_manager->documentSinkCount(), 0u); // closed documents took their sinks along
 }
 
 TEST_F(McManagerStandInTest, StartupAddInsAreOffWhileTheStandInRunsAndComeBackAfter)

@@ -216,20 +216,6 @@ TEST_F(McManagerTest, AFailedHideIsReportedAndRetryStartBeginsAgain)
 
 // --- restart policy ---------------------------------------------------------
 
-TEST_F(McManagerTest, HundredFilesRestartAndTheCounterStartsAgain)
-{
-    install();
-    m_manager->Init(nullptr, 1, nullptr, 2013);
-    ASSERT_EQ(m_manager->Start(), S_OK);
-    for (int file = 1; file <= 100; ++file)
-        m_manager->AfterFile();
-    EXPECT_EQ(m_manager->filesSinceStart(), 100);
-    EXPECT_EQ(startedProcesses(), 1);
-    m_manager->AfterFile();
-    EXPECT_EQ(startedProcesses(), 2);
-    EXPECT_EQ(m_manager->filesSinceStart(), 1);
-}
-
 TEST_F(McManagerTest, MemoryGrowthRestartsOnlyAboveTwiceTheBaselineAndTheLimit)
 {
     install();

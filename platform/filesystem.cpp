@@ -90,6 +90,20 @@ bool RealFileSystem::append(const QString &path, const QByteArray &data)
     return file.write(data) == data.size();
 }
 
+bool FileSystem::rename(const QString &from, const QString &to)
+{
+    const std::optional<QByteArray> data = read(from);
+    return data && write(to, *data) && remove(from);
+}
+
+bool RealFileSystem::rename(const QString &from, const QString &to)
+{
+    const QFileInfo target(to);
+    if (target.exists() && (!target.isFile() || !ownerWritable(target)))
+        return false;
+    return ::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+}
+
 bool RealFileSystem::remove(const QString &path)
 {
     const QFileInfo info(path);

@@ -36,6 +36,9 @@ public:
     virtual QStringList entries(const QString &directory) const = 0;
     virtual qint64 size(const QString &path) const = 0; // -1 when missing
     virtual QDateTime lastModified(const QString &path) const = 0;
+    // Moves a file to a new name in the same file system, replacing a
+    // writable file there. By default a copy and a removal.
+    virtual bool rename(const QString &from, const QString &to);
 
     // The process-wide file system: the real one unless a test installed another.
     static FileSystem &instance();
@@ -58,6 +61,7 @@ public:
     QStringList entries(const QString &directory) const override;
     qint64 size(const QString &path) const override;
     QDateTime lastModified(const QString &path) const override;
+    bool rename(const QString &from, const QString &to) override;
 };
 
 // Installs a file system for the lifetime of the guard (tests).

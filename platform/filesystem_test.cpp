@@ -80,3 +80,23 @@ TYPED_TEST(FileSystemTest, ReadOnlyFilesCannotBeChangedOrRemoved)
     EXPECT_TRUE(fs.remove(file));
     EXPECT_FALSE(fs.setWritable(file, true));
 }
+
+TYPED_TEST(FileSystemTest, RenameMovesAFileAndSparesAReadOnlyTarget)
+{
+    auto &fs = this->m_fs;
+    const QString from = this->path("TFR1.tmp");
+    const QString to = this->path("TFR1.mcb");
+    EXPECT_FALSE(fs.rename(from, to)); // nothing to move
+    ASSERT_TRUE(fs.write(from, "macro"));
+    ASSERT_TRUE(fs.write(to, "older"));
+    ASSERT_TRUE(fs.rename(from, to));
+    EXPECT_FALSE(fs.exists(from));
+    EXPECT_EQ(fs.read(to), QByteArray("macro"));
+
+    ASSERT_TRUE(fs.write(from, "newer"));
+    ASSERT_TRUE(fs.setWritable(to, false));
+    EXPECT_FALSE(fs.rename(from, to));
+    EXPECT_EQ(fs.read(from), QByteArray("newer"));
+    EXPECT_EQ(fs.read(to), QByteArray("macro"));
+    fs.setWritable(to, true);
+}

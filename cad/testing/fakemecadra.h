@@ -2,6 +2,7 @@
 
 #include "cad/mecadraprocesses.h"
 #include "platform/automation/automationerrors.h"
+#include "platform/automation/windowmessages.h"
 #include "platform/clock.h"
 
 #include <chrono>
@@ -154,7 +155,7 @@ private:
         }
         void postMessage(const TopWindow &window, std::uint32_t message, std::uint32_t) override
         {
-            if (message != 0x0101 && message != 0x0010) // the window goes on key-up or close
+            if (message != winmsg::KeyUp && message != winmsg::Close) // the window goes on key-up or close
                 return;
             std::lock_guard lock(m_fake.m_mutex);
             std::erase_if(m_fake.m_windows, [&](const TopWindow &w) { return w.handle == window.handle; });

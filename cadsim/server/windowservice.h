@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/hresult.h"
+#include "platform/automation/windowmessages.h"
 
 #include <QString>
 
@@ -10,16 +11,6 @@
 #include <mutex>
 #include <vector>
 
-// Window messages and keys as callers post them.
-namespace winmsg {
-inline constexpr std::uint32_t Close = 0x0010;
-inline constexpr std::uint32_t KeyDown = 0x0100;
-inline constexpr std::uint32_t KeyUp = 0x0101;
-inline constexpr std::uint32_t VkReturn = 0x0D;
-inline constexpr std::uint32_t VkEscape = 0x1B;
-inline constexpr int SwHide = 0;
-inline constexpr int SwShow = 5;
-} // namespace winmsg
 
 inline constexpr HRESULT E_INVALID_WINDOW_HANDLE = makeHresult(0x80070578u);
 

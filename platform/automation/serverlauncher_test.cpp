@@ -146,13 +146,4 @@ TEST(ObjectTableTest, SaysWhyARegistrationFails)
     EXPECT_EQ(table.lastError(), "Mecadra_PID_1 is registered by another live server");
 }
 
-TEST(MonikersTest, NameTheApplicationAndWindowsOfAProcess)
-{
-    EXPECT_EQ(Monikers::application(42), "Mecadra_PID_42");
-    EXPECT_EQ(Monikers::windows(42), "Windows_PID_42");
-    EXPECT_EQ(Monikers::windowsProcess(QStringLiteral("Windows_PID_42")), 42);
-    EXPECT_FALSE(Monikers::windowsProcess(QStringLiteral("Mecadra_PID_42")));
-    EXPECT_FALSE(Monikers::windowsProcess(QStringLiteral("Windows_PID_x")));
-}
-
 } // namespace
