@@ -57,6 +57,16 @@ struct BigVault {
     }
 };
 
+// A fresh vault in dir with writeTree(100 folders, 100 files each) in its
+// local view, none of it added yet.
+std::shared_ptr<VaultStore> vaultWithLocalTree(const QTemporaryDir &dir, const QString &name)
+{
+    const QString root = dir.path() + "/vault";
+    auto store = VaultStore::create(root, name);
+    writeTree(root, 100, 100);
+    return store;
+}
+
 BigVault &bigVault()
 {
     static BigVault vault;
@@ -111,9 +121,7 @@ void BM_BatchAddAndCheckIn10k(benchmark::State &state)
     for (auto _ : state) {
         state.PauseTiming();
         QTemporaryDir dir;
-        const QString root = dir.path() + "/vault";
-        auto store = VaultStore::create(root, QStringLiteral("Batch"));
-        writeTree(root, 100, 100);
+        auto store = vaultWithLocalTree(dir, QStringLiteral("Batch"));
         state.ResumeTiming();
 
         Transaction transaction(store->db());
@@ -153,13 +161,12 @@ void BM_BatchAddFloor10k(benchmark::State &state)
     for (auto _ : state) {
         state.PauseTiming();
         QTemporaryDir dir;
-        const QString root = dir.path() + "/vault";
-        auto store = VaultStore::create(root, QStringLiteral("Floor"));
-        writeTree(root, 100, 100);
-        std::vector<int> folderIds;
-        for (int d = 0; d < 100; ++d)
-            folderIds.push_back(store->ensureFolder(QStringLiteral("Top%1\\Dir%2").arg(d / 10).arg(d % 10)));
+        auto store = vaultWithLocalTree(dir, QStringLiteral("Floor"));
+        const QString root = store->paths().nativeRoot();
         sqlite3 *db = store->db().handle();
+        sqlite3_stmt *folder = nullptr;
+        sqlite3_prepare_v2(db, "INSERT INTO folders (parent_id, name, path, path_key) VALUES (?, ?, ?, ?)", -1, &folder,
+                           nullptr);
         sqlite3_stmt *blob = nullptr;
         sqlite3_stmt *file = nullptr;
         sqlite3_stmt *version = nullptr;
@@ -174,9 +181,28 @@ void BM_BatchAddFloor10k(benchmark::State &state)
         state.ResumeTiming();
 
         sqlite3_exec(db, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+        bool ok = true;
+        auto addFolder = [&](sqlite3_int64 parent, const QString &name, const QString &path) {
+            const QByteArray n = name.toUtf8();
+            const QByteArray p = path.toUtf8();
+            const QByteArray k = path.toLower().toUtf8();
+            sqlite3_bind_int64(folder, 1, parent);
+            sqlite3_bind_text(folder, 2, n.constData(), static_cast<int>(n.size()), SQLITE_TRANSIENT);
+            sqlite3_bind_text(folder, 3, p.constData(), static_cast<int>(p.size()), SQLITE_TRANSIENT);
+            sqlite3_bind_text(folder, 4, k.constData(), static_cast<int>(k.size()), SQLITE_TRANSIENT);
+            ok = ok && sqlite3_step(folder) == SQLITE_DONE;
+            sqlite3_reset(folder);
+            return sqlite3_last_insert_rowid(db);
+        };
+        std::vector<sqlite3_int64> folderIds;
+        for (int t = 0; t < 10; ++t) {
+            const QString top = QStringLiteral("Top%1").arg(t);
+            const sqlite3_int64 topId = addFolder(VaultStore::RootFolderId, top, top);
+            for (int d = 0; d < 10; ++d)
+                folderIds.push_back(addFolder(topId, QStringLiteral("Dir%1").arg(d), top + QStringLiteral("\\Dir%1").arg(d)));
+        }
         std::vector<sqlite3_int64> ids;
         ids.reserve(10000);
-        bool ok = true;
         for (int d = 0; d < 100; ++d) {
             const QString folder = QStringLiteral("Top%1/Dir%2").arg(d / 10).arg(d % 10);
             for (int i = 0; i < 100; ++i) {
@@ -195,10 +221,10 @@ void BM_BatchAddFloor10k(benchmark::State &state)
                 sqlite3_reset(blob);
                 const QByteArray nameUtf8 = name.toUtf8();
                 const QByteArray key = (QString(folder).replace('/', '\\') + '\\' + name).toLower().toUtf8();
-                sqlite3_bind_int(file, 1, folderIds[d]);
+                sqlite3_bind_int64(file, 1, folderIds[d]);
                 sqlite3_bind_text(file, 2, nameUtf8.constData(), static_cast<int>(nameUtf8.size()), SQLITE_TRANSIENT);
                 sqlite3_bind_text(file, 3, key.constData(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
-                sqlite3_bind_int(file, 4, folderIds[d]);
+                sqlite3_bind_int64(file, 4, folderIds[d]);
                 ok = ok && sqlite3_step(file) == SQLITE_DONE;
                 sqlite3_reset(file);
                 const sqlite3_int64 id = sqlite3_last_insert_rowid(db);
@@ -219,7 +245,7 @@ void BM_BatchAddFloor10k(benchmark::State &state)
             state.SkipWithError("raw insert failed");
 
         state.PauseTiming();
-        for (sqlite3_stmt *s : {blob, file, version, checkIn})
+        for (sqlite3_stmt *s : {folder, blob, file, version, checkIn})
             sqlite3_finalize(s);
         store.reset();
         state.ResumeTiming();

@@ -33,6 +33,6 @@ for target in "${targets[@]}"; do
   "$build/fuzz/$target" -merge=1 "$fresh" "$corpus" "$work" >/dev/null 2>&1
   rm -rf "$corpus" "$work"
   mv "$fresh" "$corpus"
-  echo "$target: corpus of $(ls "$corpus" | wc -l) inputs, $(du -sh "$corpus" | cut -f1)"
+  echo "$target: corpus of $(ls "$corpus" | wc -l) inputs, $(cat "$corpus"/* 2>/dev/null | wc -c) bytes"
 done
 exit $status

@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
 # Builds everything with AddressSanitizer and UndefinedBehaviorSanitizer into
 # build-asan/ (or $MCTASK_ASAN_DIR) and runs the whole test suite under them.
-# Arguments are passed to ctest (e.g. -L unit, -R vault).
+# MCTASK_ASAN_FOLDERS (e.g. "host;platform;common") narrows the build to those
+# folders and their tests. Arguments are passed to ctest (e.g. -R Vault).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/tools/install-deps.sh"
 build=${MCTASK_ASAN_DIR:-$root/build-asan}
+folders=(-UMCTASK_FOLDERS)
+[ -n "${MCTASK_ASAN_FOLDERS:-}" ] && folders=("-DMCTASK_FOLDERS=$MCTASK_ASAN_FOLDERS")
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DMCTASK_SANITIZE=ON \
-  -DMCTASK_BUILD_BENCH=OFF >/dev/null
+  -DMCTASK_BUILD_BENCH=OFF "${folders[@]}" >/dev/null
 cmake --build "$build" -j "$(nproc)"
 export QT_QPA_PLATFORM=offscreen
 # Qt keeps some allocations until exit on purpose; leak reports from it would

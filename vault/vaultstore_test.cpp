@@ -5,11 +5,19 @@
 #include "vault/vaulttesting.h"
 #include "vault/vaultschema.h"
 
+#include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <thread>
 
 namespace {
+
+// What lies staged in the vault's journal (its owners' lock files aside).
+QStringList stagedFiles(const QString &root)
+{
+    return QDir(LocalJournal::stagingFolder(root)).entryList(QDir::Files).filter(QRegularExpression("-[0-9]+$"));
+}
 
 HRESULT codeOf(const std::function<void()> &f)
 {
@@ -231,8 +239,44 @@ TEST(VaultStore, ATransactionThatFailsLeavesNothing)
     }
     EXPECT_FALSE(store.fileByPath("F\\a.txt").has_value());
     EXPECT_FALSE(store.folderByPath("F").has_value());
+    // Nor in the folder: the copies never left the staging area.
+    EXPECT_FALSE(QFileInfo::exists(vault.root() + "/F/a.txt"));
+    EXPECT_FALSE(QFileInfo::exists(vault.root() + "/F"));
+    EXPECT_TRUE(stagedFiles(vault.root()).isEmpty());
     // The store is usable again afterwards.
     EXPECT_EQ(store.addFile(vault.outsideFile("a", "a"), "F", "a.txt", {}).latestVersion, 1);
+}
+
+// A local copy written inside a transaction is seen by that transaction (a
+// check-in stores it) but reaches the folder only with the outermost commit;
+// a savepoint that rolls back takes its copy with it.
+TEST(VaultStore, LocalCopiesFollowTheirTransaction)
+{
+    TempVault vault;
+    VaultStore &store = *vault.store;
+    const int id = store.addFile(vault.outsideFile("a", "old"), "F", "a.txt", {}).id;
+    const QString local = vault.root() + "/F/a.txt";
+    {
+        Transaction outer(store.db());
+        store.checkOut(id, 0);
+        store.writeLocal(local, "new");
+        EXPECT_EQ(store.checkIn(id, {}), 2);
+        EXPECT_EQ(TempVault::readFile(local), QByteArray("old"));
+        {
+            Transaction inner(store.db());
+            store.addFile(vault.outsideFile("b", "b"), "F", "b.txt", {});
+        } // rolled back
+        outer.commit();
+    }
+    EXPECT_EQ(store.readVersion(id, 2), QByteArray("new"));
+    EXPECT_EQ(TempVault::readFile(local), QByteArray("new"));
+    EXPECT_FALSE(QFileInfo::exists(vault.root() + "/F/b.txt"));
+    EXPECT_FALSE(store.fileByPath("F\\b.txt").has_value());
+    EXPECT_TRUE(stagedFiles(vault.root()).isEmpty());
+    Statement &rows = store.db().prepare("SELECT COUNT(*) FROM local_journal");
+    ASSERT_TRUE(rows.step());
+    EXPECT_EQ(rows.integer(0), 0);
+    rows.reset();
 }
 
 TEST(VaultStore, ReopensWithEverythingInPlace)
