@@ -142,7 +142,7 @@ int reportCheck(CommandContext &context, const QString &name, const QString &mac
 {
     const cadsim::MacroResult result = cadsim::checkMacro(macro);
     if (result.ok) {
-        context.out << name << ": no syntax errors\n";
+        context.out << name << ": no compile errors\n";
         return 0;
     }
     context.out << name << ':' << result.line << ':' << result.column << ": " << result.message << '\n';

@@ -513,17 +513,7 @@ VarDecl Parser::parseVarDecl(bool redim)
     if (acceptOp("(")) {
         d.isArray = true;
         if (!peek().isOp(")")) {
-            do {
-                Dimension dim;
-                ExprPtr first = parseExpression();
-                if (acceptWord("to")) {
-                    dim.lower = std::move(first);
-                    dim.upper = parseExpression();
-                } else {
-                    dim.upper = std::move(first);
-                }
-                d.dims.push_back(std::move(dim));
-            } while (acceptOp(","));
+            d.dims = parseDimensions();
         } else if (redim) {
             fail(QStringLiteral("Expected: expression"));
         }
@@ -537,6 +527,24 @@ VarDecl Parser::parseVarDecl(bool redim)
         d.type = parseAsType(&d.isNew, &d.className);
     }
     return d;
+}
+
+// "n", "1 To n", "a, b": the bounds inside the parentheses of Dim and ReDim.
+std::vector<Dimension> Parser::parseDimensions()
+{
+    std::vector<Dimension> dims;
+    do {
+        Dimension dim;
+        ExprPtr first = parseExpression();
+        if (acceptWord("to")) {
+            dim.lower = std::move(first);
+            dim.upper = parseExpression();
+        } else {
+            dim.upper = std::move(first);
+        }
+        dims.push_back(std::move(dim));
+    } while (acceptOp(","));
+    return dims;
 }
 
 std::vector<Param> Parser::parseParams()
@@ -986,17 +994,7 @@ StmtPtr Parser::parseReDim(const Token &opener)
         d.lower = object->lower;
         d.isArray = true;
         expectOp("(");
-        do {
-            Dimension dim;
-            ExprPtr first = parseExpression();
-            if (acceptWord("to")) {
-                dim.lower = std::move(first);
-                dim.upper = parseExpression();
-            } else {
-                dim.upper = std::move(first);
-            }
-            d.dims.push_back(std::move(dim));
-        } while (acceptOp(","));
+        d.dims = parseDimensions();
         expectOp(")");
         if (acceptWord("as"))
             d.type = parseAsType(&d.isNew, &d.className);

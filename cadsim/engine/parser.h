@@ -50,6 +50,7 @@ private:
     static DeclType typeOfSuffix(QChar suffix);
     bool isQualifier(const QString &lower) const;
     VarDecl parseVarDecl(bool redim);
+    std::vector<Dimension> parseDimensions();
     void parseConstList(std::vector<ConstDecl> &out);
 
     Block parseBlock(const std::vector<const char *> &stops);
