@@ -13,14 +13,6 @@
 
 namespace {
 
-// Qt's own diagnostics are for developers; a person reading mctask's output
-// sees its messages only. MCTASK_QT_MESSAGES=1 shows them.
-void quietQtMessages(QtMsgType type, const QMessageLogContext &, const QString &message)
-{
-    if (type == QtFatalMsg || qEnvironmentVariableIntValue("MCTASK_QT_MESSAGES") == 1)
-        std::fprintf(stderr, "%s\n", message.toLocal8Bit().constData());
-}
-
 // The command list of "mctask --help", or of one group for
 // "mctask GROUP --help" (and a bare GROUP).
 void printUsage(QTextStream &out, const QString &group = {})
@@ -66,7 +58,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    qInstallMessageHandler(quietQtMessages);
+    installQuietQtMessages();
     const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
     QCoreApplication &app = *application;
     QCoreApplication::setApplicationName(QStringLiteral("mctask"));

@@ -8,6 +8,7 @@
 #include "cadsim/server/simserver.h"
 #include "platform/automation/processes.h"
 #include "platform/drivemap.h"
+#include "platform/qtmessages.h"
 
 #include <QGuiApplication>
 #include <QProcessEnvironment>
@@ -70,6 +71,7 @@ int main(int argc, char *argv[])
     // Exports paint pages and pictures, which needs a GUI application; the
     // stand-in never shows a window of its own, so it always runs offscreen.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    installQuietQtMessages();
     QGuiApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("mcsim"));
 
