@@ -22,7 +22,6 @@ void SetupDialog::addPage(const QString &caption, QWidget *page)
 {
     m_pages.append(Page{page, page->parentWidget()});
     m_ui->pageStack->addWidget(page);
-    page->show();
     m_ui->pageList->addItem(caption);
     if (m_ui->pageList->currentRow() < 0)
         m_ui->pageList->setCurrentRow(0);
