@@ -2,6 +2,8 @@
 // look at them without a screen: mctask_screenshots OUTPUT_FOLDER.
 #include "addin/menucommanddlg.h"
 #include "app/setupdialog.h"
+#include "common/widgets/placeholderedit.h"
+#include "common/widgets/vlistctrl.h"
 #include "host/testing/faketask.h"
 #include "script/scriptpagedlg.h"
 
@@ -96,5 +98,34 @@ int main(int argc, char **argv)
         menu->hide();
     }
     dialog->hide();
+
+    // The shared widgets the path pages use: placeholders as tokens, a list
+    // sorted by its second column.
+    {
+        QWidget widgets;
+        widgets.resize(460, 200);
+        auto *edit = new PlaceholderEdit(&widgets);
+        edit->addPattern(QStringLiteral("Source File Name"), QStringLiteral("<Filename>"));
+        edit->addPattern(QStringLiteral("Configuration Name"), QStringLiteral("<Configuration>"));
+        edit->setText(QStringLiteral("<Filename>_<Configuration>_rev.pdf"));
+        edit->setGeometry(10, 10, 440, edit->sizeHint().height());
+        auto *list = new VListCtrl(&widgets);
+        list->setGeometry(10, 50, 440, 140);
+        list->setColumns({QStringLiteral("File Name"), QStringLiteral("Version")});
+        class Row final : public VListCtrlItem
+        {
+        public:
+            Row(QString name, QString version) : m_cells{std::move(name), std::move(version)} {}
+            QString text(int column) const override { return m_cells.value(column); }
+
+        private:
+            QStringList m_cells;
+        };
+        list->setRows({std::make_shared<Row>(QStringLiteral("gear.mcdprt"), QStringLiteral("3/-")),
+                       std::make_shared<Row>(QStringLiteral("plate.mcddrw"), QStringLiteral("1/4")),
+                       std::make_shared<Row>(QStringLiteral("base.mcdasm"), QStringLiteral("2/2"))});
+        list->headerClicked(1);
+        ok &= save(widgets, folder, QStringLiteral("shared-widgets"));
+    }
     return ok ? 0 : 1;
 }
