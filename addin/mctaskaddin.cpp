@@ -1,5 +1,6 @@
 #include "addin/mctaskaddin.h"
 
+#include "addin/taskcatalogue.h"
 #include "addin/tasksettings.h"
 #include "host/hosterror.h"
 #include "host/idoxtask.h"
@@ -86,14 +87,18 @@ HRESULT CMcTaskAddIn::readTaskType(IDoxVariables &holder)
     return S_OK;
 }
 
-HRESULT CMcTaskAddIn::createAndLoad(std::unique_ptr<TaskPage> &slot, std::unique_ptr<TaskPage> page,
-                                    HostWindow parent, IDoxVariables &holder)
+std::unique_ptr<TaskPage> &CMcTaskAddIn::pageSlot(PageId id)
 {
-    if (!page)
-        return E_FAIL;
-    slot = std::move(page);
-    slot->create(parent);
-    return slot->load(holder);
+    switch (id) {
+    case PageId::FileCard: return m_fileCardPage;
+    case PageId::OutputFileDetails: return m_outputDetailsPage;
+    case PageId::Printer: return m_printerPage;
+    case PageId::PaperSize: return m_paperPage;
+    case PageId::Margins: return m_marginsPage;
+    case PageId::PrintFiles: return m_filesPage;
+    case PageId::Details: return m_detailsPage;
+    default: return m_scriptPage;
+    }
 }
 
 void CMcTaskAddIn::releasePages()
@@ -127,63 +132,28 @@ HRESULT CMcTaskAddIn::onSetup(DoxCmd &cmd, const std::shared_ptr<IDoxVault> &vau
     context.taskType = m_taskType;
     PageFactory &factory = *m_services.pages;
 
-    m_menuPage = factory.createMenuCommandPage(context);
-    if (!m_menuPage)
-        return E_FAIL;
-    m_menuPage->create(cmd.window);
-    if (const HRESULT hr = m_menuPage->load(*props); failed(hr))
-        return hr;
-
+    // The kind's pages in the catalogue's order, each created and loaded.
     std::vector<SetupPage> pages;
     const HostObjectPtr self = shared_from_this();
-    pages.push_back({text(AddInText::MenuCommand, QStringLiteral("Menu Command")), m_menuPage->window(), self});
-
-    auto addPage = [&](std::unique_ptr<TaskPage> &slot, std::unique_ptr<TaskPage> page, std::int32_t captionId,
-                       const char *english) -> HRESULT {
-        const HRESULT hr = createAndLoad(slot, std::move(page), cmd.window, *props);
-        if (failed(hr))
-            return hr;
-        pages.push_back({text(captionId, QString::fromLatin1(english)), slot->window(), self});
-        return S_OK;
-    };
-
-    HRESULT hr = S_OK;
-    if (m_taskType == TaskTypeConvert) {
-        m_conversionPage = factory.createConversionSettingsPage(context);
-        if (!m_conversionPage)
+    for (const TaskCatalogue::Page &entry : TaskCatalogue::setupPages(m_taskType)) {
+        TaskPage *page = nullptr;
+        if (entry.id == PageId::MenuCommand) {
+            m_menuPage = factory.createMenuCommandPage(context);
+            page = m_menuPage.get();
+        } else if (entry.id == PageId::ConversionSettings) {
+            m_conversionPage = factory.createConversionSettingsPage(context);
+            page = m_conversionPage.get();
+        } else {
+            std::unique_ptr<TaskPage> &slot = pageSlot(entry.id);
+            slot = factory.createPage(entry.id, context);
+            page = slot.get();
+        }
+        if (!page)
             return E_FAIL;
-        m_conversionPage->create(cmd.window);
-        if (hr = m_conversionPage->load(*props); failed(hr))
+        page->create(cmd.window);
+        if (const HRESULT hr = page->load(*props); failed(hr))
             return hr;
-        pages.push_back({text(AddInText::ConversionSettings, QStringLiteral("Conversion Settings")),
-                         m_conversionPage->window(), self});
-        if (hr = addPage(m_fileCardPage, factory.createPage(PageId::FileCard, context), AddInText::FileCard,
-                         "File Card");
-            failed(hr))
-            return hr;
-        if (hr = addPage(m_outputDetailsPage, factory.createPage(PageId::OutputFileDetails, context),
-                         AddInText::OutputFileDetails, "Output File Details");
-            failed(hr))
-            return hr;
-    } else if (m_taskType == TaskTypePrint) {
-        const struct {
-            std::unique_ptr<TaskPage> &slot;
-            PageId id;
-            std::int32_t caption;
-            const char *english;
-        } printPages[] = {
-            {m_printerPage, PageId::Printer, AddInText::Printer, "Printer"},
-            {m_paperPage, PageId::PaperSize, AddInText::PaperSize, "Paper Size and Orientation"},
-            {m_marginsPage, PageId::Margins, AddInText::Margins, "Margins"},
-            {m_filesPage, PageId::PrintFiles, AddInText::Files, "Files"},
-        };
-        for (const auto &p : printPages)
-            if (hr = addPage(p.slot, factory.createPage(p.id, context), p.caption, p.english); failed(hr))
-                return hr;
-    } else {
-        if (hr = addPage(m_scriptPage, factory.createPage(PageId::Script, context), AddInText::Script, "Script");
-            failed(hr))
-            return hr;
+        pages.push_back({text(entry.caption.number, QString::fromLatin1(entry.caption.english)), page->window(), self});
     }
     return props->SetSetupPages(pages);
 }

@@ -35,8 +35,7 @@ private:
     HRESULT onRun(DoxCmd &cmd, DoxCmdDataArray &data, const std::shared_ptr<IDoxVault> &vault);
 
     HRESULT readTaskType(IDoxVariables &holder);
-    HRESULT createAndLoad(std::unique_ptr<TaskPage> &slot, std::unique_ptr<TaskPage> page, HostWindow parent,
-                          IDoxVariables &holder);
+    std::unique_ptr<TaskPage> &pageSlot(PageId id);
     HRESULT savePrintPages(DoxCmd &cmd, IDoxTaskProperties &props);
     HRESULT publishMenuCommand(IDoxTaskProperties &props);
     QString text(std::int32_t number, const QString &english) const;

@@ -104,15 +104,6 @@ TEST_F(MenuCommandPageTest, ABlankMenuTextIsRefusedOnlyWhileTheBoxIsTicked)
     EXPECT_EQ(page.save(props), E_FAIL);
 }
 
-TEST_F(MenuCommandPageTest, TextsAreCutToTheirLimits)
-{
-    CMenuCommandDlg page(3);
-    page.setMenuText(QString(300, QLatin1Char('m')));
-    page.setStatusBarHelp(QString(1100, QLatin1Char('h')));
-    EXPECT_EQ(page.menuText().size(), 255);
-    EXPECT_EQ(page.statusBarHelp().size(), 1020);
-}
-
 class MenuCommandWindowTest : public MenuCommandPageTest, private WithWidgetApp
 {
 protected:

@@ -25,17 +25,4 @@ TEST(TaskCatalogueTest, EveryKindBeginsWithTheMenuCommandPage)
     EXPECT_EQ(TaskCatalogue::setupPages(2)[4].caption.number, 16);
 }
 
-TEST(TaskCatalogueTest, KindsBringTheirMenuDefaultsAndTemplates)
-{
-    EXPECT_STREQ(TaskCatalogue::kind(1).menuText.english, "Convert Files");
-    EXPECT_EQ(TaskCatalogue::kind(2).statusBarHelp.number, 140);
-    EXPECT_EQ(TaskCatalogue::kind(1).scriptTemplate, 209);
-    EXPECT_EQ(TaskCatalogue::kind(2).scriptTemplate, 210);
-    EXPECT_EQ(TaskCatalogue::kind(3).scriptTemplate, 211);
-    EXPECT_TRUE(TaskCatalogue::kind(1).menuShownByDefault);
-    EXPECT_TRUE(TaskCatalogue::kind(2).menuShownByDefault);
-    EXPECT_FALSE(TaskCatalogue::kind(3).menuShownByDefault);
-    EXPECT_EQ(TaskCatalogue::kind(-4).type, 3);
-}
-
 } // namespace

@@ -1,12 +1,12 @@
 #include "app/taskhost.h"
 
+#include "app/setupdialog.h"
 #include "run/taskdetailsmodel.h"
 #include "vault/taskstore.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QHeaderView>
-#include <QTabWidget>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -24,42 +24,24 @@ QDialogButtonBox *addButtons(QDialog &dialog, QVBoxLayout &layout)
 
 void showSetupDialog(TaskHost &host, const std::shared_ptr<StoredTaskProperties> &properties, SetupOutcome &outcome)
 {
-    QDialog dialog;
+    SetupDialog dialog;
     dialog.setObjectName(QStringLiteral("taskSetupDialog"));
-    dialog.setWindowTitle(QStringLiteral("Task Set-up"));
-    auto *layout = new QVBoxLayout(&dialog);
-    auto *tabs = new QTabWidget(&dialog);
-    tabs->setObjectName(QStringLiteral("pages"));
-    layout->addWidget(tabs);
     for (const SetupPage &page : properties->setupPages())
         if (page.window)
-            tabs->addTab(page.window, page.caption);
-    QDialogButtonBox *buttons = addButtons(dialog, *layout);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&] {
+            dialog.addPage(page.caption, page.window);
+    dialog.setOkHandler([&] {
         outcome.confirmed = true;
         outcome.buttonResult = host.pressSetupButton(properties, QStringLiteral("OK"), outcome.refusedPage);
-        if (!outcome.refusedPage.isEmpty()) {
-            for (int i = 0; i < tabs->count(); ++i)
-                if (tabs->tabText(i) == outcome.refusedPage)
-                    tabs->setCurrentIndex(i);
-            return; // the host keeps the dialog open on that page
-        }
-        dialog.accept();
+        return outcome.refusedPage;
     });
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, [&] {
+    dialog.setCancelHandler([&] {
         QString ignored;
         host.pressSetupButton(properties, QStringLiteral("Cancel"), ignored);
         outcome.confirmed = false;
         outcome.refusedPage.clear();
-        dialog.reject();
     });
     dialog.exec();
-    // The pages belong to the add-in; take them out before the dialog goes.
-    while (tabs->count() > 0) {
-        QWidget *page = tabs->widget(0);
-        tabs->removeTab(0);
-        page->setParent(host.window());
-    }
+    dialog.releasePages();
 }
 
 bool showLaunchPage(HostWindow page, const QString &caption)

@@ -29,6 +29,20 @@ struct KindEntry {
 };
 const KindEntry KindEntries[] = {{89, "File Conversion", 1}, {90, "Printing", 2}, {91, "General", 3}};
 
+// The editor shows lines; the script keeps the line ends it came with
+// (the templates end theirs with CR LF).
+QString shownText(const QString &script)
+{
+    QString text = script;
+    return text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+}
+
+QString scriptText(const QString &shown, bool crlf)
+{
+    QString text = shown;
+    return crlf ? text.replace(QLatin1Char('\n'), QLatin1String("\r\n")) : text;
+}
+
 QString loadTemplate(std::int32_t kind)
 {
     return loadScriptTemplate(TaskCatalogue::kind(kind).scriptTemplate, [](const QString &message) {
@@ -258,7 +272,7 @@ void CScriptPageDlg::buildWindow(QWidget *window)
     QObject::connect(m_ui->scriptEdit, &QPlainTextEdit::textChanged, window, [this] {
         if (m_showing)
             return;
-        m_editorText = m_ui->scriptEdit->toPlainText();
+        m_editorText = scriptText(m_ui->scriptEdit->toPlainText(), m_crlf);
         if (!m_pageMode) {
             m_resetEnabled = true;
             m_ui->resetButton->setEnabled(true);
@@ -288,10 +302,14 @@ void CScriptPageDlg::buildWindow(QWidget *window)
 
 void CScriptPageDlg::showEditorText()
 {
-    if (!m_window || m_ui->scriptEdit->toPlainText() == m_editorText)
+    if (!m_window)
+        return;
+    m_crlf = m_editorText.contains(QLatin1String("\r\n"));
+    const QString shown = shownText(m_editorText);
+    if (m_ui->scriptEdit->toPlainText() == shown)
         return;
     m_showing = true;
-    m_ui->scriptEdit->setPlainText(m_editorText);
+    m_ui->scriptEdit->setPlainText(shown);
     m_showing = false;
 }
 

@@ -108,6 +108,7 @@ private:
     std::unique_ptr<Ui::ScriptPageDlg> m_ui;
     QPointer<QMenu> m_macroMenu;
     bool m_showing = false; // values are going into the controls
+    bool m_crlf = false;    // the shown script's lines end with CR LF
 };
 
 // "Advanced Scripting Options" for a task of any kind: loads the page in

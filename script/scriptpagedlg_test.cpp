@@ -200,6 +200,20 @@ TEST_F(ScriptWindowTest, TheWindowShowsTheValuesAndSortedLists)
     EXPECT_EQ(props.value("__mc_version").toI4(), 2013);
 }
 
+TEST_F(ScriptWindowTest, EditingKeepsTheScriptsLineEnds)
+{
+    props.set("__script", Variant::fromBStr("Sub main\r\nEnd Sub\r\n"));
+    auto script = page(true, 3);
+    QWidget *window = script->create(&host);
+    ASSERT_EQ(script->load(props), S_OK);
+    auto *editor = window->findChild<QPlainTextEdit *>("scriptEdit");
+    EXPECT_EQ(editor->toPlainText(), "Sub main\nEnd Sub\n");
+    editor->moveCursor(QTextCursor::End);
+    editor->insertPlainText("' done");
+    ASSERT_EQ(script->save(props), S_OK);
+    EXPECT_EQ(props.value("__script").bstr(), "Sub main\r\nEnd Sub\r\n' done");
+}
+
 TEST_F(ScriptWindowTest, InsertMacroReplacesTheSelectionAsOneUndoStep)
 {
     auto script = page(true, 3);

@@ -181,7 +181,7 @@ QSize PlaceholderEdit::sizeHint() const
 {
     const QFontMetrics metrics(font());
     const int frame = 2 * frameWidth() + 2 * static_cast<int>(document()->documentMargin());
-    return {metrics.horizontalAdvance(QLatin1Char('x')) * 30 + frame, metrics.height() + frame + 2};
+    return {metrics.horizontalAdvance(QLatin1Char('x')) * 30 + frame, metrics.height() + frame + 6};
 }
 
 QSize PlaceholderEdit::minimumSizeHint() const

@@ -1,0 +1,195 @@
+#include "app/cli.h"
+#include "app/vaultlocator.h"
+#include "macro/templateloader.h"
+#include "vault/taskstore.h"
+#include "vault/vaultstore.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QJsonObject>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "tests/programrun.h"
+
+namespace {
+
+// "mctask task setup NAME --gui" as the program runs it, on whatever
+// platform the test runs on (offscreen, or an X server), with the test
+// acting as the administrator in front of the dialog.
+class SetupGuiTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        static int argc = 1;
+        static char name[] = "setupgui_test";
+        static char *argv[] = {name, nullptr};
+        if (!QApplication::instance())
+            new QApplication(argc, argv);
+        ASSERT_TRUE(m_home.isValid() && m_work.isValid());
+        qputenv("MCTASK_HOME", m_home.path().toLocal8Bit());
+        m_vault = m_work.filePath("vault");
+        ASSERT_EQ(program({"vault", "init", m_vault, "--name", "Demo"}).status, 0);
+        const ProgramRun created = program({"task", "create", "--vault", m_vault, "Script", "--kind", "script"});
+        ASSERT_EQ(created.status, 0) << created.err.toStdString();
+    }
+
+    ProgramRun program(const QStringList &args)
+    {
+        return runProgram(MCTASK_PROGRAM, args, ProgramSetting(m_home.path()).in(m_work.path()).timeout(60000));
+    }
+
+    // Runs the command in this process, as main() does.
+    int command(const QString &group, const QString &name, const QStringList &args, QString &err)
+    {
+        for (const CommandEntry &entry : allCommands()) {
+            if (entry.group == group && entry.name == name) {
+                QString outText;
+                QTextStream out(&outText);
+                QTextStream errStream(&err);
+                CommandContext context{args, out, errStream};
+                const int status = entry.run(context);
+                errStream.flush();
+                return status;
+            }
+        }
+        ADD_FAILURE() << "no command " << group.toStdString() << ' ' << name.toStdString();
+        return -1;
+    }
+
+    // Acts on the dialog once the command has opened it; a failed step
+    // closes what is left open, so the command returns and the test ends.
+    static void whenOpen(std::function<void(QDialog &)> action)
+    {
+        QTimer::singleShot(0, [action] {
+            if (QTest::qWaitFor([] { return openDialog("taskSetupDialog") != nullptr; }, 5000)) {
+                QDialog *dialog = openDialog("taskSetupDialog");
+                EXPECT_TRUE(QTest::qWaitForWindowExposed(dialog));
+                action(*dialog);
+            } else {
+                ADD_FAILURE() << "the set-up dialog did not open";
+            }
+            if (QDialog *left = openDialog("taskSetupDialog"))
+                left->reject();
+        });
+    }
+
+    static QDialog *openDialog(const QString &name)
+    {
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            auto *dialog = qobject_cast<QDialog *>(widget);
+            if (dialog && dialog->objectName() == name && dialog->isVisible())
+                return dialog;
+        }
+        return nullptr;
+    }
+
+    // On a screen the refusal is a message box; it is answered as a person would.
+    static void answerMessageBoxSoon()
+    {
+        if (QGuiApplication::platformName() == QLatin1String("offscreen"))
+            return;
+        QTimer::singleShot(200, [] {
+            for (QWidget *widget : QApplication::topLevelWidgets()) {
+                if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible()) {
+                    EXPECT_EQ(box->text(), "Please enter menu command.");
+                    box->accept();
+                    return;
+                }
+            }
+            ADD_FAILURE() << "no message box";
+        });
+    }
+
+    std::unique_ptr<TaskStore> tasks() { return std::make_unique<TaskStore>(openLocatedVault(m_vault)); }
+
+    QTemporaryDir m_home;
+    QTemporaryDir m_work;
+    QString m_vault;
+};
+
+TEST_F(SetupGuiTest, TheAdministratorSetsAMenuCommandAfterARefusal)
+{
+    bool acted = false;
+    whenOpen([&](QDialog &window) {
+        QDialog *dialog = &window;
+        auto *list = dialog->findChild<QListWidget *>("pageList");
+        ASSERT_NE(list, nullptr);
+        ASSERT_EQ(list->count(), 2);
+        EXPECT_EQ(list->item(0)->text(), "Menu Command");
+        EXPECT_EQ(list->item(1)->text(), "Script");
+        auto *box = dialog->findChild<QCheckBox *>("displayCheck");
+        auto *menuText = dialog->findChild<QLineEdit *>("menuTextEdit");
+        ASSERT_TRUE(box && menuText);
+        EXPECT_FALSE(box->isChecked()); // an execute-script task offers no menu command by default
+        EXPECT_FALSE(menuText->isEnabled());
+        QPushButton *ok = dialog->findChild<QDialogButtonBox *>("buttons")->button(QDialogButtonBox::Ok);
+
+        // Ticked with a blank text: refused, the dialog stays on the page.
+        list->setCurrentRow(1);
+        box->click();
+        menuText->clear();
+        answerMessageBoxSoon();
+        ok->click();
+        EXPECT_TRUE(dialog->isVisible());
+        EXPECT_EQ(list->currentItem()->text(), "Menu Command");
+        EXPECT_TRUE(tasks()->menuCommands(tasks()->findTask("Script")->id).empty());
+        // "task create" confirmed the defaults; the refused "OK" changed none of them.
+        EXPECT_FALSE(tasks()->taskVariable(tasks()->findTask("Script")->id, "__menucmd_display")->toBool());
+
+        menuText->setFocus();
+        QTest::keyClicks(menuText, "Run my macro");
+        acted = true;
+        ok->click();
+    });
+    QString err;
+    const int status = command("task", "setup", {"--vault", m_vault, "Script", "--gui"}, err);
+    EXPECT_TRUE(acted);
+    EXPECT_EQ(status, 0) << err.toStdString();
+
+    // Read back through the program, as a script would.
+    const ProgramRun got = program({"task", "get", "--vault", m_vault, "Script", "__menucmd_display", "__type",
+                                    "__mc_version", "__script", "--json"});
+    ASSERT_EQ(got.status, 0) << got.err.toStdString();
+    const QJsonObject vars = got.json().object();
+    EXPECT_EQ(vars["__menucmd_display"], QJsonValue(true));
+    EXPECT_EQ(vars["__type"], QJsonValue(3));
+    EXPECT_EQ(vars["__mc_version"], QJsonValue(0));
+    EXPECT_EQ(vars["__script"].toString(), loadScriptTemplate(DefaultScriptTemplate, {}));
+
+    const auto commands = tasks()->menuCommands(tasks()->findTask("Script")->id);
+    ASSERT_EQ(commands.size(), 1u);
+    EXPECT_EQ(commands[0].commandId, 3);
+    EXPECT_EQ(commands[0].menuText, "Run my macro");
+    EXPECT_EQ(commands[0].flags, 0x4001);
+    EXPECT_EQ(commands[0].statusBarHelp, "Executes script on selected documents");
+}
+
+TEST_F(SetupGuiTest, CancelSavesNothing)
+{
+    whenOpen([&](QDialog &window) {
+        QDialog *dialog = &window;
+        dialog->findChild<QCheckBox *>("displayCheck")->click();
+        dialog->findChild<QDialogButtonBox *>("buttons")->button(QDialogButtonBox::Cancel)->click();
+    });
+    QString err;
+    EXPECT_EQ(command("task", "setup", {"--vault", m_vault, "Script", "--gui"}, err), 1);
+    EXPECT_TRUE(err.contains("set-up cancelled")) << err.toStdString();
+    EXPECT_TRUE(tasks()->menuCommands(tasks()->findTask("Script")->id).empty());
+    const auto display = tasks()->taskVariable(tasks()->findTask("Script")->id, "__menucmd_display");
+    ASSERT_TRUE(display.has_value()); // from "task create", which confirms the defaults
+    EXPECT_FALSE(display->toBool());
+}
+
+} // namespace
