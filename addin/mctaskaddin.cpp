@@ -1,11 +1,33 @@
 #include "addin/mctaskaddin.h"
 
 #include "addin/tasksettings.h"
+#include "host/hostcall.h"
 #include "host/hosterror.h"
 #include "host/idoxtask.h"
 #include "host/idoxvault.h"
 
 namespace {
+
+// The CAD application's own start-up add-ins are off while it runs for a
+// task, and back on however the run ends.
+class StartupAddInsOff final
+{
+public:
+    explicit StartupAddInsOff(RunDriver &driver) : m_driver(driver) { m_driver.suspendStartupAddIns(false); }
+    ~StartupAddInsOff()
+    {
+        try {
+            m_driver.suspendStartupAddIns(true);
+        } catch (...) {
+            // The run's own result matters more than a failed restore.
+        }
+    }
+    StartupAddInsOff(const StartupAddInsOff &) = delete;
+    StartupAddInsOff &operator=(const StartupAddInsOff &) = delete;
+
+private:
+    RunDriver &m_driver;
+};
 
 constexpr std::int32_t TaskTypeConvert = 1;
 constexpr std::int32_t TaskTypePrint = 2;
@@ -43,10 +65,11 @@ HRESULT CMcTaskAddIn::GetAddInInfo(DoxAddInInfo *info, const std::shared_ptr<IDo
     info->addInVersion = AddInVersion;
     info->requiredVersionMajor = 13;
     info->requiredVersionMinor = 0;
-    HRESULT hr = S_OK;
+    // A hook the host refuses leaves that command unhooked; the add-in
+    // still loads.
     for (const std::int32_t command : HookedCommands)
-        hr = combineResult(hr, cmdMgr->AddHook(command, 0));
-    return failed(hr) ? hr : S_OK;
+        cmdMgr->AddHook(command, 0);
+    return S_OK;
 }
 
 HRESULT CMcTaskAddIn::OnCmd(DoxCmd *cmd, DoxCmdDataArray *data)
@@ -90,7 +113,7 @@ HRESULT CMcTaskAddIn::createAndLoad(std::unique_ptr<TaskPage> &slot, std::unique
                                     HostWindow parent, IDoxVariables &holder)
 {
     if (!page)
-        return E_FAIL;
+        return E_PAGE_MISSING;
     slot = std::move(page);
     slot->create(parent);
     return slot->load(holder);
@@ -129,7 +152,7 @@ HRESULT CMcTaskAddIn::onSetup(DoxCmd &cmd, const std::shared_ptr<IDoxVault> &vau
 
     m_menuPage = factory.createMenuCommandPage(context);
     if (!m_menuPage)
-        return E_FAIL;
+        return E_PAGE_MISSING;
     m_menuPage->create(cmd.window);
     if (const HRESULT hr = m_menuPage->load(*props); failed(hr))
         return hr;
@@ -151,7 +174,7 @@ HRESULT CMcTaskAddIn::onSetup(DoxCmd &cmd, const std::shared_ptr<IDoxVault> &vau
     if (m_taskType == TaskTypeConvert) {
         m_conversionPage = factory.createConversionSettingsPage(context);
         if (!m_conversionPage)
-            return E_FAIL;
+            return E_PAGE_MISSING;
         m_conversionPage->create(cmd.window);
         if (hr = m_conversionPage->load(*props); failed(hr))
             return hr;
@@ -279,7 +302,7 @@ HRESULT CMcTaskAddIn::onDetails(DoxCmd &cmd, const std::shared_ptr<IDoxVault> &v
     context.finished = finished;
     m_detailsPage = m_services.pages->createPage(PageId::Details, context);
     if (!m_detailsPage)
-        return E_FAIL;
+        return E_PAGE_MISSING;
     const HostWindow window = m_detailsPage->create(cmd.window);
 
     QString caption;
@@ -323,7 +346,7 @@ HRESULT CMcTaskAddIn::onLaunch(DoxCmd &cmd, DoxCmdDataArray &data, const std::sh
         context.launchMode = true;
         m_conversionPage = m_services.pages->createConversionSettingsPage(context);
         if (!m_conversionPage)
-            return E_FAIL;
+            return E_PAGE_MISSING;
         const HostWindow window = m_conversionPage->create(cmd.window);
         if (const HRESULT hr = m_conversionPage->load(*instance); failed(hr))
             return hr;
@@ -368,17 +391,11 @@ HRESULT CMcTaskAddIn::onRun(DoxCmd &cmd, DoxCmdDataArray &data, const std::share
         return hr;
 
     RunDriver &driver = *m_services.runDriver;
-    driver.suspendStartupAddIns(false);
     HRESULT result = E_UNEXPECTED;
-    try {
-        result = driver.run(vault, instance, cmd, data);
-    } catch (const HostError &e) {
-        result = e.code();
-    } catch (...) {
-        driver.suspendStartupAddIns(true);
-        throw;
+    {
+        const StartupAddInsOff startupAddInsOff(driver);
+        result = hostCall([&] { return driver.run(vault, instance, cmd, data); });
     }
-    driver.suspendStartupAddIns(true);
 
     if (result == S_FALSE)
         cmd.cancel = -1;

@@ -2,39 +2,87 @@
 
 #include "cad/vaultclientchannel.h"
 #include "common/translator.h"
+#include "convert/conversionsettingspage.h"
+#include "host/hosterror.h"
 #include "host/idoxtask.h"
+#include "run/cadconnection.h"
+#include "run/taskdetailspage.h"
+#include "run/taskrundriver.h"
 #include "run/taskrunrecord.h"
 
 namespace {
 
-// Set-up pages, launch dialogs and the run driver are
-// plugged in here as they are built; until then the commands that need them
-// answer E_NOTIMPL to the host instead of pretending to work.
-class PagesNotAvailable final : public PageFactory
+QString moduleText(std::int32_t number, const QString &english)
+{
+    return tr_ts(number, english);
+}
+
+// The pages that exist so far; the others are plugged in here as they are
+// built, and until then the dispatcher answers that they are missing.
+class ModulePages final : public PageFactory
 {
 public:
     std::unique_ptr<MenuCommandPage> createMenuCommandPage(const PageContext &) override { return nullptr; }
-    std::unique_ptr<ConversionSettingsPage> createConversionSettingsPage(const PageContext &) override
+    std::unique_ptr<ConversionSettingsPage> createConversionSettingsPage(const PageContext &context) override
     {
+        // Only the launch has its page yet: the set-up needs its window.
+        if (!context.launchMode)
+            return nullptr;
+        return std::make_unique<CConversionSettingsPageDlg>(context, &moduleText);
+    }
+    std::unique_ptr<TaskPage> createPage(PageId id, const PageContext &context) override
+    {
+        if (id == PageId::Details)
+            return std::make_unique<TaskDetailsPage>(context, &moduleText);
         return nullptr;
     }
-    std::unique_ptr<TaskPage> createPage(PageId, const PageContext &) override { return nullptr; }
 };
 
-class RunNotAvailable final : public RunDriver
+// Until the CAD connection joins the module, a run fails at the start with
+// a message that says why.
+class CadConnectionMissing final : public CadConnection
 {
 public:
-    HRESULT run(const std::shared_ptr<IDoxVault> &, const std::shared_ptr<IDoxTaskInstance> &, DoxCmd &,
-                DoxCmdDataArray &) override
+    void Init(std::shared_ptr<TaskRunRecord>, std::int32_t, std::shared_ptr<IDoxTaskInstance>, std::int32_t) override {}
+    HRESULT Start() override { return E_NOTIMPL; }
+    HRESULT RetryStart(HRESULT) override { return E_NOTIMPL; }
+    void RunMacro(const QString &) override { throw HostError(E_NOTIMPL); }
+    void AfterFile() override {}
+    HRESULT Close(bool, HRESULT) override { return S_OK; }
+    QString lastError() const override
     {
-        return E_NOTIMPL;
+        return QStringLiteral("This build of the add-in has no connection to Mecadra.");
+    }
+};
+
+// The add-in's run: the run driver over the module's run record and CAD
+// connection, with the connection's start-up add-in switch.
+class ModuleRunDriver final : public RunDriver
+{
+public:
+    ModuleRunDriver(std::shared_ptr<TaskRunRecord> record, std::shared_ptr<CadConnection> cad,
+                    std::shared_ptr<StartupAddIns> startupAddIns)
+        : m_driver(std::move(record), std::move(cad), &moduleText), m_startupAddIns(std::move(startupAddIns))
+    {
+    }
+    HRESULT run(const std::shared_ptr<IDoxVault> &vault, const std::shared_ptr<IDoxTaskInstance> &instance,
+                DoxCmd &cmd, DoxCmdDataArray &data) override
+    {
+        return m_driver.Run(vault, instance, cmd, data);
     }
     HRESULT finish(const std::shared_ptr<IDoxTaskInstance> &instance, HRESULT runResult) override
     {
-        return instance->SetStatus(TaskStatus_FinishedWithError, runResult, QStringLiteral("The run driver is not available."),
-                                   {}, std::nullopt);
+        return m_driver.Finish(*instance, runResult);
     }
-    void suspendStartupAddIns(bool) override {}
+    void suspendStartupAddIns(bool restore) override
+    {
+        if (m_startupAddIns)
+            m_startupAddIns->SuspendStartupAddIns(restore);
+    }
+
+private:
+    TaskRunDriver m_driver;
+    std::shared_ptr<StartupAddIns> m_startupAddIns;
 };
 
 class DialogsNotAvailable final : public LaunchDialogs
@@ -71,12 +119,12 @@ private:
 AddInServices makeModuleServices()
 {
     AddInServices services;
-    services.pages = std::make_shared<PagesNotAvailable>();
-    services.runDriver = std::make_shared<RunNotAvailable>();
+    services.pages = std::make_shared<ModulePages>();
     services.launchDialogs = std::make_shared<DialogsNotAvailable>();
     auto runRecord = std::make_shared<TaskRunRecord>();
     runRecord->setVaultClientNotifier(&NotifyVaultClient);
+    services.runDriver = std::make_shared<ModuleRunDriver>(runRecord, std::make_shared<CadConnectionMissing>(), nullptr);
     services.selectionStore = std::make_shared<RunRecordSelectionStore>(runRecord);
-    services.text = [](std::int32_t number, const QString &english) { return tr_ts(number, english); };
+    services.text = &moduleText;
     return services;
 }
