@@ -6,6 +6,9 @@
 int runAddInRegister(CommandContext &context);
 int runAddInUnregister(CommandContext &context);
 int runErrorCommand(CommandContext &context);
+int runRegistryGetCommand(CommandContext &context);
+int runRegistrySetCommand(CommandContext &context);
+int runRegistryDeleteCommand(CommandContext &context);
 #ifdef MCTASK_WITH_VAULT
 int runVaultInitCommand(CommandContext &context);
 int runVaultAddCommand(CommandContext &context);
@@ -43,6 +46,11 @@ const std::vector<CommandEntry> &allCommands()
         {"addin", "register", "[MODULE]", "register the task add-in module", &runAddInRegister},
         {"addin", "unregister", "[MODULE]", "remove the add-in's registration", &runAddInUnregister},
         {"error", "", "CODE", "print the name and message of a result code", &runErrorCommand},
+        {"registry", "get", "[--view 32|64] KEY [NAME]", "print registry values", &runRegistryGetCommand},
+        {"registry", "set", "[--view 32|64] KEY NAME VALUE [--dword|--string]", "write a registry value",
+         &runRegistrySetCommand},
+        {"registry", "delete", "[--view 32|64] KEY [NAME]", "delete a registry value or key",
+         &runRegistryDeleteCommand},
 #ifdef MCTASK_WITH_VAULT
         {"vault", "init", "DIR [--name NAME] [--drive LETTER] [--date-style N]", "create a vault", &runVaultInitCommand},
         {"vault", "add", "[--vault DIR] SRC... [--to FOLDER] [...]", "add files or new versions", &runVaultAddCommand},

@@ -1,19 +1,19 @@
 #include "app/standinrun.h"
 
 #include "platform/automation/automationclient.h"
-#include "platform/automation/objecttable.h"
-#include "platform/clock.h"
+#include "platform/automation/serverlauncher.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QProcess>
 #include <set>
 
 namespace {
 
 constexpr int kStartLimitMs = 20000;
 constexpr int kExitLimitMs = 5000;
+constexpr int kPollMs = 20;
+constexpr int kKilledExitCode = 255;
 constexpr int kSaveEvent = 7;
 
 // Follows documents as they open and records what they are about to save.
@@ -63,29 +63,22 @@ QString defaultStandInProgram()
 StandInRunResult runMacroInStandIn(const QString &program, const QString &macroFile, int timeoutMs)
 {
     StandInRunResult result;
-    QProcess process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(program, {QStringLiteral("/B")});
-    if (!process.waitForStarted()) {
-        result.failure = QStringLiteral("cannot start %1: %2").arg(program, process.errorString());
+    ServerLauncher launcher;
+    Processes::StartRequest request;
+    request.program = program;
+    request.arguments = {QStringLiteral("/B")};
+    request.show = ShowCommand::Minimized;
+    const std::optional<qint64> pid = launcher.start(request);
+    if (!pid) {
+        result.failure = QStringLiteral("cannot start %1").arg(program);
         return result;
     }
 
-    ObjectTable table;
-    const QString moniker = QStringLiteral("Mecadra_PID_%1").arg(process.processId());
-    Clock &clock = Clock::instance();
-    QString endpoint;
-    for (int waited = 0; waited < kStartLimitMs && process.state() == QProcess::Running; waited += 20) {
-        endpoint = table.lookup(moniker);
-        if (!endpoint.isEmpty())
-            break;
-        clock.sleep(20);
-    }
+    const QString moniker = Monikers::application(*pid);
     AutomationClient client;
-    if (endpoint.isEmpty() || failed(client.connectTo(endpoint))) {
+    if (failed(launcher.connect(client, moniker, *pid, kStartLimitMs / kPollMs, kPollMs))) {
         result.failure = QStringLiteral("the stand-in did not register as %1").arg(moniker);
-        process.kill();
-        process.waitForFinished(kExitLimitMs);
+        launcher.terminate(*pid, kKilledExitCode);
         return result;
     }
     result.started = true;
@@ -109,9 +102,7 @@ StandInRunResult runMacroInStandIn(const QString &program, const QString &macroF
 
     client.call("Application", "ExitApp", {}, kExitLimitMs);
     client.disconnect();
-    if (!process.waitForFinished(kExitLimitMs)) {
-        process.kill();
-        process.waitForFinished(kExitLimitMs);
-    }
+    if (!launcher.waitForExit(*pid, kExitLimitMs / kPollMs, kPollMs))
+        launcher.terminate(*pid, kKilledExitCode);
     return result;
 }

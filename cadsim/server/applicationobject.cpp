@@ -101,6 +101,8 @@ HRESULT ApplicationObject::invoke(const QString &name, AutomationCall &call)
         call.setResult(AutomationValue::fromObject(m_frame));
     } else if (member::is(name, "StartSwitch")) {
         call.setResult(Variant::fromBStr(m_process.startSwitch));
+    } else if (member::is(name, "StartShowCommand")) {
+        call.setResult(Variant::fromI4(m_process.startShowCommand));
     } else if (member::is(name, "GetProcessID")) {
         call.setResult(Variant::fromI4(static_cast<std::int32_t>(m_process.processId)));
     } else if (member::is(name, "GetFirstDocument")) {

@@ -28,6 +28,7 @@ private:
 struct ProcessInfo
 {
     QString startSwitch; // "/R", "/B" or empty, as given on the command line
+    int startShowCommand = 1; // the show command the starter asked for (2: minimised)
     qint64 processId = 0;
     WindowService::WindowId mainWindow = 0;
 };

@@ -1,13 +1,14 @@
 // mcsim: the stand-in CAD application. Started like the real program
 // ("mcsim /R" or "mcsim /B"), it serves its application object through the
 // object table until asked to exit. Faults come from the environment
-// (cadsim/README.md).
+// (cadsim/README.md). "mcsim /regserver" installs it, "/unregserver" removes it.
 
 #include "cadsim/server/enginemacrorunner.h"
+#include "cadsim/server/mcsimcommandline.h"
 #include "cadsim/server/simserver.h"
+#include "platform/automation/processes.h"
 #include "platform/drivemap.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QProcessEnvironment>
 
@@ -19,21 +20,38 @@
 
 namespace {
 
-QString startSwitchFrom(const QStringList &arguments)
-{
-    for (const QString &argument : arguments) {
-        if (argument.compare(QLatin1String("/R"), Qt::CaseInsensitive) == 0)
-            return QStringLiteral("/R");
-        if (argument.compare(QLatin1String("/B"), Qt::CaseInsensitive) == 0)
-            return QStringLiteral("/B");
-    }
-    return {};
-}
-
 void say(const QString &line)
 {
     std::fputs(qPrintable(line + QLatin1Char('\n')), stdout);
     std::fflush(stdout);
+}
+
+// The show command the starter asked for (the normal state when not told).
+int startShowCommand(const QProcessEnvironment &env)
+{
+    bool ok = false;
+    const int command = env.value(QString::fromLatin1(Processes::ShowCommandVariable)).toInt(&ok);
+    return ok ? command : static_cast<int>(ShowCommand::Normal);
+}
+
+int installOrRemove(const McsimCommandLine &command)
+{
+    QString error;
+    const StandInInstallation &installation = command.installation;
+    if (command.action == McsimCommandLine::Action::Register) {
+        if (!installation.install(QCoreApplication::applicationFilePath(), error)) {
+            std::fprintf(stderr, "mcsim: cannot register: %s\n", qPrintable(error));
+            return 1;
+        }
+        say(QStringLiteral("installed %1 in %2").arg(installation.productName(), installation.installFolder()));
+        return 0;
+    }
+    if (!installation.uninstall(error)) {
+        std::fprintf(stderr, "mcsim: cannot unregister: %s\n", qPrintable(error));
+        return 1;
+    }
+    say(QStringLiteral("removed Mecadra %1").arg(installation.versionYear));
+    return 0;
 }
 
 [[noreturn]] void crashOnPurpose()
@@ -52,17 +70,23 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("mcsim"));
 
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Stand-in CAD application with an automation server."));
-    parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("switch"), QStringLiteral("/R (regression start) or /B (batch start)"),
-                                 QStringLiteral("[/R|/B]"));
-    parser.process(app);
+    const McsimCommandLine command = McsimCommandLine::parse(QCoreApplication::arguments().mid(1));
+    if (!command.error.isEmpty()) {
+        std::fprintf(stderr, "mcsim: %s\n%s", qPrintable(command.error), qPrintable(McsimCommandLine::usage()));
+        return 2;
+    }
+    if (command.action == McsimCommandLine::Action::Help) {
+        std::fputs(qPrintable(McsimCommandLine::usage()), stdout);
+        return 0;
+    }
+    if (command.action != McsimCommandLine::Action::Run)
+        return installOrRemove(command);
 
     const QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     QStringList warnings;
     SimServer::Options options;
-    options.startSwitch = startSwitchFrom(parser.positionalArguments());
+    options.startSwitch = command.startSwitch;
+    options.startShowCommand = startShowCommand(env);
     options.faults = FaultConfig::fromEnvironment(env, &warnings);
     options.cad = CadSettings::fromEnvironment(env);
     options.resolver = [](const QString &path) { return DriveMap::instance().toNativeOrSelf(path); };
@@ -75,15 +99,16 @@ int main(int argc, char *argv[])
     });
     QObject::connect(&server, &SimServer::registered, [](const QString &moniker) { say(QStringLiteral("registered ") + moniker); });
     QObject::connect(&server, &SimServer::registrationSkipped, [] { say(QStringLiteral("not registering")); });
-    QObject::connect(&server, &SimServer::registrationFailed, [](const QString &moniker) {
-        std::fprintf(stderr, "mcsim: cannot register %s\n", qPrintable(moniker));
+    QObject::connect(&server, &SimServer::registrationFailed, [](const QString &moniker, const QString &reason) {
+        std::fprintf(stderr, "mcsim: cannot register %s: %s\n", qPrintable(moniker), qPrintable(reason));
+        QCoreApplication::exit(1);
     });
     QObject::connect(&server, &SimServer::crashRequested, [] { crashOnPurpose(); });
     QObject::connect(&server, &SimServer::exitRequested, &app, &QCoreApplication::quit);
 
     if (!server.start()) {
-        std::fprintf(stderr, "mcsim: cannot register in the object table at %s\n",
-                     qPrintable(server.table().directory()));
+        std::fprintf(stderr, "mcsim: cannot register in the object table at %s: %s\n",
+                     qPrintable(server.table().directory()), qPrintable(server.table().lastError()));
         return 1;
     }
     const int code = QCoreApplication::exec();

@@ -54,7 +54,7 @@ protected:
     // (Sockets need a thread that Qt started.)
     std::future<AutomationReply> runMacro2Async(int timeoutMs)
     {
-        const QString endpoint = m_sim->table().lookup(QStringLiteral("Mecadra_PID_%1").arg(m_sim->pid()));
+        const QString endpoint = m_sim->table().lookup(Monikers::application(m_sim->pid()));
         auto task = std::make_shared<std::packaged_task<AutomationReply()>>([this, endpoint, timeoutMs] {
             AutomationClient client;
             if (client.connectTo(endpoint) != S_OK)
@@ -117,7 +117,7 @@ protected:
 TEST_F(McsimTest, RegistersUnderItsProcessIdAndAnswersTheApplicationCalls)
 {
     startAndConnect({QStringLiteral("/R")});
-    EXPECT_TRUE(m_sim->table().list().contains(QStringLiteral("Mecadra_PID_%1").arg(m_sim->pid())));
+    EXPECT_TRUE(m_sim->table().list().contains(Monikers::application(m_sim->pid())));
     EXPECT_EQ(m_client.call("Application", "RevisionNumber").value.toText(), QStringLiteral("21.0.0"));
     EXPECT_EQ(m_client.call("Application", "StartSwitch").value.toText(), QStringLiteral("/R"));
     EXPECT_EQ(m_client.call("Application", "GetProcessID").value.toI4(), m_sim->pid());
@@ -204,7 +204,7 @@ TEST_F(McsimTest, PreferencesAndApplicationPropertiesRoundTrip)
 TEST_F(McsimTest, ExitEndsTheProcessAndWithdrawsItsEntry)
 {
     startAndConnect();
-    const QString moniker = QStringLiteral("Mecadra_PID_%1").arg(m_sim->pid());
+    const QString moniker = Monikers::application(m_sim->pid());
     EXPECT_TRUE(m_client.call("Application", "ExitApp").ok());
     ASSERT_TRUE(m_sim->waitForExit());
     EXPECT_EQ(m_sim->process().exitStatus(), QProcess::NormalExit);
@@ -242,8 +242,8 @@ TEST_F(McsimTest, NeverRegisterFaultLeavesTheTableWithoutTheApplication)
     m_sim->setEnv(QStringLiteral("MCSIM_NEVER_REGISTER"), QStringLiteral("1"));
     ASSERT_TRUE(m_sim->start());
     ASSERT_TRUE(m_sim->waitForLine("not registering"));
-    EXPECT_TRUE(m_sim->table().lookup(QStringLiteral("Mecadra_PID_%1").arg(m_sim->pid())).isEmpty());
-    EXPECT_EQ(m_sim->table().list(), QStringList{QStringLiteral("Windows_PID_%1").arg(m_sim->pid())});
+    EXPECT_TRUE(m_sim->table().lookup(Monikers::application(m_sim->pid())).isEmpty());
+    EXPECT_EQ(m_sim->table().list(), QStringList{Monikers::windows(m_sim->pid())});
     EXPECT_EQ(m_sim->process().state(), QProcess::Running);
 }
 
@@ -305,7 +305,7 @@ TEST_F(McsimTest, ShowWindowAtStartHoldsRegistrationUntilAnswered)
             QThread::msleep(2);
     }
     ASSERT_NE(box, 0);
-    EXPECT_TRUE(m_sim->table().lookup(QStringLiteral("Mecadra_PID_%1").arg(m_sim->pid())).isEmpty());
+    EXPECT_TRUE(m_sim->table().lookup(Monikers::application(m_sim->pid())).isEmpty());
     EXPECT_TRUE(watcher.call("Windows", "PostMessage", {Variant::fromI4(box), Variant::fromI4(0x10), Variant::fromI4(0)}).ok());
     ASSERT_TRUE(m_sim->connectApplication(m_client));
 }
@@ -489,4 +489,45 @@ TEST_F(McsimTest, AMacroSavingAFileIsAnnouncedToTheConnectedAddInFirst)
     EXPECT_TRUE(QFile::exists(output));
     // Opened, activated (7 and 22), saving, destroyed.
     EXPECT_EQ(sink.seen, (std::vector<int>{12, 7, 22, 107, 102}));
+}
+
+TEST_F(McsimTest, RefusesUnknownSwitchesWithAMessageAndAFailingExit)
+{
+    for (const QStringList &arguments : {QStringList{QStringLiteral("/X")}, QStringList{QStringLiteral("--bogus")},
+                                         QStringList{QStringLiteral("/R"), QStringLiteral("/regserver")},
+                                         QStringList{QStringLiteral("/regserver"), QStringLiteral("--year"), QStringLiteral("soon")}}) {
+        McsimProcess sim(QStringLiteral(MCSIM_PROGRAM));
+        ASSERT_TRUE(sim.start(arguments));
+        ASSERT_TRUE(sim.waitForExit());
+        EXPECT_EQ(sim.process().exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(sim.process().exitCode(), 2) << arguments.join(' ').toStdString();
+        const QString err = QString::fromLocal8Bit(sim.process().readAllStandardError());
+        EXPECT_TRUE(err.startsWith(QStringLiteral("mcsim: "))) << err.toStdString();
+        EXPECT_TRUE(err.contains(QStringLiteral("Usage:"))) << err.toStdString();
+        EXPECT_TRUE(sim.table().list().isEmpty()); // it never started serving
+    }
+}
+
+TEST_F(McsimTest, SaysWhyItCannotRegisterAndEnds)
+{
+    // A home so deep that the socket paths exceed what the system takes.
+    const QString deep = m_sim->home() + QLatin1Char('/') + QString(120, QLatin1Char('d'));
+    ASSERT_TRUE(QDir().mkpath(deep));
+    m_sim->setEnv(QStringLiteral("MCTASK_HOME"), deep);
+    ASSERT_TRUE(m_sim->start());
+    ASSERT_TRUE(m_sim->waitForExit());
+    EXPECT_NE(m_sim->process().exitCode(), 0);
+    const QString err = QString::fromLocal8Bit(m_sim->process().readAllStandardError());
+    EXPECT_TRUE(err.contains(QStringLiteral("the socket path is too long"))) << err.toStdString();
+}
+
+TEST_F(McsimTest, AKilledStandInLeavesNoEntriesInTheTable)
+{
+    startAndConnect();
+    const QString rot = m_sim->table().directory();
+    m_sim->process().kill(); // no chance to revoke
+    ASSERT_TRUE(m_sim->waitForExit());
+    m_client.disconnect();
+    EXPECT_TRUE(m_sim->table().list().isEmpty());
+    EXPECT_TRUE(QDir(rot).entryList(QDir::System | QDir::Files | QDir::NoDotAndDotDot).isEmpty());
 }

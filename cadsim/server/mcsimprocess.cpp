@@ -1,7 +1,14 @@
 #include "cadsim/server/mcsimprocess.h"
 
+#include "platform/automation/serverlauncher.h"
+
 #include <QDeadlineTimer>
-#include <QThread>
+
+namespace {
+
+constexpr int kPollIntervalMs = 2;
+
+} // namespace
 
 McsimProcess::McsimProcess(const QString &program)
     : m_program(program), m_env(QProcessEnvironment::systemEnvironment())
@@ -28,26 +35,25 @@ bool McsimProcess::start(const QStringList &arguments)
 
 bool McsimProcess::connectMoniker(AutomationClient &client, const QString &moniker, int timeoutMs)
 {
+    // The process is QProcess's child: its end shows in its state, which the
+    // launcher's process table cannot see; pid 0 leaves that check to us.
+    const ServerLauncher launcher(*m_table);
     const QDeadlineTimer deadline(timeoutMs);
-    while (!deadline.hasExpired()) {
-        const QString endpoint = m_table->lookup(moniker);
-        if (!endpoint.isEmpty() && client.connectTo(endpoint) == S_OK)
+    while (!deadline.hasExpired() && m_process.state() != QProcess::NotRunning) {
+        if (launcher.connect(client, moniker, 0, 1, kPollIntervalMs) == S_OK)
             return true;
-        if (m_process.state() == QProcess::NotRunning)
-            return false;
-        QThread::msleep(2); // poll the table, as a caller of the object table would
     }
     return false;
 }
 
 bool McsimProcess::connectApplication(AutomationClient &client, int timeoutMs)
 {
-    return connectMoniker(client, QStringLiteral("Mecadra_PID_%1").arg(pid()), timeoutMs);
+    return connectMoniker(client, Monikers::application(pid()), timeoutMs);
 }
 
 bool McsimProcess::connectWindows(AutomationClient &client, int timeoutMs)
 {
-    return connectMoniker(client, QStringLiteral("Windows_PID_%1").arg(pid()), timeoutMs);
+    return connectMoniker(client, Monikers::windows(pid()), timeoutMs);
 }
 
 bool McsimProcess::waitForLine(const QByteArray &line, int timeoutMs)

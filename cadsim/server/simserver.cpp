@@ -27,6 +27,7 @@ SimServer::SimServer(Options options, const RunnerFactory &makeRunner, QObject *
 {
     ProcessInfo process;
     process.startSwitch = m_options.startSwitch;
+    process.startShowCommand = m_options.startShowCommand;
     process.processId = m_options.processId;
     process.mainWindow = m_mainWindow;
     m_appObject = std::make_shared<ApplicationObject>(*m_app, m_documents, m_windows, m_runs, process,
@@ -49,13 +50,9 @@ SimServer::~SimServer()
     shutdown();
 }
 
-QString SimServer::applicationMoniker(qint64 pid) { return QStringLiteral("Mecadra_PID_%1").arg(pid); }
-
-QString SimServer::windowsMoniker(qint64 pid) { return QStringLiteral("Windows_PID_%1").arg(pid); }
-
 bool SimServer::start()
 {
-    if (!m_table.registerServer(m_windowServer, windowsMoniker(m_options.processId)))
+    if (!m_table.registerServer(m_windowServer, Monikers::windows(m_options.processId)))
         return false;
 
     const FaultConfig &faults = m_options.faults;
@@ -79,11 +76,11 @@ bool SimServer::start()
 
 void SimServer::registerApplication()
 {
-    const QString moniker = applicationMoniker(m_options.processId);
+    const QString moniker = Monikers::application(m_options.processId);
     if (m_table.registerServer(m_appServer, moniker))
         emit registered(moniker);
     else
-        emit registrationFailed(moniker);
+        emit registrationFailed(moniker, m_table.lastError());
 }
 
 void SimServer::shutdown()

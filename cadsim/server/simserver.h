@@ -29,6 +29,7 @@ public:
     struct Options
     {
         QString startSwitch; // "/R", "/B" or empty
+        int startShowCommand = 1; // how the starter asked to show the main window
         FaultConfig faults;
         CadSettings cad;
         PathResolver resolver;
@@ -48,9 +49,6 @@ public:
     bool start();
     void shutdown();
 
-    static QString applicationMoniker(qint64 pid);
-    static QString windowsMoniker(qint64 pid);
-
     CadApplication &application() { return *m_app; }
     WindowService &windows() { return m_windows; }
     ObjectTable &table() { return m_table; }
@@ -58,7 +56,7 @@ public:
 signals:
     void registered(const QString &moniker);
     void registrationSkipped();
-    void registrationFailed(const QString &moniker);
+    void registrationFailed(const QString &moniker, const QString &reason);
     void exitRequested();
     // The configured number of macros has run and its answer is out.
     void crashRequested();

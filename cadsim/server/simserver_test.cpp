@@ -107,7 +107,7 @@ protected:
             Qt::BlockingQueuedConnection);
         ASSERT_TRUE(m_started);
         for (int i = 0; i < 1000 && m_endpoint.isEmpty(); ++i) {
-            m_endpoint = ObjectTable(options.tableDirectory).lookup(SimServer::applicationMoniker(4242));
+            m_endpoint = ObjectTable(options.tableDirectory).lookup(Monikers::application(4242));
             if (m_endpoint.isEmpty())
                 QThread::msleep(2);
         }

@@ -361,6 +361,7 @@ TEST(ObjectTableTest, RegistersLooksUpListsAndClearsDeadEntries)
     ::close(fd);
     ASSERT_TRUE(QFile::exists(stale));
     EXPECT_TRUE(table.list().isEmpty());
+    EXPECT_FALSE(QFile::exists(stale)); // the dead entry is dropped from the table
     EXPECT_TRUE(table.lookup(QStringLiteral("Mecadra_PID_2")).isEmpty());
     // The name is free again: registering replaces the dead entry.
     EXPECT_TRUE(table.registerServer(rival, QStringLiteral("Mecadra_PID_2")));

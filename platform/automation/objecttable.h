@@ -3,13 +3,26 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 class AutomationServer;
+
+// The names under which a CAD process registers its objects.
+namespace Monikers {
+// The application object: "Mecadra_PID_<pid>".
+QString application(qint64 pid);
+// The window service: "Windows_PID_<pid>".
+QString windows(qint64 pid);
+// The process id of a window service's moniker; nothing for other names.
+std::optional<qint64> windowsProcess(const QString &moniker);
+} // namespace Monikers
 
 // The table of running automation servers: a directory of Unix sockets, one
 // per registered object, named by its moniker. An entry appears in one step,
-// already answering. Entries of servers that died without revoking are
-// recognised (nothing answers) and skipped; registering under the same name
-// replaces them.
+// already answering. Entries of servers that died without revoking (nothing
+// answers) are removed when a lookup or listing meets them, as the system's
+// table drops the objects of ended processes; registering under the same
+// name replaces them.
 class ObjectTable final
 {
 public:
@@ -22,10 +35,12 @@ public:
     QString endpointPath(const QString &moniker) const;
 
     // Makes server answer at moniker's endpoint; false when the name is taken
-    // by a live server or the socket cannot be created.
+    // by a live server or the socket cannot be created, with the reason in
+    // lastError().
     bool registerServer(AutomationServer &server, const QString &moniker);
     // Withdraws the entry (the server stops listening).
     void revoke(AutomationServer &server);
+    QString lastError() const { return m_lastError; }
 
     // The endpoint of a live server registered as moniker, or empty.
     QString lookup(const QString &moniker) const;
@@ -34,6 +49,9 @@ public:
 
 private:
     bool isAlive(const QString &path) const;
+    // Removes a dead entry unless a server replaced it meanwhile.
+    void removeDead(const QString &path) const;
 
     QString m_directory;
+    QString m_lastError;
 };

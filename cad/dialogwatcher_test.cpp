@@ -1,0 +1,114 @@
+#include "cad/dialogwatcher.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+#include <mutex>
+
+namespace {
+
+constexpr std::uint32_t kClose = 0x0010;
+constexpr std::uint32_t kKeyDown = 0x0100;
+constexpr std::uint32_t kKeyUp = 0x0101;
+constexpr std::uint32_t kReturn = 0x0D;
+constexpr std::uint32_t kEscape = 0x1B;
+constexpr qint64 kMecadra = 10;
+
+struct Post {
+    std::int64_t handle;
+    std::uint32_t message;
+    std::uint32_t wParam;
+    bool operator==(const Post &) const = default;
+};
+
+class RecordingWindows final : public DesktopWindows
+{
+public:
+    explicit RecordingWindows(std::vector<TopWindow> windows) : m_windows(std::move(windows)) {}
+    std::vector<TopWindow> list() override
+    {
+        std::lock_guard lock(m_mutex);
+        ++lists;
+        return m_windows;
+    }
+    void postMessage(const TopWindow &window, std::uint32_t message, std::uint32_t wParam) override
+    {
+        std::lock_guard lock(m_mutex);
+        posts.push_back({window.handle, message, wParam});
+    }
+    std::vector<Post> posts;
+    int lists = 0;
+
+private:
+    std::mutex m_mutex;
+    std::vector<TopWindow> m_windows;
+};
+
+std::vector<Post> keyPress(std::int64_t handle, std::uint32_t key)
+{
+    return {{handle, kKeyDown, key}, {handle, kKeyUp, key}};
+}
+
+// The posts one pass makes for a single window of the Mecadra process.
+std::vector<Post> answer(const QString &title, const QString &parentTitle = {}, qint64 pid = kMecadra)
+{
+    RecordingWindows windows({{pid, 1, title, parentTitle}});
+    DialogWatcher::answerWindows(windows, kMecadra);
+    return windows.posts;
+}
+
+TEST(DialogWatcherTest, TitleRulesActOnTheFirstMatch)
+{
+    dialogDismissed = false;
+    EXPECT_EQ(answer(QStringLiteral("Mecadra")), keyPress(1, kReturn));
+    EXPECT_EQ(answer(QStringLiteral("Warning from Cadrix.exe")), keyPress(1, kReturn));
+    EXPECT_EQ(answer(QStringLiteral("Shapeminer"), QStringLiteral("Mecadra 2013")), keyPress(1, kEscape));
+    EXPECT_EQ(answer(QStringLiteral("Shapeminer"), QStringLiteral("Other")), std::vector<Post>{});
+    EXPECT_EQ(answer(QStringLiteral("Microsoft Visual Basic")), keyPress(1, kReturn));
+    EXPECT_EQ(answer(QStringLiteral("Microsoft Visual Basic [break] - Module1")), (std::vector<Post>{{1, kClose, 0}}));
+    EXPECT_EQ(answer(QStringLiteral("microsoft visual basic")), std::vector<Post>{}); // case matters
+    EXPECT_EQ(answer(QString()), std::vector<Post>{});
+    // "Mecadra ... Mecadra Task Scheduler" takes the first row: no flag.
+    EXPECT_EQ(answer(QStringLiteral("Mecadra Task Scheduler")), keyPress(1, kReturn));
+    EXPECT_FALSE(dialogDismissed);
+    EXPECT_EQ(answer(QStringLiteral("Error - Mecadra Task Scheduler")), keyPress(1, kReturn));
+    EXPECT_TRUE(dialogDismissed);
+    dialogDismissed = false;
+}
+
+TEST(DialogWatcherTest, WindowsOfOtherProcessesAreLeftAlone)
+{
+    dialogDismissed = false;
+    EXPECT_EQ(answer(QStringLiteral("Mecadra"), {}, kMecadra + 1), std::vector<Post>{});
+    EXPECT_EQ(answer(QStringLiteral("Error - Mecadra Task Scheduler"), {}, kMecadra + 1), std::vector<Post>{});
+    EXPECT_FALSE(dialogDismissed);
+}
+
+TEST(DialogWatcherTest, RunsAtMostItsPassesAndStopsOnTheSignal)
+{
+    static int argc = 1;
+    static char name[] = "cad_test";
+    static char *argv[] = {name, nullptr};
+    if (!QCoreApplication::instance())
+        new QCoreApplication(argc, argv);
+
+    DialogWatcher bounded([] { return std::make_unique<RecordingWindows>(std::vector<TopWindow>{}); }, 0, 1800);
+    bounded.start(kMecadra);
+    // Left alone, it ends by itself after its passes.
+    for (int i = 0; i < 2000 && bounded.passes() < 1800; ++i)
+        QThread::msleep(1);
+    bounded.stop();
+    EXPECT_EQ(bounded.passes(), 1800);
+
+    dialogDismissed = true;
+    DialogWatcher slow([] { return std::make_unique<RecordingWindows>(std::vector<TopWindow>{}); }, 60000, 1800);
+    slow.start(kMecadra);
+    EXPECT_FALSE(dialogDismissed); // every start clears the flag
+    QThread::msleep(20);
+    slow.stop(); // does not wait out the interval
+    EXPECT_EQ(slow.passes(), 1);
+    EXPECT_FALSE(slow.isRunning());
+}
+
+} // namespace

@@ -1,0 +1,212 @@
+// McManager's macro runner and the start-up add-in switch.
+
+#include "cad/cadtexts.h"
+#include "cad/mcmanager.h"
+#include "common/settingslight.h"
+#include "host/hosterror.h"
+#include "platform/automation/automationerrors.h"
+#include "platform/codepage.h"
+#include "platform/drivemap.h"
+#include "platform/filesystem.h"
+#include "platform/registry.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+#include <algorithm>
+#include <atomic>
+
+namespace {
+
+inline constexpr HRESULT HRESULT_ERROR_TIMEOUT = makeHresult(0x800705B4u); // HRESULT_FROM_WIN32(ERROR_TIMEOUT)
+
+const QString kModule = QStringLiteral("McMacro1");
+const QString kProcedure = QStringLiteral("main");
+constexpr int kFirstRevisionWithErrorCode = 17;
+
+const QStringList &startupAddInKeys()
+{
+    static const QStringList keys = {QStringLiteral("Software\\Mecadra\\AddInsStartup"),
+                                     QStringLiteral("Software\\Mecadra\\Startup\\Applications")};
+    return keys;
+}
+
+// A new, empty "TFR<hex>.tmp" in the temporary folder, as the system's
+// temporary-file call makes it; empty when none could be made.
+QString createTempFile()
+{
+    static std::atomic<unsigned> counter{static_cast<unsigned>(QCoreApplication::applicationPid())};
+    FileSystem &fs = FileSystem::instance();
+    const QString folder = QDir::tempPath();
+    for (int tries = 0; tries < 0x10000; ++tries) {
+        const unsigned unique = counter++ % 0xFFFF + 1; // never 0, as the system's call
+        const QString path = QStringLiteral("%1/TFR%2.tmp").arg(folder, QString::number(unique, 16).toUpper());
+        if (!fs.exists(path))
+            return fs.write(path, {}) ? path : QString();
+    }
+    return {};
+}
+
+QString withExtension(const QString &path, const QString &extension)
+{
+    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    return (dot > slash ? path.left(dot) : path) + extension;
+}
+
+} // namespace
+
+std::uint32_t McManager::macroTimeoutSeconds() const
+{
+    Registry settings(m_store);
+    if (!settings.open(RegistryRoot::CurrentUser, QString::fromUtf16(kAddInUserKey)))
+        return DefaultMacroTimeoutSeconds;
+    return settings.readDword(QStringLiteral("MacroTimeout")).value_or(DefaultMacroTimeoutSeconds);
+}
+
+McManager::RunOutcome McManager::callRun(const QString &macroFile, std::uint32_t timeoutSeconds)
+{
+    RunOutcome outcome;
+    if (!m_app) {
+        outcome.hr = E_UNEXPECTED;
+        return outcome;
+    }
+    const int timeoutMs = timeoutSeconds == 0 ? AutomationClient::kNoTimeout
+                                              : static_cast<int>(std::min<std::uint32_t>(timeoutSeconds, 2000000) * 1000);
+    AutomationArgs args{Variant::fromBStr(macroFile), Variant::fromBStr(kModule), Variant::fromBStr(kProcedure)};
+    const bool withErrorCode = m_revisionMajor >= kFirstRevisionWithErrorCode;
+    if (withErrorCode) {
+        args.push_back(Variant::fromI4(0));
+        args.push_back(Variant::fromI4(0));
+    }
+    try {
+        const AutomationReply reply = m_app->call(QStringLiteral("Application"),
+                                                  withErrorCode ? QStringLiteral("RunMacro2") : QStringLiteral("RunMacro"),
+                                                  std::move(args), timeoutMs);
+        outcome.hr = reply.hr;
+        if (reply.hr == RPC_E_TIMEOUT) {
+            // A hung macro: the run thread ends Mecadra; the restart rules follow.
+            m_processes->terminate(m_processId, ExitCodeKilled);
+            outcome.hr = HRESULT_ERROR_TIMEOUT;
+            outcome.timedOut = true;
+        } else if (reply.ok()) {
+            outcome.flag = reply.value.toBool();
+            if (withErrorCode && reply.out.size() > 4)
+                outcome.errorCode = reply.out.at(4).toI4();
+        }
+    } catch (const std::exception &) {
+        outcome.hr = E_UNEXPECTED;
+    }
+    return outcome;
+}
+
+void McManager::RunMacro(const QString &macroText)
+{
+    FileSystem &fs = FileSystem::instance();
+    const QString tempFile = createTempFile();
+    if (tempFile.isEmpty() || !fs.write(tempFile, toWindows1252(macroText)))
+        throw HostError(E_ACCESSDENIED, QStringLiteral("cannot write the macro file"));
+    const QString macroFile = withExtension(tempFile, QStringLiteral(".mcb"));
+    const std::optional<QByteArray> written = fs.read(tempFile);
+    if (!written || !fs.write(macroFile, *written) || !fs.remove(tempFile))
+        throw HostError(E_ACCESSDENIED, QStringLiteral("cannot move the macro file to %1").arg(macroFile));
+
+    const std::uint32_t timeoutSeconds = macroTimeoutSeconds();
+    int attempts = std::max(0, 3 - m_restartCount / 3);
+    bool dialogAttemptGranted = false;
+    RunOutcome outcome;
+    for (;;) {
+        StartWatcher();
+        outcome = callRun(macroFile, timeoutSeconds);
+        StopWatcher();
+        if (dialogDismissed) {
+            outcome.hr = E_FAIL;
+            outcome.timedOut = false;
+            // The extra attempt a dismissed dialog earns is granted once per
+            // macro; a dialog at every attempt would otherwise never end.
+            if (!dialogAttemptGranted) {
+                attempts = 2;
+                dialogAttemptGranted = true;
+            }
+        }
+        if (succeeded(outcome.hr) || attempts <= 1) {
+            m_restartCount = 0;
+            break;
+        }
+        const HRESULT restarted = restart(outcome.hr);
+        if (failed(restarted)) {
+            outcome = RunOutcome{restarted};
+            break;
+        }
+        if (--attempts <= 0)
+            break;
+    }
+
+    Registry settings(m_store);
+    if (settings.open(RegistryRoot::CurrentUser, QString::fromUtf16(kAddInUserKey))) {
+        const std::optional<QString> copyPath = settings.readString(QStringLiteral("ScriptCopyPath"));
+        if (copyPath && !copyPath->isEmpty()) {
+            const QString target = DriveMap::instance().toNativeOrSelf(expandEnvironmentStrings(*copyPath));
+            if (const std::optional<QByteArray> text = fs.read(macroFile)) {
+                fs.setWritable(target, true);
+                fs.write(target, *text);
+            }
+        }
+    }
+    if (fs.exists(macroFile))
+        fs.remove(macroFile);
+    if (fs.exists(tempFile))
+        fs.remove(tempFile);
+
+    if (succeeded(outcome.hr) && outcome.flag)
+        return;
+    m_lastError = CadTexts::FailedToRunMacro.translated();
+    const QString reasonLead = QLatin1Char(' ') + CadTexts::Reason.translated() + QLatin1Char(' ');
+    if (outcome.timedOut) {
+        m_lastError += reasonLead + CadTexts::MacroTimedOut.translated().arg(timeoutSeconds);
+    } else if (outcome.errorCode != 0) {
+        if (const CadTexts::Text *reason = CadTexts::macroErrorReason(outcome.errorCode))
+            m_lastError += reasonLead + reason->translated();
+    }
+    throw HostError(failed(outcome.hr) ? outcome.hr : E_FAIL, m_lastError);
+}
+
+void McManager::SuspendStartupAddIns(bool restore)
+{
+    if (restore) {
+        for (auto it = m_suspendedAddIns.cbegin(); it != m_suspendedAddIns.cend(); ++it) {
+            Registry key(m_store);
+            if (!key.open(RegistryRoot::CurrentUser, it.key(), RegistryReadWrite))
+                continue;
+            if (it.value().compare(QLatin1String("1"), Qt::CaseInsensitive) == 0)
+                key.writeDword(QString(), 1);
+            else
+                key.writeString(QString(), it.value());
+        }
+        return;
+    }
+    m_suspendedAddIns.clear();
+    for (const QString &parentPath : startupAddInKeys()) {
+        Registry parent(m_store);
+        if (!parent.open(RegistryRoot::CurrentUser, parentPath))
+            continue;
+        for (const QString &name : parent.subKeys()) {
+            if (name.size() > 260)
+                continue;
+            Registry key = parent.openSubKey(name, RegistryReadWrite);
+            if (!key.isOpen())
+                continue;
+            const QString path = parentPath + QLatin1Char('\\') + name;
+            const std::optional<RegistryValue> value = key.value(QString());
+            if (!value)
+                continue;
+            if (value->type == RegistryValueType::Dword && value->dword == 1) {
+                m_suspendedAddIns.insert(path, QStringLiteral("1"));
+                key.writeDword(QString(), 0);
+            } else if (value->type != RegistryValueType::Dword && !value->text.isEmpty()) {
+                m_suspendedAddIns.insert(path, value->text);
+                key.writeString(QString(), QString());
+            }
+        }
+    }
+}

@@ -1,0 +1,426 @@
+#include "cad/mcmanager.h"
+#include "cad/mecadraversion.h"
+#include "cad/testing/fakemecadra.h"
+#include "common/settingslight.h"
+#include "host/hosterror.h"
+#include "platform/automation/classregistry.h"
+#include "platform/codepage.h"
+#include "platform/memoryregistrystore.h"
+#include "platform/registry.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr auto kClassId = "{11111111-2222-3333-4444-555555555555}";
+
+void ensureApp()
+{
+    static int argc = 1;
+    static char name[] = "cad_test";
+    static char *argv[] = {name, nullptr};
+    if (!QCoreApplication::instance())
+        new QCoreApplication(argc, argv);
+}
+
+class McManagerTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ensureApp();
+        m_scopedClock = std::make_unique<ScopedClock>(m_clock); // the one-second polls take no time
+        m_fake = std::make_shared<FakeMecadra>();
+        m_manager = std::make_unique<McManager>(m_fake, m_store);
+        McTiming timing;
+        timing.watcherIntervalMs = 1;
+        m_manager->setTiming(timing);
+        m_manager->setWow64(false);
+    }
+
+    // The class, both ProgIDs and (unless folder is empty) the set-up key.
+    void install(int year = 2013, const QString &folder = QStringLiteral("C:\\Program Files\\Mecadra 2013\\"),
+                 std::optional<std::uint32_t> office = 1, RegistryView view = RegistryView::Native)
+    {
+        ClassRegistry::registerLocalServer({QString::fromLatin1(kClassId), QStringLiteral("Mecadra"),
+                                            QStringLiteral("C:\\Server\\CADRIX.EXE"),
+                                            MecadraVersion::versionedProgId(year), MecadraVersion::ProgId},
+                                           m_store);
+        if (folder.isEmpty())
+            return;
+        const QString key = MecadraVersion::setupKey(year);
+        m_store.createKey(RegistryRoot::LocalMachine, view, key);
+        m_store.writeValue(RegistryRoot::LocalMachine, view, key, MecadraVersion::FolderValue,
+                           RegistryValue::fromString(folder));
+        if (office)
+            m_store.writeValue(RegistryRoot::LocalMachine, view, key, MecadraVersion::OfficeInstalledValue,
+                               RegistryValue::fromDword(*office));
+    }
+
+    void setUserValue(const QString &name, const RegistryValue &value)
+    {
+        const QString key = QString::fromUtf16(kAddInUserKey);
+        m_store.createKey(RegistryRoot::CurrentUser, RegistryView::Native, key);
+        m_store.writeValue(RegistryRoot::CurrentUser, RegistryView::Native, key, name, value);
+    }
+
+    // Runs a macro; the HRESULT it raised, S_OK when it returned.
+    HRESULT runMacro(const QString &text = QStringLiteral("Sub main()\r\nEnd Sub\r\n"))
+    {
+        try {
+            m_manager->RunMacro(text);
+            return S_OK;
+        } catch (const HostError &error) {
+            EXPECT_EQ(error.context(), m_manager->lastError());
+            return error.code();
+        }
+    }
+
+    int startedProcesses() const { return static_cast<int>(m_fake->commandLines.size()); }
+
+    FakeClock m_clock;
+    std::unique_ptr<ScopedClock> m_scopedClock;
+    MemoryRegistryStore m_store;
+    std::shared_ptr<FakeMecadra> m_fake;
+    std::unique_ptr<McManager> m_manager;
+};
+
+// --- locating ---------------------------------------------------------------
+
+TEST_F(McManagerTest, CommandLineComesFromTheVersionFolderWithTheEditionSwitch)
+{
+    install(2013, QStringLiteral("C:\\Program Files\\Mecadra 2013\\\\"), 1);
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    EXPECT_EQ(m_manager->GetExecutablePath(QString::fromLatin1(kClassId)),
+              "C:\\Program Files\\Mecadra 2013\\CADRIX.EXE /B");
+    EXPECT_FALSE(m_manager->regressionStart());
+
+    for (std::optional<std::uint32_t> edition : {std::optional<std::uint32_t>(0), std::optional<std::uint32_t>()}) {
+        m_store.deleteKeyTree(RegistryRoot::LocalMachine, RegistryView::Native, MecadraVersion::setupKey(2013));
+        install(2013, QStringLiteral("C:\\M"), edition);
+        EXPECT_EQ(m_manager->GetExecutablePath(QString::fromLatin1(kClassId)), "C:\\M\\CADRIX.EXE /R");
+        EXPECT_TRUE(m_manager->regressionStart());
+    }
+}
+
+TEST_F(McManagerTest, RegressionModeSettingForcesTheRegressionSwitch)
+{
+    install();
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    setUserValue(QStringLiteral("ForceRegressionMode"), RegistryValue::fromDword(0));
+    EXPECT_TRUE(m_manager->GetExecutablePath(QString::fromLatin1(kClassId)).endsWith(" /B"));
+    setUserValue(QStringLiteral("ForceRegressionMode"), RegistryValue::fromDword(1));
+    EXPECT_TRUE(m_manager->GetExecutablePath(QString::fromLatin1(kClassId)).endsWith(" /R"));
+}
+
+TEST_F(McManagerTest, WithoutAVersionFolderTheClassGivesPathAndVersion)
+{
+    install(2013, QString());
+    m_manager->Init(nullptr, 1, nullptr, 0);
+    // No set-up key: the edition counts as missing.
+    EXPECT_EQ(m_manager->GetExecutablePath(QString::fromLatin1(kClassId)), "C:\\Server\\CADRIX.EXE /R");
+    EXPECT_EQ(m_manager->versionYear(), 2013);
+}
+
+TEST_F(McManagerTest, On64BitSystemsThe64BitViewIsReadFirstThenThe32BitView)
+{
+    m_manager->setWow64(true);
+    install(2013, QStringLiteral("C:\\Only32"), 1, RegistryView::View32);
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    EXPECT_EQ(m_manager->GetExecutablePath(QString::fromLatin1(kClassId)), "C:\\Only32\\CADRIX.EXE /B");
+
+    install(2013, QStringLiteral("C:\\Both64"), 0, RegistryView::View64);
+    EXPECT_EQ(m_manager->GetExecutablePath(QString::fromLatin1(kClassId)), "C:\\Both64\\CADRIX.EXE /R");
+
+    // A process of the system's own bitness reads the normal view only.
+    m_store.deleteKeyTree(RegistryRoot::LocalMachine, RegistryView::View64, QStringLiteral("SOFTWARE\\Mecadra"));
+    m_manager->setWow64(false);
+    EXPECT_EQ(m_manager->GetExecutablePath(QString::fromLatin1(kClassId)), "C:\\Server\\CADRIX.EXE /R");
+}
+
+TEST_F(McManagerTest, AMissingVersionFallsBackToTheUnversionedProgIdOrIsNotInstalled)
+{
+    m_manager->Init(nullptr, 1, nullptr, 2012);
+    EXPECT_TRUE(failed(m_manager->Start()));
+    EXPECT_EQ(m_manager->lastError(), "Mecadra 2012 is not installed.");
+    EXPECT_EQ(startedProcesses(), 0);
+
+    install(2013, QString());
+    ASSERT_EQ(m_manager->Start(), S_OK) << m_manager->lastError().toStdString();
+    // The unversioned ProgID's class names 2013 through its versioned ProgID.
+    EXPECT_EQ(m_manager->versionYear(), 2013);
+    EXPECT_EQ(m_fake->commandLines.back(), "C:\\Server\\CADRIX.EXE /R");
+}
+
+// --- starting and closing ---------------------------------------------------
+
+TEST_F(McManagerTest, StartHidesTheApplicationAndCloseEndsIt)
+{
+    install();
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    EXPECT_TRUE(m_manager->isConnected());
+    EXPECT_EQ(m_manager->revisionMajor(), 21);
+    const qint64 pid = m_manager->processId();
+    EXPECT_EQ(m_manager->Close(true, S_OK), S_OK);
+    EXPECT_FALSE(m_fake->isRunning(pid));
+    EXPECT_EQ(m_fake->processes[pid].exitCode, 0);
+    EXPECT_FALSE(m_manager->isConnected());
+}
+
+TEST_F(McManagerTest, AProcessThatNeverRegistersIsKilledAfterTheLastPoll)
+{
+    FakeClock &clock = m_clock;
+    install();
+    m_fake->registers = false;
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    EXPECT_EQ(m_manager->Start(), E_FAIL);
+    EXPECT_EQ(m_manager->lastError(), "Failed to start Mecadra 2013.");
+    EXPECT_EQ(clock.totalSlept(), 120 * 1000);
+    EXPECT_EQ(m_fake->processes[m_fake->lastPid()].exitCode, McManager::ExitCodeKilled);
+    EXPECT_FALSE(m_fake->isRunning(m_fake->lastPid()));
+}
+
+TEST_F(McManagerTest, AProcessThatRefusesToExitIsTerminatedAfterElevenSeconds)
+{
+    FakeClock &clock = m_clock;
+    install();
+    m_fake->refusesExit = true;
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    const qint64 before = clock.totalSlept();
+    EXPECT_EQ(m_manager->Close(true, S_OK), S_OK);
+    EXPECT_EQ(clock.totalSlept() - before, 11 * 1000 + 1000); // 11 waits, then the first after termination
+    EXPECT_EQ(m_fake->processes[m_manager->processId()].exitCode, McManager::ExitCodeKilled);
+}
+
+TEST_F(McManagerTest, AFailedHideIsReportedAndRetryStartBeginsAgain)
+{
+    install();
+    m_fake->hideFailure = E_ACCESSDENIED;
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    EXPECT_EQ(m_manager->Start(), E_ACCESSDENIED);
+    EXPECT_EQ(m_manager->lastError(), "Failed to set Mecadra main window as invisible.");
+    const qint64 first = m_manager->processId();
+    m_fake->hideFailure = S_OK;
+    EXPECT_EQ(m_manager->RetryStart(E_ACCESSDENIED), S_OK);
+    EXPECT_NE(m_manager->processId(), first);
+    EXPECT_FALSE(m_fake->isRunning(first));
+    EXPECT_EQ(m_manager->restartCount(), 1);
+}
+
+// --- restart policy ---------------------------------------------------------
+
+TEST_F(McManagerTest, HundredFilesRestartAndTheCounterStartsAgain)
+{
+    install();
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    for (int file = 1; file <= 100; ++file)
+        m_manager->AfterFile();
+    EXPECT_EQ(m_manager->filesSinceStart(), 100);
+    EXPECT_EQ(startedProcesses(), 1);
+    m_manager->AfterFile();
+    EXPECT_EQ(startedProcesses(), 2);
+    EXPECT_EQ(m_manager->filesSinceStart(), 1);
+}
+
+TEST_F(McManagerTest, MemoryGrowthRestartsOnlyAboveTwiceTheBaselineAndTheLimit)
+{
+    install();
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    const qint64 pid = m_manager->processId();
+    m_fake->workingSets[pid] = quint64(200) << 20;
+    m_manager->AfterFile(); // measures the baseline
+    EXPECT_EQ(m_manager->baselineWorkingSet(), quint64(200) << 20);
+    m_fake->workingSets[pid] = quint64(300) << 20;
+    m_manager->AfterFile();
+    EXPECT_EQ(startedProcesses(), 1);
+    m_fake->workingSets[pid] = quint64(500) << 20;
+    m_manager->AfterFile();
+    EXPECT_EQ(startedProcesses(), 2);
+
+    // Twice a small baseline is not enough while under 256 MiB.
+    McManager small(m_fake, m_store);
+    small.Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(small.Start(), S_OK);
+    m_fake->workingSets[small.processId()] = quint64(50) << 20;
+    small.AfterFile();
+    m_fake->workingSets[small.processId()] = quint64(250) << 20;
+    small.AfterFile();
+    EXPECT_EQ(startedProcesses(), 3);
+}
+
+TEST_F(McManagerTest, AfterFileStartsWhenAnEarlierStartFailed)
+{
+    install();
+    m_fake->registers = false;
+    m_manager->setTiming({1, 2, 1, 1, 1, 1800});
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    EXPECT_EQ(m_manager->Start(), E_FAIL);
+    m_fake->registers = true;
+    m_manager->AfterFile();
+    EXPECT_TRUE(m_manager->isConnected());
+}
+
+// --- macro runner -----------------------------------------------------------
+
+TEST_F(McManagerTest, AttemptsShrinkWithRestartsAndEachFailedAttemptRestarts)
+{
+    install();
+    m_fake->runAnswer = [](int) { return FakeMecadra::RunAnswer{E_UNEXPECTED, false, 0, {}}; };
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+
+    struct Case { int restartCount; int calls; int restarts; };
+    int calls = 0;
+    int starts = startedProcesses();
+    for (const Case c : {Case{0, 3, 2}, Case{2, 3, 2}, Case{3, 2, 1}, Case{7, 1, 0}, Case{9, 1, 0}}) {
+        m_manager->setRestartCount(c.restartCount);
+        EXPECT_EQ(runMacro(), E_UNEXPECTED) << "restartCount " << c.restartCount;
+        EXPECT_EQ(m_fake->runCalls - calls, c.calls) << "restartCount " << c.restartCount;
+        EXPECT_EQ(startedProcesses() - starts, c.restarts) << "restartCount " << c.restartCount;
+        EXPECT_EQ(m_manager->restartCount(), 0);
+        calls = m_fake->runCalls;
+        starts = startedProcesses();
+    }
+    EXPECT_EQ(m_manager->lastError(), "Failed to run Mecadra macro.");
+}
+
+TEST_F(McManagerTest, ASecondAttemptAfterARestartRunsTheSameMacro)
+{
+    install();
+    m_fake->readMacro = [](const QString &path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? fromWindows1252(file.readAll()) : QString();
+    };
+    m_fake->runAnswer = [](int call) {
+        return call == 1 ? FakeMecadra::RunAnswer{RPC_S_SERVER_UNAVAILABLE, false, 0, {}} : FakeMecadra::RunAnswer{};
+    };
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    const QString text = QStringLiteral("Sub main()\r\n  ' caf\u00e9\r\nEnd Sub\r\n");
+    EXPECT_EQ(runMacro(text), S_OK);
+    ASSERT_EQ(m_fake->macroTexts.size(), 2u);
+    EXPECT_EQ(m_fake->macroTexts[0], text);
+    EXPECT_EQ(m_fake->macroTexts[1], text);
+    EXPECT_EQ(startedProcesses(), 2);
+    const QString macroFile = m_fake->macroPaths[0];
+    EXPECT_TRUE(QFileInfo(macroFile).fileName().startsWith("TFR"));
+    EXPECT_TRUE(macroFile.endsWith(".mcb"));
+    EXPECT_FALSE(QFile::exists(macroFile));
+}
+
+TEST_F(McManagerTest, FailedRunsGiveTheMessageWithTheReasonOfKnownCodes)
+{
+    install();
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    struct Case { std::int32_t errorCode; const char *message; };
+    for (const Case c : {Case{0, "Failed to run Mecadra macro."}, Case{3, "Failed to run Mecadra macro."},
+                         Case{8, "Failed to run Mecadra macro. Reason: Sub or Function expected."},
+                         Case{28, "Failed to run Mecadra macro. Reason: File open failed."}}) {
+        m_fake->runAnswer = [c](int) { return FakeMecadra::RunAnswer{S_OK, false, c.errorCode, {}}; };
+        EXPECT_EQ(runMacro(), E_FAIL) << c.errorCode;
+        EXPECT_EQ(m_manager->lastError(), c.message);
+    }
+    // A call that succeeded, whatever its flag, is not tried again.
+    EXPECT_EQ(m_fake->runCalls, 4);
+    EXPECT_EQ(startedProcesses(), 1);
+}
+
+TEST_F(McManagerTest, OldRevisionsUseTheRunCallWithoutErrorCode)
+{
+    install();
+    m_fake->revision = QStringLiteral("16.5");
+    m_fake->runAnswer = [](int) { return FakeMecadra::RunAnswer{S_OK, true, 8, {}}; };
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    EXPECT_EQ(m_manager->revisionMajor(), 16);
+    EXPECT_EQ(runMacro(), S_OK); // no error code is read from the older call
+}
+
+TEST_F(McManagerTest, ASchedulerWindowEarnsOneExtraAttemptAndForcesRegression)
+{
+    install();
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    EXPECT_FALSE(m_manager->regressionStart());
+
+    // Once, with a single attempt left: restarted with /R and run again.
+    m_manager->setRestartCount(7);
+    m_fake->runAnswer = [](int call) {
+        return call == 1 ? FakeMecadra::RunAnswer{S_OK, true, 0, QStringLiteral("Error - Mecadra Task Scheduler")}
+                         : FakeMecadra::RunAnswer{};
+    };
+    EXPECT_EQ(runMacro(), S_OK);
+    EXPECT_EQ(m_fake->runCalls, 2);
+    EXPECT_TRUE(m_manager->forceRegression());
+    EXPECT_TRUE(m_fake->commandLines.back().endsWith(" /R"));
+
+    // At every attempt: the loop ends after the granted attempt.
+    m_fake->runAnswer = [](int) {
+        return FakeMecadra::RunAnswer{S_OK, true, 0, QStringLiteral("Error - Mecadra Task Scheduler")};
+    };
+    const int calls = m_fake->runCalls;
+    EXPECT_EQ(runMacro(), E_FAIL);
+    EXPECT_EQ(m_fake->runCalls - calls, 2);
+    EXPECT_EQ(m_fake->answeredWindows, 3);
+}
+
+TEST_F(McManagerTest, ScriptCopyPathKeepsACopyAtTheExpandedPath)
+{
+    QTemporaryDir dir;
+    qputenv("MCTASK_TEST_COPY_DIR", QFile::encodeName(dir.path()));
+    setUserValue(QStringLiteral("ScriptCopyPath"), RegistryValue::fromString(QStringLiteral("%MCTASK_TEST_COPY_DIR%/last.mcb")));
+    install();
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    EXPECT_EQ(runMacro(QStringLiteral("Sub main()\r\n'\u20ac\r\nEnd Sub\r\n")), S_OK);
+    QFile copy(dir.filePath(QStringLiteral("last.mcb")));
+    ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
+    EXPECT_EQ(copy.readAll(), QByteArray("Sub main()\r\n'\x80\r\nEnd Sub\r\n"));
+    qunsetenv("MCTASK_TEST_COPY_DIR");
+}
+
+// --- start-up add-ins -------------------------------------------------------
+
+TEST_F(McManagerTest, StartupAddInsAreSwitchedOffAndRestoredExactly)
+{
+    auto setDefault = [&](const QString &key, const RegistryValue &value) {
+        m_store.createKey(RegistryRoot::CurrentUser, RegistryView::Native, key);
+        m_store.writeValue(RegistryRoot::CurrentUser, RegistryView::Native, key, QString(), value);
+    };
+    auto readDefault = [&](const QString &key) {
+        return m_store.readValue(RegistryRoot::CurrentUser, RegistryView::Native, key, QString());
+    };
+    const QString one = QStringLiteral("Software\\Mecadra\\AddInsStartup\\{A}");
+    const QString two = QStringLiteral("Software\\Mecadra\\AddInsStartup\\{B}");
+    const QString text = QStringLiteral("Software\\Mecadra\\Startup\\Applications\\Tool");
+    const QString empty = QStringLiteral("Software\\Mecadra\\Startup\\Applications\\Empty");
+    setDefault(one, RegistryValue::fromDword(1));
+    setDefault(two, RegistryValue::fromDword(2));
+    setDefault(text, RegistryValue::fromString(QStringLiteral("C:\\Tools\\tool.dll")));
+    setDefault(empty, RegistryValue::fromString(QString()));
+
+    m_manager->SuspendStartupAddIns(false);
+    EXPECT_EQ(readDefault(one), RegistryValue::fromDword(0));
+    EXPECT_EQ(readDefault(two), RegistryValue::fromDword(2));
+    EXPECT_EQ(readDefault(text), RegistryValue::fromString(QString()));
+    EXPECT_EQ(m_manager->suspendedAddIns().size(), 2);
+
+    setDefault(two, RegistryValue::fromDword(5)); // changed meanwhile: not ours to restore
+    m_manager->SuspendStartupAddIns(true);
+    EXPECT_EQ(readDefault(one), RegistryValue::fromDword(1));
+    EXPECT_EQ(readDefault(two), RegistryValue::fromDword(5));
+    EXPECT_EQ(readDefault(text), RegistryValue::fromString(QStringLiteral("C:\\Tools\\tool.dll")));
+    EXPECT_EQ(readDefault(empty), RegistryValue::fromString(QString()));
+}
+
+} // namespace
