@@ -72,12 +72,7 @@ void TaskRunDriver::checkOutErrorLog(IDoxVault &vault) const
     if (throwIfFailed(vault.GetFileFromPath(m_builder.GetErrorLogFile(), file, folder)) != S_OK || !file
         || file->IsLocked())
         return;
-    std::int32_t folderId = 0;
-    if (folder)
-        folderId = folder->GetID();
-    else
-        throwIfFailed(file->GetParentFolderId(folderId));
-    throwIfFailed(file->LockFile(folderId));
+    throwIfFailed(file->LockFile(folderIdOf(*file, folder.get())));
 }
 
 HRESULT TaskRunDriver::runFiles(const std::shared_ptr<IDoxVault> &vault,
@@ -172,12 +167,7 @@ std::vector<AffectedObject> TaskRunDriver::affectedObjects(std::int32_t status) 
         std::shared_ptr<IDoxFolder> folder;
         if (throwIfFailed(vault->GetFileFromPath(record.path, file, folder)) != S_OK || !file)
             continue;
-        std::int32_t folderId = 0;
-        if (folder)
-            folderId = folder->GetID();
-        else
-            throwIfFailed(file->GetParentFolderId(folderId));
-        affected.push_back({file->GetID(), DoxObject_File, folderId, file->GetCurrentVersion()});
+        affected.push_back({file->GetID(), DoxObject_File, folderIdOf(*file, folder.get()), file->GetCurrentVersion()});
     }
     return affected;
 }

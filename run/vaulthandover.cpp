@@ -29,6 +29,15 @@ bool isVaultOutput(const FileRecord &record)
 
 } // namespace
 
+std::int32_t folderIdOf(IDoxFile &file, IDoxFolder *folder)
+{
+    if (folder)
+        return folder->GetID();
+    std::int32_t folderId = 0;
+    throwIfFailed(file.GetParentFolderId(folderId));
+    return folderId;
+}
+
 VaultHandOver::VaultHandOver(std::shared_ptr<IDoxVault> vault, IDoxVariables &instance, TaskRunRecord &record,
                              ErrorReporter report)
     : m_vault(std::move(vault)), m_instance(instance), m_record(record), m_report(std::move(report))
@@ -216,10 +225,7 @@ void VaultHandOver::putErrorLogOrThrow(const QString &errorLogPath)
     std::shared_ptr<IDoxFolder> folder;
     if (throwIfFailed(m_vault->GetFileFromPath(errorLogPath, file, folder)) == S_OK && file) {
         record.docId = file->GetID();
-        if (folder)
-            record.projId = folder->GetID();
-        else
-            throwIfFailed(file->GetParentFolderId(record.projId));
+        record.projId = folderIdOf(*file, folder.get());
     } else {
         std::shared_ptr<IDoxBatchAdd> add;
         throwIfFailed(createVaultUtility(*m_vault, DoxUtil_BatchAdd, add));

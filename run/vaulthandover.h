@@ -11,6 +11,10 @@
 class IDoxVariables;
 class TaskRunRecord;
 
+// The id of the folder that holds file: the looked-up folder's, else the
+// file's parent. Host failures throw HostError.
+std::int32_t folderIdOf(IDoxFile &file, IDoxFolder *folder);
+
 // Brings what a run produced into the vault: the outputs in one batch, their
 // data cards and references to their sources (conversions), one check-in,
 // then the error log. Every failure is written to the error log through the
