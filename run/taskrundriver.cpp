@@ -40,6 +40,7 @@ HRESULT TaskRunDriver::Run(const std::shared_ptr<IDoxVault> &vault, const std::s
                            DoxCmd &cmd, const DoxCmdDataArray &data)
 {
     m_selected.clear();
+    m_failureText.clear();
     const HRESULT hr = hostCall([&] { return runFiles(vault, instance, cmd, data); });
     if (hr == S_FALSE)
         cmd.cancel = -1;
@@ -104,8 +105,10 @@ HRESULT TaskRunDriver::runFiles(const std::shared_ptr<IDoxVault> &vault,
         checkOutErrorLog(*vault);
 
     if (const HRESULT started = m_cad->Start(); failed(started)) {
-        if (const HRESULT retried = m_cad->RetryStart(started); failed(retried))
+        if (const HRESULT retried = m_cad->RetryStart(started); failed(retried)) {
+            m_failureText = m_cad->lastError();
             return retried;
+        }
     }
 
     const auto steps = static_cast<std::int32_t>(m_selected.size()) + (m_taskType == TaskTypePrint ? 0 : 1);
@@ -126,6 +129,7 @@ HRESULT TaskRunDriver::runFiles(const std::shared_ptr<IDoxVault> &vault,
         }
     } catch (const HostError &e) {
         result = e.code();
+        m_failureText = m_cad->lastError();
         cancelled = result == S_FALSE;
         if (cancelled)
             cmd.cancel = -1;
@@ -183,7 +187,10 @@ HRESULT TaskRunDriver::Finish(IDoxTaskInstance &instance, HRESULT runResult)
         std::int32_t newStatus = runResult != S_OK ? TaskStatus_FinishedWithError : TaskStatus_FinishedOk;
         QString message;
         if (runResult != S_OK && !m_selected.empty()) {
+            // Closing the application may have replaced the text of the failure.
             message = m_cad->lastError();
+            if (message.isEmpty())
+                message = m_failureText;
             message.remove(QLatin1String(" 0"));
         } else if (runResult != S_OK) {
             message = text(NoFileSelectedText, "No file selected.");

@@ -62,5 +62,7 @@ private:
     TextLookup m_text;
     MacroBuilder m_builder;
     std::vector<std::shared_ptr<FileRecord>> m_selected;
+    // The connection's text when the run failed, before Close.
+    QString m_failureText;
     std::int32_t m_taskType = 3;
 };

@@ -63,6 +63,8 @@ public:
     HRESULT Close(bool force, HRESULT) override
     {
         closes.push_back(force);
+        if (clearErrorOnClose)
+            error.clear();
         return closeResult;
     }
     QString lastError() const override { return error; }
@@ -81,6 +83,7 @@ public:
     HRESULT retryResult = S_OK;
     HRESULT closeResult = S_OK;
     qsizetype failAt = -1;
+    bool clearErrorOnClose = false;
     QString error;
     QStringList macros;
     std::vector<bool> closes;
@@ -336,6 +339,13 @@ TEST_F(RunDriverTest, MacroFailureEndsTheLoopButKeepsWhatWasDone)
     EXPECT_EQ(driver.Finish(*instance, hr), MacroFailed);
     EXPECT_EQ(instance->status, TaskStatus_FinishedWithError);
     EXPECT_EQ(instance->finalResult, MacroFailed);
+    EXPECT_EQ(instance->finalMessage, QStringLiteral("Macro run failed (error)"));
+
+    // A connection that forgets its text when closed still has it reported.
+    cad->clearErrorOnClose = true;
+    cad->failAt = 3;
+    EXPECT_EQ(run({source(QStringLiteral("D.mcdprt"))}), MacroFailed);
+    EXPECT_EQ(driver.Finish(*instance, MacroFailed), MacroFailed);
     EXPECT_EQ(instance->finalMessage, QStringLiteral("Macro run failed (error)"));
 }
 

@@ -1,9 +1,9 @@
 #include "addin/module/moduleservices.h"
 
+#include "cad/mcmanager.h"
 #include "cad/vaultclientchannel.h"
 #include "common/translator.h"
 #include "convert/conversionsettingspage.h"
-#include "host/hosterror.h"
 #include "host/idoxtask.h"
 #include "run/cadconnection.h"
 #include "run/taskdetailspage.h"
@@ -35,23 +35,6 @@ public:
         if (id == PageId::Details)
             return std::make_unique<TaskDetailsPage>(context, &moduleText);
         return nullptr;
-    }
-};
-
-// Until the CAD connection joins the module, a run fails at the start with
-// a message that says why.
-class CadConnectionMissing final : public CadConnection
-{
-public:
-    void Init(std::shared_ptr<TaskRunRecord>, std::int32_t, std::shared_ptr<IDoxTaskInstance>, std::int32_t) override {}
-    HRESULT Start() override { return E_NOTIMPL; }
-    HRESULT RetryStart(HRESULT) override { return E_NOTIMPL; }
-    void RunMacro(const QString &) override { throw HostError(E_NOTIMPL); }
-    void AfterFile() override {}
-    HRESULT Close(bool, HRESULT) override { return S_OK; }
-    QString lastError() const override
-    {
-        return QStringLiteral("This build of the add-in has no connection to Mecadra.");
     }
 };
 
@@ -123,7 +106,10 @@ AddInServices makeModuleServices()
     services.launchDialogs = std::make_shared<DialogsNotAvailable>();
     auto runRecord = std::make_shared<TaskRunRecord>();
     runRecord->setVaultClientNotifier(&NotifyVaultClient);
-    services.runDriver = std::make_shared<ModuleRunDriver>(runRecord, std::make_shared<CadConnectionMissing>(), nullptr);
+    // One connection to Mecadra per add-in object: it runs the files and
+    // switches Mecadra's own start-up add-ins around the run.
+    auto mecadra = std::make_shared<McManager>();
+    services.runDriver = std::make_shared<ModuleRunDriver>(runRecord, mecadra, mecadra);
     services.selectionStore = std::make_shared<RunRecordSelectionStore>(runRecord);
     services.text = &moduleText;
     return services;
