@@ -349,14 +349,14 @@ TEST_F(TaskCommandsTest, RunReportsTheAddInsOutcomeHonestly)
     createTask("Script", "script");
     const int id = launch("Script", {"V:\\Parts\\gear.mcdprt"});
 
-    // The add-in's run driver is not there yet: the run ends with errors.
+    // Mecadra is not installed in this test's home: the run ends with the
+    // connection's error and its text.
     const ProgramRun ran = task("run", {QString::number(id), "--json"});
     EXPECT_EQ(ran.status, 1) << ran.err.toStdString();
     const QJsonObject report = ran.json().object();
     EXPECT_EQ(report["status"], QJsonValue(TaskStatus_FinishedWithError));
-    EXPECT_EQ(report["hresultText"], QJsonValue("0x80004001"));
-    EXPECT_EQ(report["errorName"], QJsonValue("E_NOTIMPL"));
-    EXPECT_FALSE(report["message"].toString().isEmpty());
+    EXPECT_EQ(report["hresultText"], QJsonValue("0x800401F3"));
+    EXPECT_EQ(report["message"], QJsonValue("Mecadra is not installed."));
     EXPECT_TRUE(report["notifications"].isArray());
     EXPECT_EQ(statusOf(id), TaskStatus_FinishedWithError);
 
@@ -367,7 +367,7 @@ TEST_F(TaskCommandsTest, RunReportsTheAddInsOutcomeHonestly)
     const int second = launch("Script", {"V:\\Parts\\gear.mcdprt"});
     const ProgramRun text = task("run", {QString::number(second)});
     EXPECT_EQ(text.status, 1);
-    EXPECT_TRUE(text.out.contains("status 9, E_NOTIMPL")) << text.out.toStdString();
+    EXPECT_TRUE(text.out.contains("(status 9, 0x800401F3): Mecadra is not installed.")) << text.out.toStdString();
 }
 
 TEST_F(TaskCommandsTest, DetailsListTheSelectionUntilTheInstanceEnds)
