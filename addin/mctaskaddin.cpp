@@ -2,11 +2,33 @@
 
 #include "addin/taskcatalogue.h"
 #include "addin/tasksettings.h"
+#include "host/hostcall.h"
 #include "host/hosterror.h"
 #include "host/idoxtask.h"
 #include "host/idoxvault.h"
 
 namespace {
+
+// The CAD application's own start-up add-ins are off while it runs for a
+// task, and back on however the run ends.
+class StartupAddInsOff final
+{
+public:
+    explicit StartupAddInsOff(RunDriver &driver) : m_driver(driver) { m_driver.suspendStartupAddIns(false); }
+    ~StartupAddInsOff()
+    {
+        try {
+            m_driver.suspendStartupAddIns(true);
+        } catch (...) {
+            // The run's own result matters more than a failed restore.
+        }
+    }
+    StartupAddInsOff(const StartupAddInsOff &) = delete;
+    StartupAddInsOff &operator=(const StartupAddInsOff &) = delete;
+
+private:
+    RunDriver &m_driver;
+};
 
 constexpr std::int32_t TaskTypeConvert = 1;
 constexpr std::int32_t TaskTypePrint = 2;
@@ -44,10 +66,11 @@ HRESULT CMcTaskAddIn::GetAddInInfo(DoxAddInInfo *info, const std::shared_ptr<IDo
     info->addInVersion = AddInVersion;
     info->requiredVersionMajor = 13;
     info->requiredVersionMinor = 0;
-    HRESULT hr = S_OK;
+    // A hook the host refuses leaves that command unhooked; the add-in
+    // still loads.
     for (const std::int32_t command : HookedCommands)
-        hr = combineResult(hr, cmdMgr->AddHook(command, 0));
-    return failed(hr) ? hr : S_OK;
+        cmdMgr->AddHook(command, 0);
+    return S_OK;
 }
 
 HRESULT CMcTaskAddIn::OnCmd(DoxCmd *cmd, DoxCmdDataArray *data)
@@ -149,7 +172,7 @@ HRESULT CMcTaskAddIn::onSetup(DoxCmd &cmd, const std::shared_ptr<IDoxVault> &vau
             page = slot.get();
         }
         if (!page)
-            return E_FAIL;
+            return E_PAGE_MISSING;
         page->create(cmd.window);
         if (const HRESULT hr = page->load(*props); failed(hr))
             return hr;
@@ -249,7 +272,7 @@ HRESULT CMcTaskAddIn::onDetails(DoxCmd &cmd, const std::shared_ptr<IDoxVault> &v
     context.finished = finished;
     m_detailsPage = m_services.pages->createPage(PageId::Details, context);
     if (!m_detailsPage)
-        return E_FAIL;
+        return E_PAGE_MISSING;
     const HostWindow window = m_detailsPage->create(cmd.window);
 
     QString caption;
@@ -293,7 +316,7 @@ HRESULT CMcTaskAddIn::onLaunch(DoxCmd &cmd, DoxCmdDataArray &data, const std::sh
         context.launchMode = true;
         m_conversionPage = m_services.pages->createConversionSettingsPage(context);
         if (!m_conversionPage)
-            return E_FAIL;
+            return E_PAGE_MISSING;
         const HostWindow window = m_conversionPage->create(cmd.window);
         if (const HRESULT hr = m_conversionPage->load(*instance); failed(hr))
             return hr;
@@ -338,17 +361,11 @@ HRESULT CMcTaskAddIn::onRun(DoxCmd &cmd, DoxCmdDataArray &data, const std::share
         return hr;
 
     RunDriver &driver = *m_services.runDriver;
-    driver.suspendStartupAddIns(false);
     HRESULT result = E_UNEXPECTED;
-    try {
-        result = driver.run(vault, instance, cmd, data);
-    } catch (const HostError &e) {
-        result = e.code();
-    } catch (...) {
-        driver.suspendStartupAddIns(true);
-        throw;
+    {
+        const StartupAddInsOff startupAddInsOff(driver);
+        result = hostCall([&] { return driver.run(vault, instance, cmd, data); });
     }
-    driver.suspendStartupAddIns(true);
 
     if (result == S_FALSE)
         cmd.cancel = -1;

@@ -221,6 +221,33 @@ TEST_F(AddInTest, InfoDescribesTheAddInAndHooksTheSixCommandsInOrder)
     EXPECT_EQ(info.requiredVersionMinor, 0);
 }
 
+TEST_F(AddInTest, InfoSucceedsWhateverTheHooksAnswer)
+{
+    auto mgr = std::make_shared<MockCmdMgr>();
+    EXPECT_CALL(*mgr, AddHook(_, 0)).Times(6).WillOnce(Return(E_FAIL)).WillRepeatedly(Return(S_FALSE));
+    DoxAddInInfo info;
+    EXPECT_EQ(addin->GetAddInInfo(&info, vault, mgr), S_OK);
+    EXPECT_EQ(info.addInName, "Mecadra Task Add-in");
+}
+
+TEST_F(AddInTest, MissingPagesAreReportedAsSuchNotAsFailures)
+{
+    // No menu page: the set-up says the page is missing.
+    DoxCmd setup = command(DoxCmd_TaskSetup, props);
+    EXPECT_EQ(send(setup), E_PAGE_MISSING);
+    // No conversion page at launch; no details page.
+    instance->set("__type", Variant::fromI4(1));
+    DoxCmdData file;
+    file.string1 = "V:\\a.mcdprt";
+    file.long1 = DoxObject_File;
+    data = {file};
+    DoxCmd launch = command(DoxCmd_TaskLaunch, instance);
+    EXPECT_EQ(send(launch), E_PAGE_MISSING);
+    pages->pages[PageId::Details] = nullptr;
+    DoxCmd details = command(DoxCmd_TaskDetails, instance);
+    EXPECT_EQ(send(details), E_PAGE_MISSING);
+}
+
 TEST_F(AddInTest, NullPointersAreRefused)
 {
     DoxAddInInfo info;

@@ -7,6 +7,9 @@
 
 class IDoxVault;
 
+// What a command answers when the page it needs is not part of this build.
+inline constexpr HRESULT E_PAGE_MISSING = E_NOTIMPL;
+
 // Dialog template numbers of the pages and dialogs the dispatcher creates.
 enum class PageId : std::int32_t {
     Script = 103,

@@ -15,6 +15,7 @@ int runVaultAddCommand(CommandContext &context);
 int runVaultLsCommand(CommandContext &context);
 int runVaultCardCommand(CommandContext &context);
 int runVaultRefCommand(CommandContext &context);
+int runVaultShowCommand(CommandContext &context);
 #endif
 #ifdef MCTASK_WITH_MACRO_RUN
 int runMacroRunCommand(CommandContext &context);
@@ -56,6 +57,8 @@ const std::vector<CommandEntry> &allCommands()
         {"vault", "ls", "[--vault DIR] [--json] [FOLDER]", "list the files of a folder and below", &runVaultLsCommand},
         {"vault", "card", "[--vault DIR] FILE [NAME[=VALUE]]...", "read or set card variables", &runVaultCardCommand},
         {"vault", "ref", "[--vault DIR] PARENT CHILD [--conf NAME]", "make a reference", &runVaultRefCommand},
+        {"vault", "show", "[--vault DIR] [--json] FILE", "show a file's versions, card and references",
+         &runVaultShowCommand},
 #endif
 #ifdef MCTASK_WITH_MACRO
         {"macro", "preview", "[--vault DIR] INSTANCE|TASK FILE", "print the macro a run would build for a file",

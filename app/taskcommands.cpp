@@ -5,6 +5,7 @@
 #include "app/vaultlocator.h"
 #include "common/errortexts.h"
 #include "common/translator.h"
+#include "convert/conversionsettings.h"
 #include "host/hosterror.h"
 #include "macro/templateloader.h"
 #include "platform/ipc/ipcnames.h"
@@ -14,6 +15,7 @@
 #include "vault/taskstore.h"
 #include "vault/vaultstore.h"
 
+#include <QAbstractItemView>
 #include <QCommandLineParser>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -22,11 +24,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <unistd.h>
 
 namespace {
 
 const QString SetupPagesMissing = QStringLiteral("the set-up pages of this task kind are not available yet");
 const QString InstanceExpected = QStringLiteral("an instance id is expected (its number or its {identifier})");
+// What the add-in answers when a command needs a page it does not have.
+constexpr HRESULT PageMissing = E_NOTIMPL;
 
 // The options every task command may take; each command adds those it uses.
 struct TaskOptions {
@@ -201,7 +206,7 @@ bool reportSetup(const SetupOutcome &outcome, const QString &taskName, CommandCo
 {
     if (failed(outcome.setupResult)) {
         context.err << "mctask: task '" << taskName << "': "
-                    << (outcome.setupResult == E_FAIL ? SetupPagesMissing : QStringLiteral("set-up failed")) << " ("
+                    << (outcome.setupResult == PageMissing ? SetupPagesMissing : QStringLiteral("set-up failed")) << " ("
                     << describeError(outcome.setupResult) << ")\n";
     } else if (!outcome.confirmed) {
         context.err << "mctask: task '" << taskName << "': set-up cancelled\n";
@@ -272,7 +277,7 @@ int runCreate(CommandContext &context)
     tasks.setTaskVariable(task.id, QStringLiteral("__script"), Variant::fromBStr(script));
 
     const SetupOutcome outcome = host->setupWithOk(task.id);
-    if (outcome.setupResult == E_FAIL) {
+    if (outcome.setupResult == PageMissing) {
         context.err << "mctask: created task '" << name << "' without set-up: " << SetupPagesMissing << " ("
                     << describeError(outcome.setupResult) << ")\n";
         context.out << "created task " << name << '\n';
@@ -372,6 +377,36 @@ int runSetupCommand(CommandContext &context)
     return 0;
 }
 
+std::int32_t taskType(TaskStore &tasks, int taskId)
+{
+    const auto value = tasks.taskVariable(taskId, QStringLiteral("__type"));
+    return value && !value->isEmpty() ? value->toI4() : 3;
+}
+
+// A conversion launch may change only what the task's set-up left open to
+// the user; the settings page of the add-in decides what that is.
+void refuseFixedConversionValues(TaskStore &tasks, const TaskRow &task, const std::vector<NamedVariant> &values)
+{
+    StoredTaskProperties properties(tasks, task.id);
+    ConversionSettingsValues page(true, {});
+    if (failed(page.load(properties)))
+        return;
+    const QStringList open = page.openKeys();
+    for (const auto &[key, value] : values) {
+        if (conversionSettingKeys().contains(key) && !open.contains(key))
+            throw CliError(QStringLiteral("task launch: %1 is fixed by the set-up of task '%2'").arg(key, task.name));
+    }
+}
+
+// The conversion settings the launch confirmed, as the instance now holds them.
+void printConversionSettings(CommandContext &context, TaskStore &tasks, int instanceId)
+{
+    for (const QString &key : conversionSettingKeys())
+        if (const auto value = tasks.instanceValue(instanceId, key))
+            context.err << "  " << variantAssignment(key, *value) << '\n';
+    context.err.flush();
+}
+
 // One launch argument as the host hands it to the add-in.
 DoxCmdData launchEntry(VaultStore &store, EmbeddedVault &vault, const QString &argument)
 {
@@ -422,6 +457,9 @@ int runLaunch(CommandContext &context)
     const auto store = openLocatedVault(parser.value(o.vault));
     TaskStore tasks(store);
     const TaskRow task = requireTask(tasks, args.first());
+    const bool conversion = taskType(tasks, task.id) == 1;
+    if (conversion)
+        refuseFixedConversionValues(tasks, task, values);
     EmbeddedVault vault(store);
     DoxCmdDataArray data;
     for (const QString &argument : args.mid(1))
@@ -451,6 +489,8 @@ int runLaunch(CommandContext &context)
         hr = host->send(button, none);
         if (!confirmed)
             cmd.cancel = -1;
+        else if (succeeded(hr) && conversion && !parser.isSet(o.gui))
+            printConversionSettings(context, tasks, row.id);
     }
     const QString number = QString::number(row.id);
     if (failed(hr)) {
@@ -525,6 +565,8 @@ int runRun(CommandContext &context)
         context.err.flush();
     }
 
+    const bool terminal = isatty(fileno(stderr)) != 0;
+    bool barShown = false;
     HRESULT hr = S_FALSE;
     DoxCmd cmd;
     if (before.status == TaskStatus_CancelRequested) {
@@ -538,7 +580,14 @@ int runRun(CommandContext &context)
             tasks.setStatusOnly(before.id, TaskStatus_Running);
         DoxCmdDataArray data = tasks.instanceData(before.id);
         ProgressReportingInstance::Observer progress;
-        if (!json) {
+        if (!json && terminal) {
+            // One bar, redrawn in place.
+            progress = [&context, &barShown](std::int32_t position, std::int32_t maximum, const QString &text) {
+                context.err << "\r\033[K" << progressLine(position, maximum, text);
+                context.err.flush();
+                barShown = true;
+            };
+        } else if (!json) {
             progress = [&context](std::int32_t position, std::int32_t maximum, const QString &text) {
                 context.err << progressLine(position, maximum, text) << '\n';
                 context.err.flush();
@@ -549,6 +598,10 @@ int runRun(CommandContext &context)
         hr = host->send(cmd, data);
     }
     listener.stop();
+    if (barShown) {
+        context.err << '\n';
+        context.err.flush();
+    }
 
     InstanceRow after = *tasks.instanceById(before.id);
     if (!isFinishedStatus(after.status)) {
@@ -608,40 +661,41 @@ int runDetails(CommandContext &context)
     DoxCmd cmd = host->command(DoxCmd_TaskDetails, instance);
     DoxCmdDataArray none;
     const HRESULT hr = host->send(cmd, none);
-    const bool addInPage = succeeded(hr) && cmd.window && cmd.window != host->window();
-    if (failed(hr))
-        context.err << "mctask: the add-in has no details page for it (" << describeError(hr) << ")\n";
-
-    std::int32_t type = 3;
-    if (const auto value = tasks.instanceValue(row.id, QStringLiteral("__type")); value && !value->isEmpty())
-        type = value->toI4();
-    TaskDetailsModel model(type, isFinishedStatus(row.status), [](int number, const QString &english) {
-        return tr_ts(number, english);
-    });
-    const HRESULT loaded = model.load(*instance, host->vault().get());
-    if (failed(loaded))
-        context.err << "mctask: the file list cannot be read (" << describeError(loaded) << ")\n";
-    context.err.flush();
-
+    const QAbstractItemView *list =
+        succeeded(hr) && cmd.window ? cmd.window->findChild<QAbstractItemView *>(QStringLiteral("list391")) : nullptr;
+    if (!list || !list->model()) {
+        context.err << "mctask: the add-in gave no details page for instance " << row.id << " ("
+                    << describeError(failed(hr) ? hr : PageMissing) << ")\n";
+        return 1;
+    }
     if (parser.isSet(o.gui)) {
-        showDetails(addInPage ? cmd.window : nullptr, cmd.comment, model);
+        showDetails(cmd.window, cmd.comment, TaskDetailsModel(3, false));
         return 0;
     }
+
+    // What the page's list shows, column by column.
+    const QAbstractItemModel &model = *list->model();
+    QStringList captions;
+    for (int c = 0; c < model.columnCount(); ++c)
+        captions.append(model.headerData(c, Qt::Horizontal).toString());
+    std::vector<QStringList> rows;
+    for (int r = 0; r < model.rowCount(); ++r) {
+        QStringList cells;
+        for (int c = 0; c < model.columnCount(); ++c)
+            cells.append(model.data(model.index(r, c)).toString());
+        rows.push_back(cells);
+    }
     if (parser.isSet(o.json)) {
-        QJsonArray columns;
-        for (const QString &caption : model.captions())
-            columns.append(caption);
-        QJsonArray rows;
-        for (std::size_t i = 0; i < model.rows().size(); ++i)
-            rows.append(QJsonArray::fromStringList(model.rowTexts(i)));
-        printJson(context.out, QJsonObject{{QStringLiteral("finished"), model.finished()},
-                                           {QStringLiteral("columns"), columns},
-                                           {QStringLiteral("rows"), rows}});
+        QJsonArray jsonRows;
+        for (const QStringList &cells : rows)
+            jsonRows.append(QJsonArray::fromStringList(cells));
+        printJson(context.out, QJsonObject{{QStringLiteral("caption"), cmd.comment},
+                                           {QStringLiteral("finished"), isFinishedStatus(row.status)},
+                                           {QStringLiteral("columns"), QJsonArray::fromStringList(captions)},
+                                           {QStringLiteral("rows"), jsonRows}});
     } else {
-        std::vector<QStringList> rows;
-        for (std::size_t i = 0; i < model.rows().size(); ++i)
-            rows.push_back(model.rowTexts(i));
-        printTable(context.out, model.captions(), rows);
+        context.out << cmd.comment << '\n';
+        printTable(context.out, captions, rows);
     }
     return 0;
 }

@@ -108,7 +108,7 @@ TEST_F(TaskCommandsTest, CreateRegistersTheAddInStoresTheKindAndTemplateAndKeeps
     const ProgramRun first = task("create", {"Convert", "--kind", "convert"});
     ASSERT_EQ(first.status, 0) << first.err.toStdString();
     EXPECT_TRUE(first.err.contains("the add-in was not registered; registered")) << first.err.toStdString();
-    EXPECT_TRUE(first.err.contains("the set-up pages of this task kind are not available yet (E_FAIL"))
+    EXPECT_TRUE(first.err.contains("the set-up pages of this task kind are not available yet (E_NOTIMPL"))
         << first.err.toStdString();
 
     const ProgramRun second = task("create", {"Print", "--kind", "print"});
@@ -132,7 +132,7 @@ TEST_F(TaskCommandsTest, CreateRegistersTheAddInStoresTheKindAndTemplateAndKeeps
     const ProgramRun setup = task("setup", {"Convert"});
     EXPECT_EQ(setup.status, 1);
     EXPECT_TRUE(setup.err.contains("not available yet")) << setup.err.toStdString();
-    EXPECT_TRUE(setup.err.contains("E_FAIL")) << setup.err.toStdString();
+    EXPECT_TRUE(setup.err.contains("E_NOTIMPL")) << setup.err.toStdString();
 }
 
 TEST_F(TaskCommandsTest, AnAddInThatCannotBeLoadedCreatesNothing)
@@ -280,16 +280,9 @@ TEST_F(TaskCommandsTest, LaunchStoresTheSelectionAndInstanceValuesOnly)
     EXPECT_EQ(listed[0].toObject()["status"], QJsonValue(TaskStatus_Waiting));
 }
 
-TEST_F(TaskCommandsTest, LaunchesTheAddInCannotCompleteEndTheInstance)
+TEST_F(TaskCommandsTest, ALaunchTheAddInCannotCompleteEndsTheInstance)
 {
-    // Without its launch page a conversion launch fails; without the print
-    // dialog a print launch is cancelled. Either way the instance is ended.
-    createTask("Convert", "convert");
-    const ProgramRun convert = task("launch", {"Convert", "V:\\Parts\\gear.mcdprt"});
-    EXPECT_EQ(convert.status, 1);
-    EXPECT_TRUE(convert.err.contains("E_FAIL")) << convert.err.toStdString();
-    EXPECT_EQ(statusOf(convert.lastLine().toInt()), TaskStatus_Finished);
-
+    // Without the print dialog a print launch is cancelled and the instance ended.
     createTask("Print", "print");
     const ProgramRun print = task("launch", {"Print", "V:\\Parts\\Sheets\\plate.mcddrw"});
     EXPECT_EQ(print.status, 1);
@@ -299,6 +292,31 @@ TEST_F(TaskCommandsTest, LaunchesTheAddInCannotCompleteEndTheInstance)
     TaskStore tasks(VaultStore::open(m_vault));
     std::vector<FileRecord> records;
     EXPECT_EQ(TaskRunRecord::readList(*tasks.taskInstance(print.lastLine().toInt()), false, records), S_FALSE);
+}
+
+TEST_F(TaskCommandsTest, ConversionLaunchChangesOnlyWhatTheSetUpLeftOpen)
+{
+    createTask("Convert", "convert");
+    ASSERT_EQ(task("set", {"Convert", "FileFormat=Adobe PDF (*.pdf)", "SourceRefs:int=1", "PromptOutput:bool=true",
+                           "OutputPath=<VaultPath>\\PDF\\<Filename>"})
+                  .status,
+              0);
+    const ProgramRun fixed = task("launch", {"Convert", "V:\\Parts\\gear.mcdprt", "--set", "SourceRefs:int=2"});
+    EXPECT_EQ(fixed.status, 2);
+    EXPECT_TRUE(fixed.err.contains("SourceRefs is fixed by the set-up")) << fixed.err.toStdString();
+    EXPECT_TRUE(instances().isEmpty());
+
+    const ProgramRun open =
+        task("launch", {"Convert", "V:\\Parts\\gear.mcdprt", "--set", "OutputPath=<VaultPath>\\Out\\<Filename>"});
+    ASSERT_EQ(open.status, 0) << open.err.toStdString();
+    // The page confirmed the values it loaded, with the user's change.
+    EXPECT_TRUE(open.err.contains("FileFormat=Adobe PDF (*.pdf)")) << open.err.toStdString();
+    EXPECT_TRUE(open.err.contains("SourceRefs:int=1")) << open.err.toStdString();
+    const int id = open.lastLine().toInt();
+    TaskStore tasks(VaultStore::open(m_vault));
+    EXPECT_EQ(tasks.instanceValue(id, "OutputPath")->toText(), "<VaultPath>\\Out\\<Filename>");
+    EXPECT_EQ(tasks.instanceValue(id, "OutputConfs")->toI4(), 3);
+    EXPECT_EQ(statusOf(id), TaskStatus_Waiting);
 }
 
 TEST_F(TaskCommandsTest, SuspendResumeAndCancelWriteRequests)
@@ -331,14 +349,14 @@ TEST_F(TaskCommandsTest, RunReportsTheAddInsOutcomeHonestly)
     createTask("Script", "script");
     const int id = launch("Script", {"V:\\Parts\\gear.mcdprt"});
 
-    // The add-in's run driver is not there yet: the run ends with errors.
+    // Mecadra is not installed in this test's home: the run ends with the
+    // connection's error and its text.
     const ProgramRun ran = task("run", {QString::number(id), "--json"});
     EXPECT_EQ(ran.status, 1) << ran.err.toStdString();
     const QJsonObject report = ran.json().object();
     EXPECT_EQ(report["status"], QJsonValue(TaskStatus_FinishedWithError));
-    EXPECT_EQ(report["hresultText"], QJsonValue("0x80004001"));
-    EXPECT_EQ(report["errorName"], QJsonValue("E_NOTIMPL"));
-    EXPECT_FALSE(report["message"].toString().isEmpty());
+    EXPECT_EQ(report["hresultText"], QJsonValue("0x800401F3"));
+    EXPECT_EQ(report["message"], QJsonValue("Mecadra is not installed."));
     EXPECT_TRUE(report["notifications"].isArray());
     EXPECT_EQ(statusOf(id), TaskStatus_FinishedWithError);
 
@@ -349,7 +367,7 @@ TEST_F(TaskCommandsTest, RunReportsTheAddInsOutcomeHonestly)
     const int second = launch("Script", {"V:\\Parts\\gear.mcdprt"});
     const ProgramRun text = task("run", {QString::number(second)});
     EXPECT_EQ(text.status, 1);
-    EXPECT_TRUE(text.out.contains("status 9, E_NOTIMPL")) << text.out.toStdString();
+    EXPECT_TRUE(text.out.contains("(status 9, 0x800401F3): Mecadra is not installed.")) << text.out.toStdString();
 }
 
 TEST_F(TaskCommandsTest, DetailsListTheSelectionUntilTheInstanceEnds)
@@ -363,8 +381,11 @@ TEST_F(TaskCommandsTest, DetailsListTheSelectionUntilTheInstanceEnds)
     EXPECT_EQ(page["columns"], (QJsonArray{"File Name", "Version", "Found in"}));
     EXPECT_EQ(page["rows"], (QJsonArray{QJsonArray{"gear.mcdprt", "1/1", "V:\\Parts"},
                                         QJsonArray{"plate.mcddrw", "1/1", "V:\\Parts\\Sheets"}}));
-    // The add-in has no details page yet, and says so.
-    EXPECT_TRUE(details.err.contains("E_FAIL")) << details.err.toStdString();
+    EXPECT_EQ(page["caption"], QJsonValue("Selected Files"));
+    const ProgramRun table = task("details", {QString::number(id)});
+    ASSERT_EQ(table.status, 0) << table.err.toStdString();
+    EXPECT_TRUE(table.out.startsWith("Selected Files\n")) << table.out.toStdString();
+    EXPECT_TRUE(table.out.contains("plate.mcddrw")) << table.out.toStdString();
 
     // Ended, an execute-script instance has no output list: four columns, no rows.
     ASSERT_EQ(task("run", {QString::number(id)}).status, 1);

@@ -2,7 +2,7 @@
 
 #include "platform/drivemap.h"
 #include "platform/filesystem.h"
-#include "vault/hostcall.h"
+#include "host/hostcall.h"
 
 #include <QFileInfo>
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "vault/embeddedvault.h"
 
 #include "vault/batchservices.h"
-#include "vault/hostcall.h"
+#include "host/hostcall.h"
 #include "common/errortexts.h"
 
 VaultFile::VaultFile(std::shared_ptr<VaultStore> store, const VaultFileRow &row)

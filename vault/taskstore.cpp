@@ -1,7 +1,7 @@
 #include "vault/taskstore.h"
 
 #include "host/hosterror.h"
-#include "vault/hostcall.h"
+#include "host/hostcall.h"
 #include "vault/variantcolumns.h"
 
 #include <QUuid>
@@ -137,7 +137,7 @@ std::optional<Variant> TaskStore::taskVariable(int taskId, const QString &name)
     const auto guard = m_store->db().guard();
     Statement &s = m_store->db().prepare(
         "SELECT type, ivalue, rvalue, tvalue FROM task_variables WHERE task_id = ? AND name_key = ?");
-    s.bind(1, taskId).bind(2, name.toLower());
+    s.bind(1, taskId).bind(2, name);
     std::optional<Variant> value;
     if (s.step())
         value = readVariant(s, 0);
@@ -153,7 +153,7 @@ void TaskStore::setTaskVariable(int taskId, const QString &name, const Variant &
     Transaction t(db);
     Statement &s = db.prepare("INSERT OR REPLACE INTO task_variables (task_id, name, name_key, type, ivalue, rvalue, tvalue) "
                               "VALUES (?, ?, ?, ?, ?, ?, ?)");
-    s.bind(1, taskId).bind(2, name).bind(3, name.toLower());
+    s.bind(1, taskId).bind(2, name).bind(3, name);
     bindVariant(s, 4, value);
     s.exec();
     t.commit();
@@ -295,7 +295,7 @@ std::optional<Variant> TaskStore::instanceValue(int instanceId, const QString &n
     const InstanceRow instance = requireInstance(instanceId);
     Statement &s = m_store->db().prepare(
         "SELECT type, ivalue, rvalue, tvalue FROM instance_variables WHERE instance_id = ? AND name_key = ?");
-    s.bind(1, instanceId).bind(2, name.toLower());
+    s.bind(1, instanceId).bind(2, name);
     std::optional<Variant> value;
     if (s.step())
         value = readVariant(s, 0);
@@ -324,7 +324,7 @@ void TaskStore::setInstanceVariable(int instanceId, const QString &name, const V
     Transaction t(db);
     Statement &s = db.prepare("INSERT OR REPLACE INTO instance_variables "
                               "(instance_id, name, name_key, type, ivalue, rvalue, tvalue) VALUES (?, ?, ?, ?, ?, ?, ?)");
-    s.bind(1, instanceId).bind(2, name).bind(3, name.toLower());
+    s.bind(1, instanceId).bind(2, name).bind(3, name);
     bindVariant(s, 4, value);
     s.exec();
     t.commit();

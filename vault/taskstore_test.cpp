@@ -28,9 +28,11 @@ TEST_F(TaskStoreTest, VariablesKeepTheirTypes)
     auto reread = again.taskProperties(task.id);
     for (const auto &[name, value] : values) {
         Variant got;
-        ASSERT_EQ(reread->GetVariable(name.toUpper(), got), S_OK) << name.toStdString();
+        ASSERT_EQ(reread->GetVariable(name, got), S_OK) << name.toStdString();
         EXPECT_EQ(got, value) << name.toStdString();
         EXPECT_EQ(got.type(), value.type()) << name.toStdString();
+        // Names are compared exactly as written.
+        EXPECT_EQ(reread->GetVariable(name.toUpper(), got), S_FALSE) << name.toStdString();
     }
     Variant untouched = Variant::fromI4(5);
     EXPECT_EQ(reread->GetVariable(QStringLiteral("missing"), untouched), S_FALSE);
@@ -51,6 +53,11 @@ TEST_F(TaskStoreTest, InstancesFallBackToTheTaskAndKeepTheirOwnValues)
     EXPECT_EQ(instance->GetVariable(QStringLiteral("PdfInColor"), value), S_OK);
     EXPECT_EQ(value, Variant::fromBool(true));
     EXPECT_EQ(instance->GetVariable(QStringLiteral("Nothing"), value), S_FALSE);
+    // A name in another letter case is another variable, at both levels.
+    ASSERT_EQ(instance->SetVariable(QStringLiteral("outputpath"), Variant::fromBStr("lower")), S_OK);
+    EXPECT_EQ(instance->GetVariable(QStringLiteral("OutputPath"), value), S_OK);
+    EXPECT_EQ(value.bstr(), QStringLiteral("launch"));
+    EXPECT_EQ(instance->GetVariable(QStringLiteral("PDFINCOLOR"), value), S_FALSE);
     // The launch value never reaches the task.
     EXPECT_EQ(tasks.taskVariable(task.id, "OutputPath")->bstr(), QStringLiteral("task"));
     const InstanceRow other = tasks.createInstance(task.id);
@@ -132,7 +139,7 @@ TEST_F(TaskStoreTest, TaskValuesByNameOrNumber)
     const InstanceRow row = tasks.createInstance(task.id);
     auto instance = tasks.taskInstance(row.id);
     Variant value;
-    EXPECT_EQ(instance->GetTaskValue(Variant::fromBStr("layer"), value), S_OK);
+    EXPECT_EQ(instance->GetTaskValue(Variant::fromBStr("Layer"), value), S_OK);
     EXPECT_EQ(value.bstr(), QStringLiteral("L1"));
     EXPECT_EQ(instance->GetTaskValue(Variant::fromI4(1), value), S_OK);
     EXPECT_EQ(value.bstr(), QStringLiteral("Convert to PDF"));

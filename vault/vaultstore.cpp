@@ -518,6 +518,13 @@ int VaultStore::checkIn(int fileId, const QString &comment)
             .bind(2, fileId)
             .bind(3, file.latestVersion)
             .exec();
+    } else if (file.lock == VaultLock::Added && !comment.isEmpty()) {
+        // A new file's first check-in: its one version takes the comment.
+        m_db.prepare("UPDATE versions SET comment = ? WHERE file_id = ? AND version = ?")
+            .bind(1, comment)
+            .bind(2, fileId)
+            .bind(3, result)
+            .exec();
     }
     m_db.prepare("UPDATE files SET latest_version = ?, locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id = ?")
         .bind(1, result)
@@ -716,6 +723,19 @@ void VaultStore::addReference(int parentId, int childId, const QString &configur
         .bind(5, configuration)
         .exec();
     t.commit();
+}
+
+std::vector<VaultReferenceRow> VaultStore::referencedBy(int childId)
+{
+    const auto guard = m_db.guard();
+    Statement &s = m_db.prepare("SELECT parent_id, parent_version, child_id, child_version, configuration FROM refs "
+                                "WHERE child_id = ? ORDER BY parent_id, parent_version, configuration");
+    s.bind(1, childId);
+    std::vector<VaultReferenceRow> rows;
+    while (s.step())
+        rows.push_back({s.integer(0), s.integer(1), s.integer(2), s.integer(3), s.text(4)});
+    s.reset();
+    return rows;
 }
 
 std::vector<VaultReferenceRow> VaultStore::references(int parentId, int parentVersion)

@@ -199,6 +199,8 @@ public:
     // version (the "as built" version) in a configuration of the child.
     void addReference(int parentId, int childId, const QString &configuration);
     std::vector<VaultReferenceRow> references(int parentId, int parentVersion);
+    // The references to a file: from every version of every parent.
+    std::vector<VaultReferenceRow> referencedBy(int childId);
 
     // "Now" in UTC, ISO 8601 with milliseconds, for the records' times.
     QString timestamp() const;

@@ -1,30 +1,51 @@
 #include "addin/module/moduleservices.h"
 
 #include "addin/module/setuppagefactory.h"
+#include "cad/mcmanager.h"
 #include "cad/vaultclientchannel.h"
 #include "common/translator.h"
+#include "convert/conversionsettingspage.h"
 #include "host/idoxtask.h"
+#include "run/cadconnection.h"
+#include "run/taskdetailspage.h"
+#include "run/taskrundriver.h"
 #include "run/taskrunrecord.h"
 
 namespace {
 
-// Launch dialogs and the run driver are plugged in here as they are built;
-// until then the commands that need them answer E_NOTIMPL to the host
-// instead of pretending to work.
-class RunNotAvailable final : public RunDriver
+QString moduleText(std::int32_t number, const QString &english)
+{
+    return tr_ts(number, english);
+}
+
+// The add-in's run: the run driver over the module's run record and CAD
+// connection, with the connection's start-up add-in switch.
+class ModuleRunDriver final : public RunDriver
 {
 public:
-    HRESULT run(const std::shared_ptr<IDoxVault> &, const std::shared_ptr<IDoxTaskInstance> &, DoxCmd &,
-                DoxCmdDataArray &) override
+    ModuleRunDriver(std::shared_ptr<TaskRunRecord> record, std::shared_ptr<CadConnection> cad,
+                    std::shared_ptr<StartupAddIns> startupAddIns)
+        : m_driver(std::move(record), std::move(cad), &moduleText), m_startupAddIns(std::move(startupAddIns))
     {
-        return E_NOTIMPL;
+    }
+    HRESULT run(const std::shared_ptr<IDoxVault> &vault, const std::shared_ptr<IDoxTaskInstance> &instance,
+                DoxCmd &cmd, DoxCmdDataArray &data) override
+    {
+        return m_driver.Run(vault, instance, cmd, data);
     }
     HRESULT finish(const std::shared_ptr<IDoxTaskInstance> &instance, HRESULT runResult) override
     {
-        return instance->SetStatus(TaskStatus_FinishedWithError, runResult, QStringLiteral("The run driver is not available."),
-                                   {}, std::nullopt);
+        return m_driver.Finish(*instance, runResult);
     }
-    void suspendStartupAddIns(bool) override {}
+    void suspendStartupAddIns(bool restore) override
+    {
+        if (m_startupAddIns)
+            m_startupAddIns->SuspendStartupAddIns(restore);
+    }
+
+private:
+    TaskRunDriver m_driver;
+    std::shared_ptr<StartupAddIns> m_startupAddIns;
 };
 
 class DialogsNotAvailable final : public LaunchDialogs
@@ -61,13 +82,25 @@ private:
 AddInServices makeModuleServices()
 {
     AddInServices services;
-    services.pages = std::make_shared<SetupPageFactory>(
-        [](std::int32_t number, const QString &english) { return tr_ts(number, english); });
-    services.runDriver = std::make_shared<RunNotAvailable>();
+    auto pages = std::make_shared<SetupPageFactory>(&moduleText);
+    // The conversion settings have their launch half only: their set-up
+    // window comes with the conversion pages.
+    pages->setConversionSettings([](const PageContext &context) -> std::unique_ptr<ConversionSettingsPage> {
+        if (!context.launchMode)
+            return nullptr;
+        return std::make_unique<CConversionSettingsPageDlg>(context, &moduleText);
+    });
+    pages->add(PageId::Details,
+               [](const PageContext &context) { return std::make_unique<TaskDetailsPage>(context, &moduleText); });
+    services.pages = pages;
     services.launchDialogs = std::make_shared<DialogsNotAvailable>();
     auto runRecord = std::make_shared<TaskRunRecord>();
     runRecord->setVaultClientNotifier(&NotifyVaultClient);
+    // One connection to Mecadra per add-in object: it runs the files and
+    // switches Mecadra's own start-up add-ins around the run.
+    auto mecadra = std::make_shared<McManager>();
+    services.runDriver = std::make_shared<ModuleRunDriver>(runRecord, mecadra, mecadra);
     services.selectionStore = std::make_shared<RunRecordSelectionStore>(runRecord);
-    services.text = [](std::int32_t number, const QString &english) { return tr_ts(number, english); };
+    services.text = &moduleText;
     return services;
 }
