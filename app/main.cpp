@@ -1,4 +1,5 @@
 #include "app/cli.h"
+#include "platform/qtmessages.h"
 #include "host/hosterror.h"
 
 #include <QCoreApplication>

@@ -1,5 +1,6 @@
 #include "platform/qtmessages.h"
 
+#include <QString>
 #include <QtGlobal>
 #include <cstdio>
 

@@ -118,8 +118,9 @@ TEST_F(SetupPagesTest, ChoosingPrintingOnTheScriptPageMakesAPrintTask)
     EXPECT_EQ(props->value("__type").toI4(), 2);
     EXPECT_EQ(props->value("__script").bstr(), loadScriptTemplate(PrintTemplate, {}));
 
-    // The next set-up is a print task's; its pages are not part of the module yet.
-    EXPECT_EQ(send(DoxCmd_TaskSetup, {}), E_FAIL);
+    // The next set-up is a print task's; its pages are not part of the module
+    // yet, and the add-in says so by its own result.
+    EXPECT_EQ(send(DoxCmd_TaskSetup, {}), E_PAGE_MISSING);
 }
 
 } // namespace
