@@ -1,5 +1,9 @@
 #pragma once
 
+// The raw table of English messages by result code. Callers that want the
+// message to show (translated, host codes first) use errortexts.h; this is
+// the data behind it.
+
 #include "host/hresult.h"
 
 #include <QString>

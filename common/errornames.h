@@ -1,5 +1,9 @@
 #pragma once
 
+// The raw table of result-code names. Callers that want a code's name or
+// message use errortexts.h; this table and errormessages.h are the data
+// behind it.
+
 #include "host/hresult.h"
 
 #include <span>

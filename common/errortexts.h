@@ -1,5 +1,9 @@
 #pragma once
 
+// What callers use to turn a result code into words: the message for a
+// person and the symbolic name for a log. errornames.h and errormessages.h
+// are only the tables behind these functions.
+
 #include "host/hoststrings.h"
 #include "host/hresult.h"
 
