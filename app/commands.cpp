@@ -69,7 +69,7 @@ const std::vector<CommandEntry> &allCommands()
          &runMacroCheckCommand},
 #endif
 #ifdef MCTASK_WITH_MACRO_RUN
-        {"macro", "run", "[--vault DIR] [--keep FILE] INSTANCE|TASK FILE", "try a task's macro on one file in the stand-in",
+        {"macro", "run", "[--vault DIR] [--keep FILE] INSTANCE|TASK FILE | FILE.mcb [--proc NAME]", "run a task's macro on one file, or a macro file, in the stand-in",
          &runMacroRunCommand},
 #endif
 #ifdef MCTASK_WITH_TASK
