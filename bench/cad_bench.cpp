@@ -7,7 +7,6 @@
 #include "host/hosterror.h"
 #include "platform/memoryregistrystore.h"
 
-#include <QCoreApplication>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -123,12 +122,3 @@ void BM_RunTrivialMacro(benchmark::State &state)
 BENCHMARK(BM_RunTrivialMacro)->Unit(benchmark::kMicrosecond);
 
 } // namespace
-
-int main(int argc, char **argv)
-{
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -3,7 +3,6 @@
 
 #include "cadsim/server/mcsimprocess.h"
 
-#include <QCoreApplication>
 
 #include <benchmark/benchmark.h>
 
@@ -49,12 +48,3 @@ void BM_CallRoundTrip(benchmark::State &state)
 BENCHMARK(BM_CallRoundTrip)->Unit(benchmark::kMicrosecond);
 
 } // namespace
-
-int main(int argc, char **argv)
-{
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -2,7 +2,7 @@
 # model) running the conversion template for one file.
 if(TARGET mctask_cadsim_engine)
   add_executable(cadsim_engine_bench ${CMAKE_CURRENT_LIST_DIR}/cadsim_engine_bench.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/guibenchmain.cpp)
+    ${CMAKE_CURRENT_LIST_DIR}/benchmain.cpp)
   target_compile_definitions(cadsim_engine_bench PRIVATE
     MCTASK_TEMPLATES_DIR="${PROJECT_SOURCE_DIR}/macro/templates"
     MCTASK_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/samples")

@@ -1,5 +1,5 @@
-// The benchmarks that export documents paint pages and pictures, which needs a
-// GUI application; they run it offscreen.
+// The main of the benchmarks that need a Qt application: a GUI one, offscreen,
+// since exporting documents paints pages and pictures.
 #include <QGuiApplication>
 #include <benchmark/benchmark.h>
 
