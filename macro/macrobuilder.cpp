@@ -232,16 +232,17 @@ void MacroBuilder::AppendErrorLog(const QString &text) const
         fs.append(native, bytes);
 }
 
-void MacroBuilder::ReportHostError(HRESULT errorCode, const QString &message) const
+bool MacroBuilder::ReportHostError(HRESULT errorCode, const QString &message) const
 {
     if (!m_vault)
-        return;
+        return false;
     QString name;
     QString description;
     if (m_vault->GetErrorInfo(errorCode, name, description) != S_OK)
-        return;
+        return false;
     // Written through the text mode of AppendErrorLog, so each line feed
     // lands in the file as CR LF.
     AppendErrorLog(QStringLiteral("An error occured: ") + message + QLatin1String("\n\t") + name
                    + QLatin1String("\n\t") + description);
+    return true;
 }

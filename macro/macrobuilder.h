@@ -43,8 +43,8 @@ public:
     // folders once; writes nothing when the file still cannot be opened.
     void AppendErrorLog(const QString &text) const;
     // Appends the vault's name and description of errorCode after message;
-    // nothing when the vault cannot describe the code.
-    void ReportHostError(HRESULT errorCode, const QString &message) const;
+    // nothing (and false) when the vault cannot describe the code.
+    bool ReportHostError(HRESULT errorCode, const QString &message) const;
 
     // The prepared text and the values gathered so far.
     const QString &macroText() const { return m_macroText; }

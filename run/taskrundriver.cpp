@@ -76,6 +76,19 @@ void TaskRunDriver::checkOutErrorLog(IDoxVault &vault) const
     throwIfFailed(file->LockFile(folderIdOf(*file, folder.get())));
 }
 
+void TaskRunDriver::logFailedFile(const FileRecord *file, const HostError &error) const
+{
+    // A macro that never ran wrote no line of its own; without this entry the
+    // log that goes into the vault would not say why the run stopped.
+    const QString reason = m_failureText.isEmpty() ? error.context() : m_failureText;
+    const QString context = file ? file->path + QLatin1String(": ") + reason : reason;
+    if (!m_builder.ReportHostError(error.code(), context)) {
+        // A code the vault cannot name (a CAD or system code) is logged by number.
+        m_builder.AppendErrorLog(QStringLiteral("An error occured: ") + context + QLatin1String("\n\t0x")
+                                 + QString::number(static_cast<quint32>(error.code()), 16).toUpper());
+    }
+}
+
 HRESULT TaskRunDriver::runFiles(const std::shared_ptr<IDoxVault> &vault,
                                 const std::shared_ptr<IDoxTaskInstance> &instance, DoxCmd &cmd,
                                 const DoxCmdDataArray &data)
@@ -114,9 +127,11 @@ HRESULT TaskRunDriver::runFiles(const std::shared_ptr<IDoxVault> &vault,
     const auto steps = static_cast<std::int32_t>(m_selected.size()) + (m_taskType == TaskTypePrint ? 0 : 1);
     HRESULT result = S_OK;
     bool cancelled = false;
+    std::shared_ptr<FileRecord> current;
     try {
         for (std::size_t i = 0; i < m_selected.size(); ++i) {
             const std::shared_ptr<FileRecord> &file = m_selected[i];
+            current = file;
             checkSuspendAndCancel(task);
             if (i == 0)
                 throwIfFailed(task.SetProgressRange(steps, 0, file->path));
@@ -133,6 +148,8 @@ HRESULT TaskRunDriver::runFiles(const std::shared_ptr<IDoxVault> &vault,
         cancelled = result == S_FALSE;
         if (cancelled)
             cmd.cancel = -1;
+        else if (failed(result))
+            logFailedFile(current.get(), e);
     } catch (const std::bad_alloc &) {
         result = E_OUTOFMEMORY;
     } catch (...) {

@@ -21,6 +21,8 @@ class TaskRunRecord;
 // application, stores the output list, hands the results to the vault, and
 // finally reports the outcome. Host calls inside a step throw HostError;
 // Run and Finish are the boundaries that turn it into a result.
+class HostError;
+
 class TaskRunDriver final
 {
 public:
@@ -54,6 +56,7 @@ private:
     // Throws HostError(S_FALSE) on a cancel; waits while suspended.
     void checkSuspendAndCancel(IDoxTaskInstance &instance) const;
     void checkOutErrorLog(IDoxVault &vault) const;
+    void logFailedFile(const FileRecord *file, const HostError &error) const;
     std::vector<AffectedObject> affectedObjects(std::int32_t status) const;
     QString text(std::int32_t number, const char *english) const;
 

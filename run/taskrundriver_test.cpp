@@ -340,6 +340,12 @@ TEST_F(RunDriverTest, MacroFailureEndsTheLoopButKeepsWhatWasDone)
     EXPECT_EQ(instance->status, TaskStatus_FinishedWithError);
     EXPECT_EQ(instance->finalResult, MacroFailed);
     EXPECT_EQ(instance->finalMessage, QStringLiteral("Macro run failed (error)"));
+    // The failure is in the log, and the log is in the vault.
+    const auto log = file(instance->guid + ".log");
+    ASSERT_TRUE(log);
+    EXPECT_EQ(store->readVersion(log->id),
+              "An error occured: V:\\Parts\\B.mcdprt: Macro run failed 0 (error 0)\r\n\t0x80040301");
+    EXPECT_EQ(instance->affected.at(1).objectId, log->id);
 
     // A connection that forgets its text when closed still has it reported.
     cad->clearErrorOnClose = true;

@@ -4,6 +4,7 @@
 // (cadsim/README.md). "mcsim /regserver" installs it, "/unregserver" removes it.
 
 #include "cadsim/server/enginemacrorunner.h"
+#include "cadsim/server/macrotimelog.h"
 #include "cadsim/server/mcsimcommandline.h"
 #include "cadsim/server/simserver.h"
 #include "platform/automation/processes.h"
@@ -100,7 +101,9 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "mcsim: %s\n", qPrintable(warning));
 
     SimServer server(options, [&](const std::shared_ptr<CadApplication> &cad, WindowService &windows) {
-        return makeEngineMacroRunner(cad, windows, options.resolver);
+        std::unique_ptr<MacroRunner> runner = makeEngineMacroRunner(cad, windows, options.resolver);
+        const QString timeLog = env.value(QStringLiteral("MCSIM_MACRO_TIMES"));
+        return timeLog.isEmpty() ? std::move(runner) : makeTimedMacroRunner(std::move(runner), timeLog);
     });
     QObject::connect(&server, &SimServer::registered, [](const QString &moniker) { say(QStringLiteral("registered ") + moniker); });
     QObject::connect(&server, &SimServer::registrationSkipped, [] { say(QStringLiteral("not registering")); });

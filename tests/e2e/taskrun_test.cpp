@@ -269,6 +269,14 @@ TEST_F(TaskRunTest, AMacroThatNeverRunsEndsTheRunWithTheConnectionsMessage)
     EXPECT_FALSE(result["message"].toString().isEmpty());
     EXPECT_FALSE(result["message"].toString().contains(" 0")) << result["message"].toString().toStdString();
     EXPECT_TRUE(filesUnder("Parts/PDF").isEmpty());
+    // The log that says why is checked into the vault.
+    const QStringList logs = filesUnder("Logs");
+    ASSERT_EQ(logs.size(), 1);
+    const QJsonArray versions = show(logs.front())["versions"].toArray();
+    ASSERT_EQ(versions.size(), 1);
+    QFile log(m_vault + "/Logs/" + logs.front().section('\\', -1));
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(log.readAll().startsWith("An error occured: V:\\Parts\\"));
     // Mecadra was closed: no stand-in is left in the object table.
     EXPECT_TRUE(QDir(m_home.path() + "/rot").entryList(QDir::NoDotAndDotDot | QDir::AllEntries).isEmpty());
 }

@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# A conversion of many files through the real programs: mctask as the task
+# host, the add-in, the stand-in Mecadra doing a small STEP export per file,
+# and the embedded vault. Prints the total, the stand-in's time inside macros
+# (it logs each run call, MCSIM_MACRO_TIMES) and the rest per file, which is
+# the add-in's own share together with the process starts and the channel.
+# Usage: bench/realrun.sh [BUILD_DIR] [FILES]   (defaults: build-release, 1000)
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${1:-$root/build-release}
+files=${2:-1000}
+for program in "$build/app/mctask" "$build/cadsim/server/mcsim"; do
+  [ -x "$program" ] || { echo "realrun: $program is missing; build first (tools/bench.sh builds it)" >&2; exit 2; }
+done
+
+work=$(mktemp -d /tmp/mctask-realrun.XXXXXX)
+trap 'rm -rf "$work"' EXIT
+export MCTASK_HOME="$work/home" MCTASK_VAULT="$work/vault" QT_QPA_PLATFORM=offscreen
+export MCSIM_MACRO_TIMES="$work/macro-times" MCSIM_EXPORT_RECORDS="$work/exports"
+mctask() { "$build/app/mctask" "$@"; }
+now_ms() { date +%s%3N; }
+
+mctask addin register >/dev/null
+"$build/cadsim/server/mcsim" /regserver >/dev/null
+mctask vault init "$MCTASK_VAULT" --name Bench --drive V >/dev/null
+mkdir -p "$work/parts"
+for ((i = 1; i <= files; i++)); do cp "$root/samples/shaft.mcdprt" "$work/parts/part$i.mcdprt"; done
+mctask vault add "$work"/parts/*.mcdprt --to Parts >/dev/null
+mctask task create "To STEP" --kind convert >/dev/null
+mctask task set "To STEP" "FileFormat=STEP (*.step)" 'OutputPath=<Path>\STEP\<Filename>' OutputPath2= \
+  ErrorLogPath=Logs ReplaceOutput:bool=true RefToSource:bool=true PromptOutput:bool=false SourceRefs:int=2 \
+  OutputConfs:int=1 FileConfs:int=4 OutputSheets:int=1 FileSheets:int=4 StepGeometry:int=0 StepVersion:int=203 \
+  "FileCardData=Description;8;made by the benchmark
+" >/dev/null
+id=$(mctask task launch "To STEP" 'V:\Parts' | tail -1)
+
+: >"$MCSIM_MACRO_TIMES"
+start=$(now_ms)
+mctask task run "$id" --json >"$work/run.json"
+total_ms=$(( $(now_ms) - start ))
+
+outputs=$(mctask vault ls 'V:\Parts\STEP' --json | grep -o '"path"' | wc -l)
+macro_us=$(awk '{ s += $1 } END { print s + 0 }' "$MCSIM_MACRO_TIMES")
+runs=$(wc -l <"$MCSIM_MACRO_TIMES")
+awk -v files="$files" -v total="$total_ms" -v macro="$macro_us" -v runs="$runs" -v outputs="$outputs" 'BEGIN {
+  printf "files %d, macro runs %d, outputs in the vault %d\n", files, runs, outputs
+  printf "total                      %9.1f ms  %7.2f ms/file\n", total, total / files
+  printf "stand-in inside macros     %9.1f ms  %7.2f ms/file\n", macro / 1000, macro / 1000 / files
+  printf "the rest (add-in, starts, channel) %9.1f ms  %7.2f ms/file\n", total - macro / 1000, (total - macro / 1000) / files
+}'
+[ "$outputs" -eq "$files" ] || { echo "realrun: expected $files outputs" >&2; exit 1; }
