@@ -102,23 +102,42 @@ protected:
         return process;
     }
 
-    int statusOf(int id)
+    // n copies of one part, "part1.mcdprt" ..., in the vault folder Parts.
+    void addPartCopies(int n)
+    {
+        QStringList names;
+        for (int i = 1; i <= n; ++i) {
+            const QString copy = m_work.filePath(QStringLiteral("part%1.mcdprt").arg(i));
+            ASSERT_TRUE(QFile::copy(QStringLiteral(MCTASK_SAMPLES) + "/shaft.mcdprt", copy));
+            names << copy;
+        }
+        ok(QStringList{"vault", "add"} + names + QStringList{"--to", "Parts"});
+    }
+
+    QJsonObject instanceRow(int id)
     {
         for (const QJsonValue &row : run({"task", "instances", "--json"}).json().array())
             if (row.toObject()["id"].toInt() == id)
-                return row.toObject()["status"].toInt();
-        return -1;
+                return row.toObject();
+        return {};
     }
+    int statusOf(int id) { return instanceRow(id)["status"].toInt(-1); }
+    int progressOf(int id) { return instanceRow(id)["progress"].toInt(-1); }
 
-    // Polls until the instance has the status (at most 60 s).
-    bool waitForStatus(int id, int status)
+    // Polls until the condition holds (at most 60 s).
+    template <typename Condition>
+    bool waitFor(Condition holds)
     {
         for (int i = 0; i < 600; ++i) {
-            if (statusOf(id) == status)
+            if (holds())
                 return true;
             QThread::msleep(100);
         }
         return false;
+    }
+    bool waitForStatus(int id, int status)
+    {
+        return waitFor([&] { return statusOf(id) == status; });
     }
 
     QTemporaryDir m_home;
@@ -241,15 +260,31 @@ TEST_F(TaskRunTest, SuspendedRunWaitsForResumeOrCancel)
     EXPECT_EQ(report["status"], QJsonValue(8));
 }
 
+TEST_F(TaskRunTest, CancelBetweenFilesKeepsTheOutputsSoFar)
+{
+    addPartCopies(5);
+    createPdfTask("To PDF");
+    const int id = launch({"To PDF", "V:\\Parts"});
+    auto running = startRun(id);
+    // Position 1 is reported as the second file starts.
+    ASSERT_TRUE(waitFor([&] { return progressOf(id) >= 1; }));
+    ok({"task", "cancel", QString::number(id)});
+    ASSERT_TRUE(running->waitForFinished(60000));
+    const QJsonObject report = QJsonDocument::fromJson(running->readAllStandardOutput()).object();
+    EXPECT_EQ(report["cancelled"], QJsonValue(true));
+    EXPECT_EQ(report["commandResult"], QJsonValue("0x00000001"));
+    EXPECT_EQ(report["status"], QJsonValue(8)); // the add-in wrote none
+    // The files done before the cancel are in the vault, the rest never ran.
+    const QStringList outputs = filesUnder("Parts/PDF");
+    EXPECT_GE(outputs.size(), 2);
+    EXPECT_LT(outputs.size(), 5);
+    for (const QString &output : outputs)
+        EXPECT_EQ(show(output)["versions"].toArray().size(), 1) << output.toStdString();
+}
+
 TEST_F(TaskRunTest, ACrashedMecadraIsRestartedAndTheRunCompletes)
 {
-    QStringList names;
-    for (int i = 1; i <= 5; ++i) {
-        const QString copy = m_work.filePath(QStringLiteral("part%1.mcdprt").arg(i));
-        ASSERT_TRUE(QFile::copy(QStringLiteral(MCTASK_SAMPLES) + "/shaft.mcdprt", copy));
-        names << copy;
-    }
-    ok(QStringList{"vault", "add"} + names + QStringList{"--to", "Parts"});
+    addPartCopies(5);
     createPdfTask("To PDF");
     const int id = launch({"To PDF", "V:\\Parts"});
     const ScopedEnv crash("MCSIM_CRASH_AFTER", "3");
