@@ -34,6 +34,7 @@ FaultConfig FaultConfig::fromEnvironment(const QProcessEnvironment &env, QString
     config.crashAfterMacros = readCount(env, QStringLiteral("MCSIM_CRASH_AFTER"), 0, warnings);
     // "1" means the first macro, so a plain flag reads naturally too.
     config.hangInMacro = readCount(env, QStringLiteral("MCSIM_HANG_IN_MACRO"), 0, warnings);
+    config.macroDelayMs = readCount(env, QStringLiteral("MCSIM_MACRO_DELAY_MS"), 0, warnings);
     config.showWindow = env.value(QStringLiteral("MCSIM_SHOW_WINDOW"));
     config.showWindowParent = env.value(QStringLiteral("MCSIM_SHOW_WINDOW_PARENT"));
     const QString at = env.value(QStringLiteral("MCSIM_SHOW_WINDOW_AT")).trimmed().toLower();

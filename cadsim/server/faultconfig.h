@@ -14,6 +14,7 @@ struct FaultConfig
     bool neverRegister = false;     // MCSIM_NEVER_REGISTER
     int crashAfterMacros = 0;       // MCSIM_CRASH_AFTER: die after this many macros (0: never)
     int hangInMacro = 0;            // MCSIM_HANG_IN_MACRO: the n-th macro never ends (0: none)
+    int macroDelayMs = 0;           // MCSIM_MACRO_DELAY_MS: every macro takes at least this long
     QString showWindow;             // MCSIM_SHOW_WINDOW: title of a window shown ...
     WindowMoment showWindowAt = WindowMoment::Macro; // MCSIM_SHOW_WINDOW_AT: "macro" or "start"
     QString showWindowParent;       // MCSIM_SHOW_WINDOW_PARENT: its parent's title (none: top-level)

@@ -1,5 +1,7 @@
 #include "cadsim/server/runservice.h"
 
+#include "platform/clock.h"
+
 #include <condition_variable>
 #include <thread>
 
@@ -60,6 +62,9 @@ MacroOutcome RunService::execute(int number, const QString &nativePath, const QS
         std::unique_lock lock(never);
         neverSignalled.wait(lock, [] { return false; });
     }
+
+    if (m_faults.macroDelayMs > 0)
+        Clock::instance().sleep(m_faults.macroDelayMs);
 
     if (m_faults.growMiBPerMacro > 0) {
         // Filled, so the pages are really resident.

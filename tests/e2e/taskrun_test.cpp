@@ -265,6 +265,7 @@ TEST_F(TaskRunTest, CancelBetweenFilesKeepsTheOutputsSoFar)
     addPartCopies(5);
     createPdfTask("To PDF");
     const int id = launch({"To PDF", "V:\\Parts"});
+    const ScopedEnv slow("MCSIM_MACRO_DELAY_MS", "1500");
     auto running = startRun(id);
     // Position 1 is reported as the second file starts.
     ASSERT_TRUE(waitFor([&] { return progressOf(id) >= 1; }));
