@@ -6,6 +6,7 @@
 # the add-in's own share together with the process starts and the channel.
 # Usage: bench/realrun.sh [BUILD_DIR] [FILES]   (defaults: build-release, 1000)
 set -euo pipefail
+[ -n "${REALRUN_TRACE:-}" ] && set -x
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$root/build-release}
 files=${2:-1000}
@@ -14,7 +15,7 @@ for program in "$build/app/mctask" "$build/cadsim/server/mcsim"; do
 done
 
 work=$(mktemp -d /tmp/mctask-realrun.XXXXXX)
-trap 'rm -rf "$work"' EXIT
+[ -n "${REALRUN_KEEP:-}" ] || trap 'rm -rf "$work"' EXIT
 export MCTASK_HOME="$work/home" MCTASK_VAULT="$work/vault" QT_QPA_PLATFORM=offscreen
 export MCSIM_MACRO_TIMES="$work/macro-times" MCSIM_EXPORT_RECORDS="$work/exports"
 mctask() { "$build/app/mctask" "$@"; }
@@ -26,18 +27,26 @@ mctask vault init "$MCTASK_VAULT" --name Bench --drive V >/dev/null
 mkdir -p "$work/parts"
 for ((i = 1; i <= files; i++)); do cp "$root/samples/shaft.mcdprt" "$work/parts/part$i.mcdprt"; done
 mctask vault add "$work"/parts/*.mcdprt --to Parts >/dev/null
-mctask task create "To STEP" --kind convert >/dev/null
+# Declares the card variable that the outputs' cards are filled into.
+mctask vault card 'V:\Parts\part1.mcdprt' Description=Part >/dev/null
+mctask task create "To STEP" --kind convert >/dev/null 2>&1
 mctask task set "To STEP" "FileFormat=STEP (*.step)" 'OutputPath=<Path>\STEP\<Filename>' OutputPath2= \
   ErrorLogPath=Logs ReplaceOutput:bool=true RefToSource:bool=true PromptOutput:bool=false SourceRefs:int=2 \
   OutputConfs:int=1 FileConfs:int=4 OutputSheets:int=1 FileSheets:int=4 StepGeometry:int=0 StepVersion:int=203 \
   "FileCardData=Description;8;made by the benchmark
 " >/dev/null
-id=$(mctask task launch "To STEP" 'V:\Parts' | tail -1)
+id=$(mctask task launch "To STEP" 'V:\Parts' 2>/dev/null | tail -1)
 
 : >"$MCSIM_MACRO_TIMES"
 start=$(now_ms)
-mctask task run "$id" --json >"$work/run.json"
+status=0
+mctask task run "$id" --json >"$work/run.json" || status=$?
 total_ms=$(( $(now_ms) - start ))
+if [ "$status" -ne 0 ]; then
+  echo "realrun: the run did not finish well:" >&2
+  cat "$work/run.json" >&2
+  exit 1
+fi
 
 outputs=$(mctask vault ls 'V:\Parts\STEP' --json | grep -o '"path"' | wc -l)
 macro_us=$(awk '{ s += $1 } END { print s + 0 }' "$MCSIM_MACRO_TIMES")
