@@ -12,3 +12,6 @@ for bench in "$build"/bench/*_bench; do
   echo "== $(basename "$bench")"
   "$bench" "$@"
 done
+# A real run: mctask, the add-in and the stand-in processes, 1,000 files.
+echo "== realrun (1000 files through the real programs)"
+"$root/bench/realrun.sh" "$build" 1000
