@@ -49,7 +49,7 @@ QString createTempFile()
     for (int tries = 0; tries < 0xFFFF; ++tries, unique = unique % 0xFFFF + 1) {
         const QString path = QStringLiteral("%1/TFR%2.tmp").arg(folder, QString::number(unique, 16).toUpper());
         if (!fs.exists(path) && !fs.exists(withExtension(path, QStringLiteral(".mcb"))))
-            return fs.write(path, {}) ? path : QString();
+            return fs.append(path, {}) ? path : QString();
     }
     return {};
 }
@@ -104,7 +104,9 @@ void McManager::RunMacro(const QString &macroText)
 {
     FileSystem &fs = FileSystem::instance();
     const QString tempFile = createTempFile();
-    if (tempFile.isEmpty() || !fs.write(tempFile, toWindows1252(macroText)))
+    // Appended to the new empty file: a macro file lives for one run and
+    // needs no flush to disk, which would cost two syncs per file.
+    if (tempFile.isEmpty() || !fs.append(tempFile, toWindows1252(macroText)))
         throw HostError(E_ACCESSDENIED, QStringLiteral("cannot write the macro file"));
     const QString macroFile = withExtension(tempFile, QStringLiteral(".mcb"));
     if (!fs.rename(tempFile, macroFile))
