@@ -22,6 +22,18 @@ bool isSeparator(QChar c)
     return c == QLatin1Char('\\') || c == QLatin1Char('/');
 }
 
+// The path without trailing separators, and the index of its last separator (-1: none).
+std::pair<QString, qsizetype> splitAtLastSeparator(const QString &path)
+{
+    QString p = path;
+    while (p.size() > 1 && isSeparator(p.back()))
+        p.chop(1);
+    qsizetype i = p.size() - 1;
+    while (i >= 0 && !isSeparator(p.at(i)))
+        --i;
+    return {p, i};
+}
+
 QString requiredString(ScriptArgs &args, std::size_t i)
 {
     return requiredArg(args, i).toString();
@@ -237,24 +249,14 @@ FileSystemObject::FileSystemObject(PathResolver resolver) : m_resolve(std::move(
 
 QString FileSystemObject::fileName(const QString &path)
 {
-    QString p = path;
-    while (p.size() > 1 && isSeparator(p.back()))
-        p.chop(1);
-    int i = p.size() - 1;
-    while (i >= 0 && !isSeparator(p.at(i)))
-        --i;
+    const auto [p, i] = splitAtLastSeparator(path);
     const QString name = p.mid(i + 1);
     return name.size() == 2 && name.at(1) == QLatin1Char(':') ? QString() : name;
 }
 
 QString FileSystemObject::parentFolder(const QString &path)
 {
-    QString p = path;
-    while (p.size() > 1 && isSeparator(p.back()))
-        p.chop(1);
-    int i = p.size() - 1;
-    while (i >= 0 && !isSeparator(p.at(i)))
-        --i;
+    const auto [p, i] = splitAtLastSeparator(path);
     if (i < 0)
         return QString();
     QString parent = p.left(i);
