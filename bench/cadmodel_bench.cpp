@@ -4,10 +4,10 @@
 #include "cadsim/model/cadapplication.h"
 #include "cadsim/model/cadconstants.h"
 #include "cadsim/model/scriptadapters.h"
+#include "macro/testing/templatefill.h"
 
 #include <QDir>
 #include <QFile>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 
@@ -49,30 +49,10 @@ void BM_ConversionTemplateOneDrawing(benchmark::State &state)
         state.SkipWithError("conversion template not found");
         return;
     }
-    QString text = cadsim::decodeWindows1252(f.readAll());
-    // Every option placeholder: numbers 0 and flags False, except the few that
-    // choose the work.
-    const QHash<QString, QString> chosen = {{"OutputPath", "C:\\Out\\<Filename>"}, {"OutputPath2", ""},
-                                            {"FileFormat", "Adobe Portable Document Format (*.pdf)"},
-                                            {"OutputSheets", "2"}, {"FileSheets", "4"}, {"OutputConfs", "2"},
-                                            {"FileConfs", "4"}, {"NamedSheet", ""}, {"NamedConf", ""},
-                                            {"ErrorLogPath", "Logs"}};
-    static const QRegularExpression option(QStringLiteral("\\[([A-Za-z0-9_]+)\\]"));
-    QString filled;
-    qsizetype last = 0;
-    for (auto it = option.globalMatch(text); it.hasNext();) {
-        const QRegularExpressionMatch m = it.next();
-        filled += text.mid(last, m.capturedStart() - last);
-        const QString key = m.captured(1);
-        filled += chosen.contains(key) ? chosen.value(key)
-                  : (key.startsWith("Pdf") || key.contains("Export") || key.startsWith("Glmp")) ? "False"
-                                                                                                : "0";
-        last = m.capturedEnd();
-    }
-    filled += text.mid(last);
-    filled.replace("<Filepath>", "S:\\layout.mcddrw");
-    filled.replace("<VaultPath>", "C:\\Vault");
-    filled.replace("<TaskInstanceGuid>", "{00000000-0000-0000-0000-000000000001}");
+    TemplateOptions options = conversionOptions(QStringLiteral("Adobe Portable Document Format (*.pdf)"), 2, 4);
+    options["ErrorLogPath"] = Variant::fromBStr("Logs");
+    const QString filled =
+        fillTemplate(cadsim::decodeWindows1252(f.readAll()), options, QStringLiteral("S:\\layout.mcddrw"));
 
     auto model = std::make_shared<CadApplication>(resolverFor(scratch));
     cadsim::EngineHost host;

@@ -1,5 +1,6 @@
 #include "cadsim/engine/codepage.h"
 #include "cadsim/engine/macroengine.h"
+#include "macro/testing/templatefill.h"
 
 #ifdef MCTASK_BENCH_WITH_MODEL
 #include "cadsim/model/cadapplication.h"
@@ -9,7 +10,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -24,27 +24,9 @@ QString filledConvertTemplate()
     QFile f(QStringLiteral(MCTASK_TEMPLATES_DIR "/convert.mcb"));
     if (!f.open(QIODevice::ReadOnly))
         return QString();
-    QString text = decodeWindows1252(f.readAll());
-    const QHash<QString, QString> options = {
-        {"OutputPath", "C:\\Out\\<Filename>"}, {"OutputPath2", ""},
-        {"FileFormat", "Adobe Portable Document Format (*.pdf)"}, {"OutputSheets", "2"}, {"FileSheets", "4"},
-        {"OutputConfs", "2"}, {"FileConfs", "4"}, {"NamedSheet", ""}, {"NamedConf", ""},
-        {"ErrorLogPath", "\\Logs\\Convert"}};
-    static const QRegularExpression option(QStringLiteral("\\[([A-Za-z0-9_]+)\\]"));
-    QString out;
-    qsizetype last = 0;
-    for (auto it = option.globalMatch(text); it.hasNext();) {
-        const QRegularExpressionMatch m = it.next();
-        out += text.mid(last, m.capturedStart() - last);
-        // Flags are False and numbers 0 unless named above.
-        out += options.value(m.captured(1), m.captured(1).startsWith(QLatin1String("Iges")) && !m.captured(1).startsWith(QLatin1String("IgesExport")) ? QStringLiteral("0") : QStringLiteral("False"));
-        last = m.capturedEnd();
-    }
-    out += text.mid(last);
-    out.replace(QLatin1String("<Filepath>"), QLatin1String("S:\\bracket.mcdprt"));
-    out.replace(QLatin1String("<VaultPath>"), QLatin1String("C:\\Vault"));
-    out.replace(QLatin1String("<TaskInstanceGuid>"), QLatin1String("{6B1E1B4C-0D8A-4A55-9E4B-7F2C1D3E5A60}"));
-    return out;
+    return fillTemplate(decodeWindows1252(f.readAll()),
+                        conversionOptions(QStringLiteral("Adobe Portable Document Format (*.pdf)"), 2, 4),
+                        QStringLiteral("S:\\bracket.mcdprt"));
 }
 
 void BM_CompileConvertTemplate(benchmark::State &state)

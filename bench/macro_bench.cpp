@@ -4,8 +4,8 @@
 #include "macro/macrobuilder.h"
 #include "macro/macroliteral.h"
 #include "macro/templateloader.h"
+#include "macro/testing/templatefill.h"
 
-#include <QRegularExpression>
 #include <benchmark/benchmark.h>
 
 namespace {
@@ -20,29 +20,20 @@ const QString &conversionTemplate()
 
 // A task instance with every option key of the conversion template set, each
 // with a value of the kind its set-up page writes.
-std::shared_ptr<FakeTaskInstance> instanceWithAllOptions(const QString &script)
+std::shared_ptr<FakeTaskInstance> instanceWithAllOptions()
 {
+    TemplateOptions options = conversionOptions(QStringLiteral("Adobe Portable Document Format (*.pdf)"), 5, 5);
+    for (const QString &flag : conversionFlagNames())
+        options[flag] = Variant::fromBool(true);
+    for (const QString &number : conversionNumberNames())
+        options[number] = Variant::fromI4(5);
+    options["OutputPath"] = Variant::fromBStr("<VaultPath>\\Output\\<Today>\\<Filename>-<Configuration>");
+    options["OutputPath2"] = Variant::fromBStr("<Path>\\PDF\\<Filename>_<Revision>_<WorkflowState>");
+    for (const char *name : {"NamedSheet", "NamedConf", "ErrorLogPath"})
+        options[name] = Variant::fromBStr("Logs\\Sub");
     auto instance = std::make_shared<FakeTaskInstance>();
-    const QRegularExpression option(QStringLiteral("\\[([A-Za-z_0-9]+)\\]"));
-    for (auto it = option.globalMatch(script); it.hasNext();) {
-        const QString name = it.next().captured(1);
-        if (name == QLatin1String("OutputPath"))
-            instance->set(name, Variant::fromBStr("<VaultPath>\\Output\\<Today>\\<Filename>-<Configuration>"));
-        else if (name == QLatin1String("OutputPath2"))
-            instance->set(name, Variant::fromBStr("<Path>\\PDF\\<Filename>_<Revision>_<WorkflowState>"));
-        else if (name == QLatin1String("FileFormat"))
-            instance->set(name, Variant::fromBStr("Adobe Portable Document Format (*.pdf)"));
-        else if (name.startsWith(QLatin1String("Named")) || name == QLatin1String("ErrorLogPath"))
-            instance->set(name, Variant::fromBStr("Logs\\Sub"));
-        else if (name.contains(QLatin1String("Version")) || name.contains(QLatin1String("Unit"))
-                 || name.contains(QLatin1String("Quality")) || name.contains(QLatin1String("Representation"))
-                 || name.contains(QLatin1String("System")) || name.contains(QLatin1String("Geometry"))
-                 || name.contains(QLatin1String("Type")) || name.contains(QLatin1String("Scheme"))
-                 || name.endsWith(QLatin1String("Confs")) || name.endsWith(QLatin1String("Sheets")))
-            instance->set(name, Variant::fromI4(5));
-        else
-            instance->set(name, Variant::fromBool(true));
-    }
+    for (const auto &[name, value] : options)
+        instance->set(name, value);
     return instance;
 }
 
@@ -55,7 +46,7 @@ void BM_PrepareConversionTemplate(benchmark::State &state)
 {
     const QString &script = conversionTemplate();
     auto vault = std::make_shared<FakeVault>("Design", "V:\\Design");
-    auto instance = instanceWithAllOptions(script);
+    auto instance = instanceWithAllOptions();
     for (auto _ : state) {
         MacroBuilder builder(style103);
         builder.Prepare(vault, instance, script);
@@ -71,7 +62,7 @@ void BM_BuildFileMacro(benchmark::State &state)
 {
     const QString &script = conversionTemplate();
     auto vault = std::make_shared<FakeVault>("Design", "V:\\Design");
-    auto instance = instanceWithAllOptions(script);
+    auto instance = instanceWithAllOptions();
     if (state.range(0) == 0) {
         instance->set("OutputPath", Variant::fromBStr("<VaultPath>\\Output\\<Filename>"));
         instance->set("OutputPath2", Variant::fromBStr(""));

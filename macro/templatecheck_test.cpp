@@ -3,6 +3,7 @@
 // documents.
 
 #include "macro/templateloader.h"
+#include "macro/testing/templatefill.h"
 #include "platform/codepage.h"
 #include "platform/qtestprint.h"
 
@@ -83,26 +84,15 @@ QSet<QString> setOf(std::initializer_list<const char *> names)
     return set;
 }
 
+// What a conversion run sets: the keys of its options.
 const QSet<QString> &conversionOptionKeys()
 {
-    static const QSet<QString> keys = setOf({
-        "OutputPath", "OutputPath2", "FileFormat", "OutputSheets", "NamedSheet", "FileSheets",
-        "OutputConfs", "NamedConf", "FileConfs", "ErrorLogPath",
-        "PdfInColor", "PdfEmbedFonts", "PdfHighQuality", "PdfPrintHeaderFooter",
-        "PdfUsePrinterLineWeights",
-        "IgesExportSolidSurface", "IgesRepresentation", "IgesExportWireframe",
-        "IgesCurveRepresentation", "IgesSystem", "IgesExportFreeCurves",
-        "IgesExportSketchEntities", "IgesHighCurveAccuracy", "IgesComponentsIntoOneFile",
-        "IgesFlattenAssemblyHierarchy",
-        "AcisGeometry", "AcisVersion", "AcisOutputAsUnit", "StepGeometry", "StepVersion",
-        "ParasolidVersion", "ParasolidFlattenHierarchy", "VrmlOutputAsUnit",
-        "VrmlSaveAssemblyAsOneFile",
-        "StlOutputAs", "StlOutputAsUnit", "StlQuality", "StlDontTranslatePositive",
-        "StlComponentsIntoOneFile", "StlCheckForInterferences",
-        "TifImageType", "TifCompressionScheme",
-        "GlmpOkayToMeasure", "GlmpAllowExportOfSTL", "GlmpSaveShadedData", "GlmpSaveBOM",
-        "GlmpSaveMotionStudies", "GlmpSaveMotionStudiesToAllConfs", "GlmpRecalcMotionStudies",
-    });
+    static const QSet<QString> keys = [] {
+        QSet<QString> names;
+        for (const auto &[name, value] : conversionOptions(QString(), 0, 0))
+            names.insert(name);
+        return names;
+    }();
     return keys;
 }
 

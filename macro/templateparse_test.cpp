@@ -1,8 +1,7 @@
 // The templates, filled the way a run fills them, must compile in the stand-in's macro engine.
 
-#include "macro/expanddelimited.h"
-#include "macro/macroliteral.h"
 #include "macro/templateloader.h"
+#include "macro/testing/templatefill.h"
 #include "platform/qtestprint.h"
 
 #include "cadsim/engine/macroengine.h"
@@ -16,38 +15,20 @@
 
 namespace {
 
-using Settings = std::map<QString, Variant>;
+using Settings = TemplateOptions;
 
 Settings conversionSettings()
 {
-    Settings s = {
-        {"OutputPath", Variant::fromBStr("<Path>\\<Filename>_<Extension>_<Configuration>")},
-        {"OutputPath2", Variant::fromBStr("<VaultPath>\\Copies\\<Today>\\<Filename>")},
-        {"FileFormat", Variant::fromBStr("Glimpse (*.gprt;*.gasm;*.glmp)")},
-        {"OutputSheets", Variant::fromI4(8 + 1)},
-        {"NamedSheet", Variant::fromBStr("Sheet[13]*")},
-        {"FileSheets", Variant::fromI4(2 + 1)},
-        {"OutputConfs", Variant::fromI4(2 + 1)},
-        {"FileConfs", Variant::fromI4(4 + 1)},
-        {"NamedConf", Variant::fromBStr("Default*")},
-        {"ErrorLogPath", Variant::fromBStr("\\Logs\\Convert")},
-    };
-    for (const char *key :
-         {"PdfInColor", "PdfEmbedFonts", "PdfHighQuality", "PdfPrintHeaderFooter",
-          "PdfUsePrinterLineWeights", "IgesExportSolidSurface", "IgesExportWireframe",
-          "IgesExportFreeCurves", "IgesExportSketchEntities", "IgesHighCurveAccuracy",
-          "IgesComponentsIntoOneFile", "IgesFlattenAssemblyHierarchy",
-          "ParasolidFlattenHierarchy", "VrmlSaveAssemblyAsOneFile", "StlOutputAs",
-          "StlDontTranslatePositive", "StlComponentsIntoOneFile", "StlCheckForInterferences",
-          "GlmpOkayToMeasure", "GlmpAllowExportOfSTL", "GlmpSaveShadedData", "GlmpSaveBOM",
-          "GlmpSaveMotionStudies", "GlmpSaveMotionStudiesToAllConfs",
-          "GlmpRecalcMotionStudies"})
+    Settings s = conversionOptions(QStringLiteral("Glimpse (*.gprt;*.gasm;*.glmp)"), 8 + 1, 2 + 1);
+    s["OutputPath"] = Variant::fromBStr("<Path>\\<Filename>_<Extension>_<Configuration>");
+    s["OutputPath2"] = Variant::fromBStr("<VaultPath>\\Copies\\<Today>\\<Filename>");
+    s["NamedSheet"] = Variant::fromBStr("Sheet[13]*");
+    s["OutputConfs"] = Variant::fromI4(2 + 1);
+    s["FileConfs"] = Variant::fromI4(4 + 1);
+    s["NamedConf"] = Variant::fromBStr("Default*");
+    for (const QString &key : conversionFlagNames())
         s[key] = Variant::fromBool(true);
-    for (const char *key :
-         {"IgesRepresentation", "IgesCurveRepresentation", "IgesSystem", "AcisGeometry",
-          "AcisVersion", "AcisOutputAsUnit", "StepGeometry", "StepVersion", "ParasolidVersion",
-          "VrmlOutputAsUnit", "StlOutputAsUnit", "StlQuality", "TifImageType",
-          "TifCompressionScheme"})
+    for (const QString &key : conversionNumberNames())
         s[key] = Variant::fromI4(2);
     return s;
 }
@@ -80,31 +61,11 @@ Settings printSettings()
     return s;
 }
 
-// Option pass and file pass as a run does them, with a path that needs ChrW.
+// The template filled as a run fills it, for a path that needs ChrW.
 QString fillTemplate(int number, const Settings &settings)
 {
-    const QString text = loadScriptTemplate(number, nullptr);
-    const PlaceholderLookup lookup = [&](const QString &name) -> std::optional<Variant> {
-        const auto it = settings.find(name);
-        if (it == settings.end())
-            return std::nullopt;
-        return it->second;
-    };
-    QString macro = ExpandDelimited(text, QLatin1Char('['), QLatin1Char(']'), lookup);
-    const std::pair<const char *, QString> files[] = {
-        {"<Filepath>", EncodeMacroLiteral(QStringLiteral("V:\\Projekt \u0416\\Welle.mcdprt"))},
-        {"<Path>", EncodeMacroLiteral(QStringLiteral("V:\\Projekt \u0416"))},
-        {"<VaultPath>", QStringLiteral("V:")},
-        {"<TaskInstanceGuid>", QStringLiteral("{5B4A1C2D-0000-4000-8000-00000000ABCD}")},
-        {"<SelCfgOrSheet>", QStringLiteral("Sheet2")},
-        {"<Revision>", QStringLiteral("B")},
-        {"<Version>", QStringLiteral("4")},
-        {"<WorkflowState>", QStringLiteral("Released")},
-        {"<Today>", QStringLiteral("05_03_2012")},
-    };
-    for (const auto &[placeholder, value] : files)
-        macro.replace(QLatin1String(placeholder), value);
-    return macro;
+    return fillTemplate(loadScriptTemplate(number, nullptr), settings,
+                        QStringLiteral("V:\\Projekt \u0416\\Welle.mcdprt"), QStringLiteral("Sheet2"));
 }
 
 QString describe(const cadsim::MacroResult &result, const QString &macro)

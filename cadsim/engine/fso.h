@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cadsim/engine/scriptobject.h"
+#include "cadsim/engine/membertable.h"
 
 #include <functional>
 
@@ -10,11 +10,10 @@ using PathResolver = std::function<QString(const QString &windowsPath)>;
 
 // Scripting.FileSystemObject with its common methods. Paths stay Windows paths for the macro;
 // the resolver maps them to native ones for every file-system access.
-class FileSystemObject final : public ScriptObject {
+class FileSystemObject final : public TableObject {
 public:
     explicit FileSystemObject(PathResolver resolver);
     QString typeName() const override { return QStringLiteral("FileSystemObject"); }
-    ScriptValue invoke(const QString &member, CallKind kind, ScriptArgs &args) override;
 
     // Windows path pieces, as the object's methods give them.
     static QString fileName(const QString &path);
@@ -24,6 +23,11 @@ public:
     static QString buildPath(const QString &path, const QString &name);
 
 private:
+    void addMembers();
+    ScriptValue deleteFile(const QString &windowsPath) const;
+    ScriptValue copyOrMove(ScriptArgs &args, bool copy) const;
+    ScriptValue openText(ScriptArgs &args, bool create) const;
+
     PathResolver m_resolve;
 };
 

@@ -273,6 +273,12 @@ QString CadApplication::resolve(const QString &windowsPath) const
     return m_resolver ? m_resolver(windowsPath) : QString();
 }
 
+void CadApplication::setVisible(bool visible)
+{
+    m_visible = visible;
+    notify([&](ModelObserver &o) { o.visibilityChanged(visible); });
+}
+
 void CadApplication::notifySaving(ModelDoc &doc, const QString &fileName)
 {
     notify([&](ModelObserver &o) { o.fileSaving(doc, fileName); });

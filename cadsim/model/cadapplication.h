@@ -41,6 +41,7 @@ struct CadSettings
 struct Frame
 {
     bool keepInvisible = false;
+    std::int32_t window = 0; // its window handle, given by the process that shows it
 };
 
 // The stand-in's application object: the open documents, opening and
@@ -74,7 +75,12 @@ public:
     QString revisionNumber() const { return m_settings.revision; }
     void setRevisionNumber(const QString &revision) { m_settings.revision = revision; }
     bool isVisible() const { return m_visible; }
-    void setVisible(bool visible) { m_visible = visible; }
+    // Observers are told, so the process shows or hides its window.
+    void setVisible(bool visible);
+    bool backgroundMode() const { return m_backgroundMode; }
+    void setBackgroundMode(bool on) { m_backgroundMode = on; }
+    bool userControl() const { return m_userControl; }
+    void setUserControl(bool on) { m_userControl = on; }
     Frame &frame() { return m_frame; }
     Preferences &preferences() { return m_preferences; }
     const Preferences &preferences() const { return m_preferences; }
@@ -120,5 +126,7 @@ private:
     QStringList m_errorMessages;
     std::vector<ModelObserver *> m_observers;
     bool m_visible = true;
+    bool m_backgroundMode = false;
+    bool m_userControl = true;
     Frame m_frame;
 };

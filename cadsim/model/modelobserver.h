@@ -18,4 +18,5 @@ public:
     // The document is closing; it is still readable during the call.
     virtual void documentDestroyed(ModelDoc &) {}
     virtual void printed(ModelDoc &, ModelView &) {}
+    virtual void visibilityChanged(bool /*visible*/) {}
 };

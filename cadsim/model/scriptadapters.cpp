@@ -2,34 +2,20 @@
 
 #include "cadsim/model/cadconstants.h"
 
+#include <algorithm>
+
 namespace cadsim {
 
 namespace {
 
 ScriptValue &arg(ScriptArgs &args, std::size_t i)
 {
-    if (i >= args.size() || args[i]->isMissing())
-        throw ScriptError(ErrNo::ArgumentNotOptional);
-    return *args[i];
-}
-
-bool hasArg(const ScriptArgs &args, std::size_t i)
-{
-    return i < args.size() && !args[i]->isMissing();
-}
-
-// The value of a Let: the last argument.
-const ScriptValue &letValue(ScriptArgs &args)
-{
-    if (args.empty())
-        throw ScriptError(ErrNo::ArgumentNotOptional);
-    return *args.back();
+    return requiredArg(args, i);
 }
 
 void writeBack(ScriptArgs &args, std::size_t i, std::int32_t value)
 {
-    if (i < args.size() && !args[i]->isMissing())
-        *args[i] = ScriptValue::fromLong(value);
+    cadsim::writeBack(args, i, ScriptValue::fromLong(value));
 }
 
 ScriptValue object(std::shared_ptr<ScriptObject> o)
@@ -50,18 +36,36 @@ QStringList textList(const ScriptValue &v)
     return out;
 }
 
+// Entries of a preference list: one text separated by line feeds (as macros
+// pass them) or an array; either way trimmed, empty ones dropped.
+QStringList preferenceEntries(const ScriptValue &v)
+{
+    QStringList entries;
+    for (const QString &text : textList(v)) {
+        for (const QString &entry : text.split(QLatin1Char('\n'))) {
+            if (!entry.trimmed().isEmpty())
+                entries << entry.trimmed();
+        }
+    }
+    return entries;
+}
+
 ScriptValue textArray(const QStringList &items)
 {
     return ScriptValue::fromStringList(items);
 }
 
-class ScriptFrame final : public ModelScriptObject
+class ScriptFrame final : public TableObject
 {
 public:
     explicit ScriptFrame(std::shared_ptr<ScriptCadApplication> app) : m_app(std::move(app))
     {
-        property("KeepInVisible", [this] { return ScriptValue::fromBool(m_app->application().frame().keepInvisible); },
-                 [this](const ScriptValue &v) { m_app->application().frame().keepInvisible = v.toBool(); });
+        Frame &frame = m_app->application().frame();
+        property("KeepInVisible", [&frame] { return ScriptValue::fromBool(frame.keepInvisible); },
+                           [&frame](const ScriptValue &v) { frame.keepInvisible = v.toBool(); });
+        const Handler window = [&frame](CallKind, ScriptArgs &) { return ScriptValue::fromLong(frame.window); };
+        method("GetHWnd", window);
+        method("GetHWndx64", window);
     }
     QString typeName() const override { return QStringLiteral("Frame"); }
 
@@ -69,7 +73,7 @@ private:
     std::shared_ptr<ScriptCadApplication> m_app;
 };
 
-class ScriptDocSpec final : public ModelScriptObject
+class ScriptDocSpec final : public TableObject
 {
 public:
     explicit ScriptDocSpec(std::unique_ptr<DocumentSpecification> openRequest) : m_spec(std::move(openRequest))
@@ -97,7 +101,7 @@ private:
     std::unique_ptr<DocumentSpecification> m_spec;
 };
 
-class ScriptPdfData final : public ModelScriptObject
+class ScriptPdfData final : public TableObject
 {
 public:
     explicit ScriptPdfData(std::shared_ptr<ExportPdfData> data) : m_data(std::move(data))
@@ -115,7 +119,7 @@ private:
     std::shared_ptr<ExportPdfData> m_data;
 };
 
-class ScriptNamed final : public ModelScriptObject
+class ScriptNamed final : public TableObject
 {
 public:
     // A sheet or configuration: an object that only has a name.
@@ -131,7 +135,7 @@ private:
     QString m_name;
 };
 
-class ScriptConfigurationManager final : public ModelScriptObject
+class ScriptConfigurationManager final : public TableObject
 {
 public:
     explicit ScriptConfigurationManager(ModelDocPtr doc) : m_doc(std::move(doc))
@@ -148,7 +152,7 @@ private:
     ModelDocPtr m_doc;
 };
 
-class ScriptComponent final : public ModelScriptObject
+class ScriptComponent final : public TableObject
 {
 public:
     explicit ScriptComponent(Component c) : m_c(std::move(c))
@@ -163,7 +167,7 @@ private:
     Component m_c;
 };
 
-class ScriptPageSetup final : public ModelScriptObject
+class ScriptPageSetup final : public TableObject
 {
 public:
     explicit ScriptPageSetup(ModelDocPtr doc) : m_doc(std::move(doc))
@@ -188,7 +192,7 @@ private:
     ModelDocPtr m_doc; // keeps the page set-up alive
 };
 
-class ScriptExtension final : public ModelScriptObject
+class ScriptExtension final : public TableObject
 {
 public:
     explicit ScriptExtension(ModelDocPtr doc) : m_doc(std::move(doc))
@@ -236,33 +240,6 @@ private:
 
 } // namespace
 
-ScriptValue ModelScriptObject::invoke(const QString &member, CallKind kind, ScriptArgs &args)
-{
-    const auto it = m_members.constFind(member.toLower());
-    if (it == m_members.constEnd())
-        throw ScriptError(ErrNo::NoSuchMember);
-    return it.value()(kind, args);
-}
-
-void ModelScriptObject::method(const char *name, Handler handler)
-{
-    m_members.insert(QString::fromLatin1(name).toLower(), std::move(handler));
-}
-
-void ModelScriptObject::property(const char *name, std::function<ScriptValue()> get,
-                                 std::function<void(const ScriptValue &)> let)
-{
-    method(name, [get = std::move(get), let = std::move(let)](CallKind kind, ScriptArgs &args) -> ScriptValue {
-        if (kind == CallKind::Let || kind == CallKind::Set) {
-            if (!let)
-                throw ScriptError(ErrNo::NoSuchMember);
-            let(letValue(args));
-            return ScriptValue();
-        }
-        return get();
-    });
-}
-
 std::shared_ptr<ScriptCadApplication> ScriptCadApplication::create(std::shared_ptr<CadApplication> app)
 {
     std::shared_ptr<ScriptCadApplication> object(new ScriptCadApplication(std::move(app)));
@@ -276,6 +253,7 @@ std::shared_ptr<ScriptDocument> ScriptCadApplication::wrap(const ModelDocPtr &do
 {
     if (!doc)
         return nullptr;
+    const std::lock_guard lock(m_mutex);
     // Forget wrappers of documents that are gone.
     for (auto it = m_wrappers.begin(); it != m_wrappers.end();)
         it = it->second.expired() ? m_wrappers.erase(it) : std::next(it);
@@ -284,6 +262,13 @@ std::shared_ptr<ScriptDocument> ScriptCadApplication::wrap(const ModelDocPtr &do
     auto wrapper = std::make_shared<ScriptDocument>(shared_from_this(), doc);
     m_wrappers[doc.get()] = wrapper;
     return wrapper;
+}
+
+std::shared_ptr<ScriptDocument> ScriptCadApplication::existing(const ModelDoc &doc)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto it = m_wrappers.find(&doc);
+    return it == m_wrappers.end() ? nullptr : it->second.lock();
 }
 
 ScriptValue ScriptCadApplication::wrapValue(const ModelDocPtr &doc)
@@ -308,7 +293,14 @@ void ScriptCadApplication::addMembers()
     property("Visible", [&app] { return ScriptValue::fromBool(app.isVisible()); },
              [&app](const ScriptValue &v) { app.setVisible(v.toBool()); });
     method("Frame", [self](CallKind, ScriptArgs &) { return object(std::make_shared<ScriptFrame>(self())); });
+    property("BackgroundMode", [&app] { return ScriptValue::fromBool(app.backgroundMode()); },
+                       [&app](const ScriptValue &v) { app.setBackgroundMode(v.toBool()); });
+    property("UserControl", [&app] { return ScriptValue::fromBool(app.userControl()); },
+                       [&app](const ScriptValue &v) { app.setUserControl(v.toBool()); });
     property("ActiveDoc", [self, &app] { return self()->wrapValue(app.activeDocument()); });
+    method("GetFirstDocument", [self, &app](CallKind, ScriptArgs &) {
+        return app.documents().empty() ? ScriptValue::nothing() : self()->wrapValue(app.documents().front());
+    });
 
     method("GetOpenDocSpec", [&app](CallKind, ScriptArgs &args) {
         return object(std::make_shared<ScriptDocSpec>(app.getOpenDocSpec(arg(args, 0).toString())));
@@ -383,12 +375,7 @@ void ScriptCadApplication::addMembers()
         return ScriptValue::fromDouble(prefs.real(arg(args, 0).toLong()));
     });
     method("SetUserPreferenceStringListValue", [&prefs](CallKind, ScriptArgs &args) {
-        // Entries come as one text separated by line feeds.
-        const QStringList entries = arg(args, 1).toString().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        QStringList trimmed;
-        for (const QString &e : entries)
-            trimmed << e.trimmed();
-        prefs.setStringList(arg(args, 0).toLong(), trimmed);
+        prefs.setStringList(arg(args, 0).toLong(), preferenceEntries(arg(args, 1)));
         return ScriptValue::fromBool(true);
     });
     method("GetUserPreferenceStringListValue", [&prefs](CallKind, ScriptArgs &args) {
@@ -461,8 +448,46 @@ ScriptDocument::ScriptDocument(std::shared_ptr<ScriptCadApplication> app, ModelD
     method("GetComponentCount", [&d](CallKind, ScriptArgs &args) {
         return ScriptValue::fromLong(static_cast<std::int32_t>(d.components(hasArg(args, 0) && args[0]->toBool()).size()));
     });
+    plain("GetActiveConfigurationName", [&d] { return ScriptValue::fromString(d.activeConfiguration()); });
+    plain("GetCurrentSheetName", [&d] { return ScriptValue::fromString(d.currentSheet()); });
+    plain("IsClosed", [&d] { return ScriptValue::fromBool(d.isClosed()); });
+    plain("GetNext", [this]() -> ScriptValue {
+        // The document after this one in the application's list.
+        const auto &documents = m_app->application().documents();
+        auto it = std::find(documents.begin(), documents.end(), m_doc);
+        if (it == documents.end() || ++it == documents.end())
+            return ScriptValue::nothing();
+        return m_app->wrapValue(*it);
+    });
+    plain("GetFirstModelView", [this] {
+        auto first = view(0);
+        return first ? object(first) : ScriptValue::nothing();
+    });
     property("Printer", [&d] { return ScriptValue::fromString(d.printer()); },
              [&d](const ScriptValue &v) { d.setPrinter(v.toString()); });
+}
+
+std::shared_ptr<ScriptView> ScriptDocument::view(std::size_t index)
+{
+    if (index >= m_doc->views().size() || m_doc->isClosed())
+        return nullptr;
+    const std::lock_guard lock(m_mutex);
+    auto &slot = m_views[index];
+    auto existing = slot.lock();
+    if (!existing) {
+        existing = std::make_shared<ScriptView>(shared_from_this(), index);
+        slot = existing;
+    }
+    return existing;
+}
+
+ScriptView::ScriptView(std::shared_ptr<ScriptDocument> doc, std::size_t index) : m_doc(std::move(doc)), m_index(index)
+{
+    method("GetNext", [this](CallKind, ScriptArgs &) {
+        auto next = m_doc->view(m_index + 1);
+        return next ? object(next) : ScriptValue::nothing();
+    });
+    method("GetDocument", [this](CallKind, ScriptArgs &) { return object(m_doc); });
 }
 
 QString ScriptDocument::typeName() const

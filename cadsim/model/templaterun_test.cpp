@@ -7,20 +7,18 @@
 #include "cadsim/model/cadconstants.h"
 #include "cadsim/model/printspool.h"
 #include "cadsim/model/scriptadapters.h"
+#include "macro/testing/templatefill.h"
 #include "modeltestsupport.h"
 
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 using namespace cadsim;
 
 namespace {
-
-const QString kGuid = QStringLiteral("{6B1E1B4C-0D8A-4A55-9E4B-7F2C1D3E5A60}");
 
 QString loadTemplate(const char *name)
 {
@@ -43,75 +41,38 @@ protected:
         QDir(scratch.path()).mkpath("Vault");
     }
 
-    // Option placeholders ("[Name]") with the text each becomes.
     void convertOptions(const QString &format, int outputItems, int fileItems)
     {
-        options = {{"OutputPath", "C:\\Out\\<Filename>"}, {"OutputPath2", ""}, {"FileFormat", format},
-                   {"OutputSheets", QString::number(outputItems)}, {"FileSheets", QString::number(fileItems)},
-                   {"OutputConfs", QString::number(outputItems)}, {"FileConfs", QString::number(fileItems)},
-                   {"NamedSheet", ""}, {"NamedConf", ""}, {"ErrorLogPath", "\\Logs\\Convert"}};
-        for (const char *flag : {"PdfInColor", "PdfEmbedFonts", "PdfHighQuality", "PdfPrintHeaderFooter",
-                                 "PdfUsePrinterLineWeights", "IgesExportSolidSurface", "IgesExportWireframe",
-                                 "IgesExportFreeCurves", "IgesExportSketchEntities", "IgesHighCurveAccuracy",
-                                 "IgesComponentsIntoOneFile", "IgesFlattenAssemblyHierarchy",
-                                 "ParasolidFlattenHierarchy", "VrmlSaveAssemblyAsOneFile", "StlOutputAs",
-                                 "StlDontTranslatePositive", "StlComponentsIntoOneFile", "StlCheckForInterferences",
-                                 "GlmpOkayToMeasure", "GlmpAllowExportOfSTL", "GlmpSaveShadedData", "GlmpSaveBOM",
-                                 "GlmpSaveMotionStudies", "GlmpSaveMotionStudiesToAllConfs",
-                                 "GlmpRecalcMotionStudies"})
-            options.insert(flag, "False");
-        for (const char *number : {"IgesRepresentation", "IgesCurveRepresentation", "IgesSystem", "AcisGeometry",
-                                   "AcisVersion", "AcisOutputAsUnit", "StepGeometry", "StepVersion",
-                                   "ParasolidVersion", "VrmlOutputAsUnit", "StlOutputAsUnit", "StlQuality",
-                                   "TifImageType", "TifCompressionScheme"})
-            options.insert(number, "0");
+        options = conversionOptions(format, outputItems, fileItems);
     }
+
+    // An option as its set-up page stores a text.
+    void set(const QString &name, const QString &text) { options[name] = Variant::fromBStr(text); }
 
     void printOptions()
     {
-        options = {{"ErrorLogPath", "Logs\\Print"},
-                   {"__printer_prseltype", "0"},
-                   {"__printer_prname", "Office Laser"},
-                   {"__printer_usedrwnfo", "False"},
-                   {"__printer_defpapsize", "10"},
-                   {"__printer_deforientation", "1"},
-                   {"__printer_margintype", "0"},
-                   {"__printer_margintop", "0"},
-                   {"__printer_marginbottom", "0"},
-                   {"__printer_marginleft", "0"},
-                   {"__printer_marginright", "0"},
-                   {"__printer_headertype", "0"},
-                   {"__printer_footertype", "0"},
-                   {"__printer_copycount", ""}};
+        options.clear();
+        for (const auto &[name, text] : std::initializer_list<std::pair<const char *, const char *>>{
+                 {"ErrorLogPath", "Logs\\Print"},
+                 {"__printer_prseltype", "0"},
+                 {"__printer_prname", "Office Laser"},
+                 {"__printer_usedrwnfo", "False"},
+                 {"__printer_defpapsize", "10"},
+                 {"__printer_deforientation", "1"},
+                 {"__printer_margintype", "0"},
+                 {"__printer_margintop", "0"},
+                 {"__printer_marginbottom", "0"},
+                 {"__printer_marginleft", "0"},
+                 {"__printer_marginright", "0"},
+                 {"__printer_headertype", "0"},
+                 {"__printer_footertype", "0"},
+                 {"__printer_copycount", ""}})
+            set(name, text);
         for (const char *key : {"A", "B", "C", "D", "E", "A0", "A1", "A2", "A3", "A4", "DEF"})
-            options.insert(QStringLiteral("__printer_papsize_") + QLatin1String(key), "");
+            set(QStringLiteral("__printer_papsize_") + QLatin1String(key), "");
         for (const char *key : {"headerleft", "headercenter", "headerright", "footerleft", "footercenter",
                                 "footerright"})
-            options.insert(QStringLiteral("__printer_") + QLatin1String(key), "");
-    }
-
-    QString expand(QString text, const QString &file, const QString &cfgOrSheet)
-    {
-        static const QRegularExpression option(QStringLiteral("\\[([A-Za-z0-9_]+)\\]"));
-        QString out;
-        qsizetype last = 0;
-        for (auto it = option.globalMatch(text); it.hasNext();) {
-            const QRegularExpressionMatch m = it.next();
-            out += text.mid(last, m.capturedStart() - last);
-            const QString key = m.captured(1);
-            if (!options.contains(key))
-                ADD_FAILURE() << "no value for option " << key.toStdString();
-            out += options.value(key);
-            last = m.capturedEnd();
-        }
-        out += text.mid(last);
-        const QHash<QString, QString> fileValues = {
-            {"<Filepath>", file}, {"<SelCfgOrSheet>", cfgOrSheet}, {"<VaultPath>", "C:\\Vault"},
-            {"<TaskInstanceGuid>", kGuid}, {"<Path>", winpath::folder(file)}, {"<Revision>", "A"},
-            {"<Version>", "1"}, {"<WorkflowState>", "Released"}, {"<Today>", "2026-11-23"}};
-        for (auto it = fileValues.cbegin(); it != fileValues.cend(); ++it)
-            out.replace(it.key(), it.value());
-        return out;
+            set(QStringLiteral("__printer_") + QLatin1String(key), "");
     }
 
     // Runs the template's main for one file; false when the engine failed.
@@ -123,7 +84,7 @@ protected:
             return false;
         }
         try {
-            std::unique_ptr<Module> module = Parser::parse(expand(text, file, cfgOrSheet));
+            std::unique_ptr<Module> module = Parser::parse(fillTemplate(text, options, file, cfgOrSheet));
             EngineHost host;
             host.resolvePath = testResolver(scratch);
             host.constants = cadConstantValues();
@@ -147,7 +108,7 @@ protected:
 
     QStringList logLines(const QString &folder)
     {
-        QFile f(native(folder + "\\" + kGuid + ".log"));
+        QFile f(native(folder + "\\" + kTemplateInstanceGuid + ".log"));
         if (!f.open(QIODevice::ReadOnly))
             return {};
         QStringList lines = decodeWindows1252(f.readAll()).split(QStringLiteral("\r\n"));
@@ -179,7 +140,7 @@ protected:
     QTemporaryDir scratch;
     std::shared_ptr<CadApplication> model;
     RecordingObserver observer;
-    QHash<QString, QString> options;
+    TemplateOptions options;
 };
 
 const QString kPdf = QStringLiteral("Adobe Portable Document Format (*.pdf)");
@@ -204,7 +165,7 @@ TEST_F(TemplateRun, DrawingOneFilePerSheet)
 TEST_F(TemplateRun, DrawingAllSheetsInOneFile)
 {
     convertOptions(kPdf, 2, 2);
-    options["OutputPath2"] = "C:\\Out\\Copy\\<Filename>-<Extension>";
+    set("OutputPath2", "C:\\Out\\Copy\\<Filename>-<Extension>");
     ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
     EXPECT_EQ(outputs(), QStringList{"layout.pdf"});
     EXPECT_EQ(list(exported("C:\\Out\\layout.pdf")["sheets"]), (QStringList{"Sheet1", "Sheet2", "Detail A"}));
@@ -215,17 +176,17 @@ TEST_F(TemplateRun, DrawingAllSheetsInOneFile)
 TEST_F(TemplateRun, SingleNamedSheetHasNoSuffix)
 {
     convertOptions(kPdf, 8, 4);
-    options["NamedSheet"] = "Det*";
+    set("NamedSheet", "Det*");
     ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
     EXPECT_EQ(outputs(), QStringList{"layout.pdf"});
     EXPECT_EQ(list(exported("C:\\Out\\layout.pdf")["sheets"]), QStringList{"Detail A"});
 
-    options["NamedSheet"] = "Sheet[!1]";
-    options["OutputPath"] = "C:\\Out\\<Filename> <Configuration>";
+    set("NamedSheet", "Sheet[!1]");
+    set("OutputPath", "C:\\Out\\<Filename> <Configuration>");
     ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
     EXPECT_TRUE(QFile::exists(native("C:\\Out\\layout Sheet2.pdf")));
 
-    options["NamedSheet"] = "Plan*";
+    set("NamedSheet", "Plan*");
     ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
     EXPECT_EQ(convertLog(), QStringList{"Document 'S:\\layout.mcddrw' didn't contain any sheets named 'Plan*'."});
 }
@@ -233,12 +194,12 @@ TEST_F(TemplateRun, SingleNamedSheetHasNoSuffix)
 TEST_F(TemplateRun, ViewerFormatTakesThePatternOfTheTypeAndTheSelectedSheets)
 {
     convertOptions("Glimpse (*.gprt;*.gasm;*.glmp)", 8, 2);
-    options["NamedSheet"] = "Sheet#";
+    set("NamedSheet", "Sheet#");
     ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
     EXPECT_EQ(outputs(), QStringList{"layout.glmp"});
     EXPECT_EQ(list(exported("C:\\Out\\layout.glmp")["sheets"]), (QStringList{"Sheet1", "Sheet2"}));
 
-    options["OutputConfs"] = "2";
+    set("OutputConfs", "2");
     ASSERT_TRUE(run("convert.mcb", "S:\\bracket.mcdprt"));
     EXPECT_EQ(list(exported("C:\\Out\\bracket.gprt")["configurations"]).size(), 3);
     EXPECT_TRUE(convertLog().isEmpty()) << convertLog().join('\n').toStdString();
@@ -252,7 +213,7 @@ TEST_F(TemplateRun, ThreeConfigurationsGetNumberedOrNamedOutputs)
     EXPECT_EQ(list(exported("C:\\Out\\bracket_0.step")["configurations"]), QStringList{"Default"});
     EXPECT_EQ(list(exported("C:\\Out\\bracket_2.step")["configurations"]), QStringList{"A/B\\C"});
 
-    options["OutputPath"] = "C:\\Out\\Named\\<Filename>-<Configuration>";
+    set("OutputPath", "C:\\Out\\Named\\<Filename>-<Configuration>");
     ASSERT_TRUE(run("convert.mcb", "S:\\bracket.mcdprt"));
     EXPECT_EQ(QDir(native("C:\\Out\\Named")).entryList(QDir::Files, QDir::Name),
               (QStringList{"bracket-ABC.step", "bracket-Default.step", "bracket-Machined.step"}));
@@ -262,9 +223,9 @@ TEST_F(TemplateRun, ThreeConfigurationsGetNumberedOrNamedOutputs)
 TEST_F(TemplateRun, NamedConfigurationsMatchWithLikeAndOptionsReachTheExport)
 {
     convertOptions("IGES (*.igs)", 8, 4);
-    options["NamedConf"] = "?a*";
-    options["IgesExportWireframe"] = "True";
-    options["IgesSystem"] = "3";
+    set("NamedConf", "?a*");
+    set("IgesExportWireframe", "True");
+    set("IgesSystem", "3");
     ASSERT_TRUE(run("convert.mcb", "S:\\bracket.mcdprt"));
     EXPECT_EQ(outputs(), QStringList{"bracket.igs"});
     const QJsonObject d = exported("C:\\Out\\bracket.igs");
@@ -290,6 +251,21 @@ TEST_F(TemplateRun, ImportedFileIsNamedAfterItself)
     EXPECT_TRUE(exported("C:\\Out\\flange.pdf")["imported"].toBool());
 }
 
+TEST_F(TemplateRun, FileWithCharactersBeyondLatin1)
+{
+    // The path reaches the macro as a literal with ChrW parts.
+    const QString folder = QStringLiteral("C:\\Teile \u0416");
+    ASSERT_TRUE(QDir().mkpath(native(folder)));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(MCTASK_SAMPLES_DIR "/bracket.mcdprt"),
+                            native(folder + QStringLiteral("\\Welle \u03A9.mcdprt"))));
+    convertOptions(kPdf, 4, 4);
+    set("OutputPath", "<Path>\\<Filename>");
+    ASSERT_TRUE(run("convert.mcb", folder + QStringLiteral("\\Welle \u03A9.mcdprt")));
+    EXPECT_EQ(exported(folder + QStringLiteral("\\Welle \u03A9.pdf"))["source"].toString(),
+              folder + QStringLiteral("\\Welle \u03A9.mcdprt"));
+    EXPECT_TRUE(convertLog().isEmpty()) << convertLog().join('\n').toStdString();
+}
+
 TEST_F(TemplateRun, ConversionFailuresAreLogged)
 {
     convertOptions(kPdf, 2, 4);
@@ -297,8 +273,8 @@ TEST_F(TemplateRun, ConversionFailuresAreLogged)
     ASSERT_TRUE(run("convert.mcb", "S:\\newer.mcdprt"));
     ASSERT_TRUE(run("convert.mcb", "S:\\missing.mcdprt"));
     ASSERT_TRUE(run("convert.mcb", "S:\\embedded.mcddrw"));
-    options["FileFormat"] = "STL (*.stl)";
-    options["OutputSheets"] = "4";
+    set("FileFormat", "STL (*.stl)");
+    set("OutputSheets", "4");
     ASSERT_TRUE(run("convert.mcb", "S:\\layout.mcddrw"));
     EXPECT_EQ(convertLog(),
               (QStringList{
@@ -317,19 +293,19 @@ TEST_F(TemplateRun, ConversionFailuresAreLogged)
 TEST_F(TemplateRun, PrintDrawingSheetWithMarginsHeaderAndFooter)
 {
     printOptions();
-    options["__printer_margintype"] = "2";
-    options["__printer_margintop"] = "10";
-    options["__printer_marginbottom"] = "20";
-    options["__printer_marginleft"] = "12.5";
-    options["__printer_marginright"] = "5";
-    options["__printer_headertype"] = "2";
-    options["__printer_headerleft"] = "Left";
-    options["__printer_headerright"] = "Right";
-    options["__printer_footertype"] = "2";
-    options["__printer_footercenter"] = "Page";
-    options["__printer_copycount"] = "3";
-    options["__printer_defpapsize"] = "10";
-    options["__printer_deforientation"] = "0";
+    set("__printer_margintype", "2");
+    set("__printer_margintop", "10");
+    set("__printer_marginbottom", "20");
+    set("__printer_marginleft", "12.5");
+    set("__printer_marginright", "5");
+    set("__printer_headertype", "2");
+    set("__printer_headerleft", "Left");
+    set("__printer_headerright", "Right");
+    set("__printer_footertype", "2");
+    set("__printer_footercenter", "Page");
+    set("__printer_copycount", "3");
+    set("__printer_defpapsize", "10");
+    set("__printer_deforientation", "0");
     ASSERT_TRUE(run("print.mcb", "S:\\layout.mcddrw", "detail a"));
     const QList<PrintRecord> records = spool();
     ASSERT_EQ(records.size(), 1);
@@ -355,15 +331,15 @@ TEST_F(TemplateRun, PrintDrawingSheetWithMarginsHeaderAndFooter)
 TEST_F(TemplateRun, PrintPaperCodesAndPrinterByPaperSize)
 {
     printOptions();
-    options["__printer_usedrwnfo"] = "True";
-    options["__printer_prseltype"] = "2";
-    options["__printer_papsize_A"] = "Plotter";
-    options["__printer_papsize_A4"] = "Office Laser";
+    set("__printer_usedrwnfo", "True");
+    set("__printer_prseltype", "2");
+    set("__printer_papsize_A", "Plotter");
+    set("__printer_papsize_A4", "Office Laser");
     const struct { const char *code; const char *printer; int paper; } cases[] = {
         {"0", "Plotter", 262}, {"1", "Plotter", 262}, {"10", "Office Laser", 9}, {"11", "Office Laser", 77}};
     for (const auto &c : cases) {
-        options["__printer_defpapsize"] = c.code;
-        options["__printer_deforientation"] = "0";
+        set("__printer_defpapsize", c.code);
+        set("__printer_deforientation", "0");
         ASSERT_TRUE(run("print.mcb", "S:\\bracket.mcdprt", "Default"));
     }
     // A drawing keeps its own paper and orientation when the task says so.
@@ -385,13 +361,13 @@ TEST_F(TemplateRun, PrintPaperCodesAndPrinterByPaperSize)
 TEST_F(TemplateRun, PrintFailuresAreLogged)
 {
     printOptions();
-    options["__printer_prname"] = "";
+    set("__printer_prname", "");
     ASSERT_TRUE(run("print.mcb", "S:\\bracket.mcdprt"));
     ASSERT_TRUE(run("print.mcb", "S:\\bracket.mcdprt", "Machined"));
     ASSERT_TRUE(run("print.mcb", "S:\\layout.mcddrw", "Sheet1"));
-    options["__printer_prname"] = "Ghost";
+    set("__printer_prname", "Ghost");
     ASSERT_TRUE(run("print.mcb", "S:\\shaft.mcdprt"));
-    options["__printer_prname"] = "Jammed";
+    set("__printer_prname", "Jammed");
     ASSERT_TRUE(run("print.mcb", "S:\\shaft.mcdprt"));
     EXPECT_EQ(printLog(),
               (QStringList{

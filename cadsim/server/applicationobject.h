@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cadsim/engine/membertable.h"
+#include "cadsim/model/modelobserver.h"
 #include "cadsim/server/windowservice.h"
 #include "platform/automation/automationserver.h"
 
@@ -9,20 +11,8 @@
 #include <memory>
 
 class CadApplication;
-class DocumentObjects;
 class RunService;
-
-// The frame of the main window: its window handle and whether it stays hidden.
-class FrameObject final : public AutomationObject
-{
-public:
-    FrameObject(CadApplication &app, WindowService::WindowId window) : m_app(app), m_window(window) {}
-    HRESULT invoke(const QString &member, AutomationCall &call) override;
-
-private:
-    CadApplication &m_app;
-    WindowService::WindowId m_window;
-};
+class ScriptBridge;
 
 // What the process tells the application object about itself.
 struct ProcessInfo
@@ -33,18 +23,20 @@ struct ProcessInfo
     WindowService::WindowId mainWindow = 0;
 };
 
-// The application object served at the registered endpoint: revision,
-// preferences, visibility and the other application properties, the frame,
-// documents, closing them, exit and the two run calls. It fires the
-// application events (see EventForwarder).
-class ApplicationObject final : public AutomationObject
+// The application object served at the registered endpoint: the model's
+// application (its member table, shared with macros) and what only the
+// process answers: its start, its id, exit and the two run calls. It fires
+// the application events (see EventForwarder) and shows the main window when
+// the application becomes visible.
+class ApplicationObject final : public AutomationObject, public ModelObserver
 {
 public:
-    ApplicationObject(CadApplication &app, DocumentObjects &documents, WindowService &windows,
-                      RunService &runs, ProcessInfo process, bool refuseExit);
+    ApplicationObject(ScriptBridge &bridge, WindowService &windows, RunService &runs, ProcessInfo process,
+                      bool refuseExit);
 
     HRESULT invoke(const QString &member, AutomationCall &call) override;
     bool sourcesEvents() const override { return true; }
+    void visibilityChanged(bool visible) override;
 
     // Called after the reply to an exit request (not called when exit is refused).
     void setExitHandler(std::function<void()> handler) { m_exit = std::move(handler); }
@@ -56,19 +48,17 @@ public:
     static int revisionMajor(const QString &revision);
 
 private:
+    using Member = std::function<HRESULT(AutomationCall &)>;
     HRESULT runMacro(AutomationCall &call, bool withErrorCode);
-    HRESULT preference(const QString &member, AutomationCall &call, bool &handled);
     QString nativePath(const QString &path) const;
 
+    ScriptBridge &m_bridge;
     CadApplication &m_app;
-    DocumentObjects &m_documents;
     WindowService &m_windows;
     RunService &m_runs;
     ProcessInfo m_process;
     bool m_refuseExit;
-    std::shared_ptr<FrameObject> m_frame;
-    bool m_backgroundMode = false;
-    bool m_userControl = true;
+    cadsim::NamedTable<Member> m_members;
     std::function<void()> m_exit;
     std::function<void()> m_crash;
 };

@@ -1,12 +1,12 @@
 #include "cadsim/server/eventforwarder.h"
 
 #include "cadsim/model/modeldoc.h"
-#include "cadsim/server/documentobjects.h"
+#include "cadsim/server/scriptbridge.h"
 #include "platform/automation/automationserver.h"
 
 EventForwarder::EventForwarder(AutomationServer &server, std::shared_ptr<AutomationObject> application,
-                               DocumentObjects &documents)
-    : m_server(server), m_application(std::move(application)), m_documents(documents)
+                               ScriptBridge &bridge)
+    : m_server(server), m_application(std::move(application)), m_bridge(bridge)
 {
 }
 
@@ -24,18 +24,18 @@ void EventForwarder::documentActivated(ModelDoc &)
 
 void EventForwarder::fileSaving(ModelDoc &doc, const QString &fileName)
 {
-    if (auto object = m_documents.forDocument(doc))
+    if (auto object = m_bridge.forDocument(doc))
         m_server.fireEvent(object, cadevent::DocFileSaving, {Variant::fromBStr(fileName)});
 }
 
 void EventForwarder::documentDestroyed(ModelDoc &doc)
 {
-    if (auto object = m_documents.forDocument(doc))
+    if (auto object = m_bridge.forDocument(doc))
         m_server.fireEvent(object, cadevent::DocDestroyed);
 }
 
 void EventForwarder::printed(ModelDoc &doc, ModelView &view)
 {
-    if (auto object = m_documents.forView(doc, view))
+    if (auto object = m_bridge.forView(doc, view))
         m_server.fireEvent(object, cadevent::ViewPrinted);
 }

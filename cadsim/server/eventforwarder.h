@@ -6,7 +6,7 @@
 
 class AutomationObject;
 class AutomationServer;
-class DocumentObjects;
+class ScriptBridge;
 
 // Event numbers as the connected add-in knows them.
 namespace cadevent {
@@ -25,7 +25,7 @@ class EventForwarder final : public ModelObserver
 {
 public:
     EventForwarder(AutomationServer &server, std::shared_ptr<AutomationObject> application,
-                   DocumentObjects &documents);
+                   ScriptBridge &bridge);
 
     void documentOpened(ModelDoc &doc) override;
     void documentActivated(ModelDoc &doc) override;
@@ -36,5 +36,5 @@ public:
 private:
     AutomationServer &m_server;
     std::shared_ptr<AutomationObject> m_application;
-    DocumentObjects &m_documents;
+    ScriptBridge &m_bridge;
 };

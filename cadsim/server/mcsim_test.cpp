@@ -127,6 +127,30 @@ TEST_F(McsimTest, RegistersUnderItsProcessIdAndAnswersTheApplicationCalls)
               DISP_E_BADPARAMCOUNT);
 }
 
+TEST_F(McsimTest, MacrosAndCallersShareTheApplicationsMembers)
+{
+    // What a macro sets, a caller reads back; hiding from a macro hides the window too.
+    QFile file(m_macro);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("Sub main()\r\n"
+               "    Application.Cadrix.Visible = False\r\n"
+               "    Application.Cadrix.SetUserPreferenceStringListValue 9, \" A\" & vbLf & vbLf & \"B \"\r\n"
+               "End Sub\r\n");
+    file.close();
+    startAndConnect();
+    const AutomationReply run = runMacro2(m_client);
+    ASSERT_TRUE(run.ok());
+    EXPECT_TRUE(run.value.toBool());
+    EXPECT_FALSE(m_client.call("Application", "Visible").value.toBool());
+    EXPECT_EQ(m_client.call("Application", "GetUserPreferenceStringListValue", {Variant::fromI4(9)}).value.toText(),
+              QStringLiteral("A\nB"));
+    for (const AutomationValue &entry : windows(m_client)) {
+        if (entry.items().at(1).toText() == QStringLiteral("Mecadra")) {
+            EXPECT_FALSE(entry.items().at(3).toBool());
+        }
+    }
+}
+
 TEST_F(McsimTest, StartSwitchAndRevisionComeFromCommandLineAndEnvironment)
 {
     m_sim->setEnv(QStringLiteral("MCSIM_REVISION"), QStringLiteral("16.4.0"));

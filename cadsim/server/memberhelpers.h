@@ -7,11 +7,6 @@
 // Small checks shared by the stand-in's automation objects.
 namespace member {
 
-inline bool is(const QString &member, const char *name)
-{
-    return member.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
-}
-
 // At least count arguments, or DISP_E_BADPARAMCOUNT.
 inline void requireArgs(const AutomationCall &call, std::size_t count)
 {

@@ -21,7 +21,7 @@ SimServer::SimServer(Options options, const RunnerFactory &makeRunner, QObject *
       m_table(m_options.tableDirectory.isEmpty() ? ObjectTable() : ObjectTable(m_options.tableDirectory)),
       m_app(std::make_shared<CadApplication>(m_options.resolver, m_options.cad)),
       m_mainWindow(m_windows.createWindow(QStringLiteral("Mecadra"))),
-      m_documents(*m_app),
+      m_bridge(cadsim::ScriptCadApplication::create(m_app)),
       m_runner(makeRunner(m_app, m_windows)),
       m_runs(m_options.faults, m_windows, *m_runner)
 {
@@ -30,8 +30,10 @@ SimServer::SimServer(Options options, const RunnerFactory &makeRunner, QObject *
     process.startShowCommand = m_options.startShowCommand;
     process.processId = m_options.processId;
     process.mainWindow = m_mainWindow;
-    m_appObject = std::make_shared<ApplicationObject>(*m_app, m_documents, m_windows, m_runs, process,
+    m_appObject = std::make_shared<ApplicationObject>(m_bridge, m_windows, m_runs, process,
                                                       m_options.faults.refuseExit);
+    m_bridge.adopt(m_bridge.application(), m_appObject);
+    m_app->addObserver(m_appObject.get());
     m_appObject->setExitHandler([this] { emit exitRequested(); });
     m_appObject->setCrashHandler([this] { emit crashRequested(); });
 
@@ -40,13 +42,14 @@ SimServer::SimServer(Options options, const RunnerFactory &makeRunner, QObject *
     m_appServer.addRoot(kWindowsRoot, windowsObject);
     m_windowServer.addRoot(kWindowsRoot, windowsObject);
 
-    m_events = std::make_unique<EventForwarder>(m_appServer, m_appObject, m_documents);
+    m_events = std::make_unique<EventForwarder>(m_appServer, m_appObject, m_bridge);
     m_app->addObserver(m_events.get());
 }
 
 SimServer::~SimServer()
 {
     m_app->removeObserver(m_events.get());
+    m_app->removeObserver(m_appObject.get());
     shutdown();
 }
 

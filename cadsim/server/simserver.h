@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cadsim/model/cadapplication.h"
-#include "cadsim/server/documentobjects.h"
+#include "cadsim/server/scriptbridge.h"
 #include "cadsim/server/faultconfig.h"
 #include "cadsim/server/macrorunner.h"
 #include "cadsim/server/runservice.h"
@@ -69,7 +69,7 @@ private:
     std::shared_ptr<CadApplication> m_app;
     WindowService m_windows;
     WindowService::WindowId m_mainWindow = 0;
-    DocumentObjects m_documents;
+    ScriptBridge m_bridge;
     std::unique_ptr<MacroRunner> m_runner;
     RunService m_runs;
     AutomationServer m_appServer;

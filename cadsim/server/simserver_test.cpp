@@ -1,4 +1,5 @@
 #include "cadsim/model/cadapplication.h"
+#include "cadsim/model/cadconstants.h"
 #include "cadsim/model/modeldocextension.h"
 #include "cadsim/server/simserver.h"
 #include "platform/automation/automationclient.h"
@@ -222,4 +223,24 @@ TEST_F(SimServerTest, DocumentsCanBeWalkedAndOutliveTheirClosing)
     EXPECT_TRUE(m_client.call(second, "IsClosed").value.toBool());
     EXPECT_EQ(m_client.call(second, "GetTitle").hr, S_OK);
     EXPECT_TRUE(m_client.call(second, "GetNext").value.isNothing());
+}
+
+TEST_F(SimServerTest, CallersReachTheMembersMacrosUseWithTheirByRefResults)
+{
+    const QString missing = m_home.filePath(QStringLiteral("missing.mcdprt"));
+    const AutomationArgs args = {Variant::fromBStr(missing), Variant::fromI4(1), Variant::fromI4(0),
+                                 Variant::fromBStr(QString()), Variant::fromI4(0), Variant::fromI4(0)};
+    const AutomationReply failed = m_client.call("Application", "OpenDoc6", args);
+    ASSERT_TRUE(failed.ok());
+    EXPECT_TRUE(failed.value.isNothing());
+    ASSERT_EQ(failed.out.size(), args.size());
+    EXPECT_EQ(failed.out[0], args[0]); // left as it came
+    EXPECT_EQ(failed.out[4].toI4(), cad::mcFileNotFoundError);
+
+    AutomationArgs open = args;
+    open[0] = Variant::fromBStr(sample("bracket.mcdprt"));
+    const AutomationValue doc = m_client.call("Application", "OpenDoc6", open).value;
+    ASSERT_TRUE(doc.isObject());
+    EXPECT_EQ(m_client.call(doc, "GetTitle").value.toText(), QStringLiteral("bracket.mcdprt"));
+    EXPECT_EQ(m_client.call(doc, "GetConfigurationNames").value.items().size(), 3u);
 }

@@ -2,9 +2,9 @@
 
 #include "cadsim/server/memberhelpers.h"
 
-HRESULT WindowsObject::invoke(const QString &name, AutomationCall &call)
+WindowsObject::WindowsObject(WindowService &windows, qint64 processId) : m_windows(windows), m_processId(processId)
 {
-    if (member::is(name, "List")) {
+    m_members.add("List", [this](AutomationCall &call) {
         std::vector<AutomationValue> entries;
         for (const WindowService::WindowInfo &window : m_windows.list()) {
             entries.push_back(AutomationValue::fromArray({
@@ -17,19 +17,24 @@ HRESULT WindowsObject::invoke(const QString &name, AutomationCall &call)
         }
         call.setResult(AutomationValue::fromArray(std::move(entries)));
         return S_OK;
-    }
-    if (member::is(name, "PostMessage")) {
+    });
+    m_members.add("PostMessage", [this](AutomationCall &call) {
         member::requireArgs(call, 3);
         return m_windows.postMessage(call.arg(0).toI4(), static_cast<std::uint32_t>(call.arg(1).toI4()),
                                      static_cast<std::uint32_t>(call.arg(2).toI4()));
-    }
-    if (member::is(name, "ShowWindow")) {
+    });
+    m_members.add("ShowWindow", [this](AutomationCall &call) {
         member::requireArgs(call, 2);
         return m_windows.showWindow(call.arg(0).toI4(), call.arg(1).toI4());
-    }
-    if (member::is(name, "GetProcessID")) {
+    });
+    m_members.add("GetProcessID", [this](AutomationCall &call) {
         call.setResult(Variant::fromI4(static_cast<std::int32_t>(m_processId)));
         return S_OK;
-    }
-    return DISP_E_MEMBERNOTFOUND;
+    });
+}
+
+HRESULT WindowsObject::invoke(const QString &name, AutomationCall &call)
+{
+    const Member *member = m_members.find(name);
+    return member ? (*member)(call) : DISP_E_MEMBERNOTFOUND;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cadsim/engine/membertable.h"
 #include "cadsim/server/windowservice.h"
 #include "platform/automation/automationserver.h"
 
@@ -9,10 +10,12 @@
 class WindowsObject final : public AutomationObject
 {
 public:
-    WindowsObject(WindowService &windows, qint64 processId) : m_windows(windows), m_processId(processId) {}
+    WindowsObject(WindowService &windows, qint64 processId);
     HRESULT invoke(const QString &member, AutomationCall &call) override;
 
 private:
+    using Member = std::function<HRESULT(AutomationCall &)>;
     WindowService &m_windows;
     qint64 m_processId;
+    cadsim::NamedTable<Member> m_members;
 };
