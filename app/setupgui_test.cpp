@@ -17,6 +17,8 @@
 #include <QJsonObject>
 #include <QTimer>
 #include <QTreeWidget>
+#include <QAbstractItemView>
+#include <QIcon>
 #include <QFile>
 #include <gtest/gtest.h>
 
@@ -271,6 +273,27 @@ TEST_F(SetupGuiTest, ALaunchWithoutFilesAsksForThemThroughTheVaultBrowsers)
     EXPECT_TRUE(data[1].string1.endsWith("\\Parts\\gear.mcdprt"));
     // The add-in stored its list from them.
     EXPECT_TRUE(tasks()->instanceValue(instance, "__selection_list")->toText().contains("gear.mcdprt"));
+
+    // Its details window lists the selection until it has run.
+    bool shown = false;
+    soonOn("taskDetailsDialog", [&](QDialog &dialog) {
+        EXPECT_EQ(dialog.windowTitle(), "Selected Files");
+        auto *list = dialog.findChild<QAbstractItemView *>("list391");
+        ASSERT_TRUE(list && list->model());
+        const QAbstractItemModel &model = *list->model();
+        ASSERT_EQ(model.columnCount(), 3);
+        EXPECT_EQ(model.headerData(2, Qt::Horizontal).toString(), "Found in");
+        // The folder's file and the file itself.
+        ASSERT_EQ(model.rowCount(), 2);
+        EXPECT_EQ(model.index(0, 0).data().toString(), "gear.mcdprt");
+        EXPECT_FALSE(model.index(0, 0).data(Qt::DecorationRole).value<QIcon>().isNull());
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+        EXPECT_GT(list->width(), 600); // the page's own width, columns in tenths of it
+        shown = true;
+    });
+    EXPECT_EQ(command("task", "details", {"--vault", m_vault, QString::number(instance), "--gui"}, err), 0)
+        << err.toStdString();
+    EXPECT_TRUE(shown);
 }
 
 } // namespace

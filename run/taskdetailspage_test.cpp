@@ -2,22 +2,13 @@
 
 #include "host/testing/faketask.h"
 
-#include <QApplication>
+#include "common/widgets/testing/widgetapp.h"
 #include "common/widgets/vlistctrl.h"
 
 #include <QIcon>
 #include <gtest/gtest.h>
 
 namespace {
-
-QApplication &application()
-{
-    static int argc = 1;
-    static char name[] = "runpages_test";
-    static char *argv[] = {name, nullptr};
-    static QApplication app(argc, argv);
-    return app;
-}
 
 const QString Selection = QStringLiteral(
     "<sels><sel><doc_id>4</doc_id><proj_id>2</proj_id><path>V:\\Parts\\gear.mcdprt</path><ver>3</ver></sel></sels>");
@@ -45,7 +36,7 @@ bool hasIcon(const VListCtrl &list, int row, int column)
 
 TEST(TaskDetailsPageTest, ListShowsTheSelectionUntilFinishedThenTheOutputs)
 {
-    application();
+    widgetApp();
     QWidget host;
     auto instance = std::make_shared<FakeTaskInstance>();
     instance->set("__selection_list", Variant::fromBStr(Selection));
@@ -89,7 +80,7 @@ TEST(TaskDetailsPageTest, ListShowsTheSelectionUntilFinishedThenTheOutputs)
 
 TEST(TaskDetailsPageTest, PageWithoutListStaysEmptyAndOutlivesItsHost)
 {
-    application();
+    widgetApp();
     auto host = std::make_unique<QWidget>();
     PageContext context;
     context.instance = std::make_shared<FakeTaskInstance>();
