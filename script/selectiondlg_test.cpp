@@ -92,16 +92,6 @@ TEST_F(SelectionDlgTest, ResultIsOrderedByDisplayedPathWithOneRecordPerEntry)
     EXPECT_TRUE(prompter.messages.isEmpty());
 }
 
-TEST_F(SelectionDlgTest, FilterListsEveryTypeWithShownAndFilterParts)
-{
-    const QString filter = CSelectionDlg::filterText();
-    EXPECT_TRUE(filter.startsWith("Mecadra Files (*.mcdasm;*.mcdprt;*.mcddrw)|*.mcdasm; *.mcdprt; *.mcddrw|"
-                                  "Part (*.prt;*.mcdprt)|*.prt; *.mcdprt|"))
-        << filter.toStdString();
-    EXPECT_TRUE(filter.endsWith("|Rhino (*.3dm)|*.3dm||")) << filter.toStdString();
-    EXPECT_EQ(filter.count('|'), 28 * 2 + 1);
-}
-
 TEST_F(SelectionDlgTest, WindowAddsRemovesWithDeleteAndRefusesAnEmptyList)
 {
     CSelectionDlg dialog(vault, Root, "Print Drawings", [](std::int32_t number, const QString &english) {
