@@ -2,16 +2,24 @@
 // look at them without a screen: mctask_screenshots OUTPUT_FOLDER.
 #include "addin/menucommanddlg.h"
 #include "app/setupdialog.h"
+#include "app/vaultbrowser.h"
 #include "common/widgets/placeholderedit.h"
 #include "common/widgets/vlistctrl.h"
 #include "host/testing/faketask.h"
+#include "run/taskdetailspage.h"
 #include "script/scriptpagedlg.h"
+#include "script/selectiondlg.h"
+#include "vault/embeddedvault.h"
+#include "vault/vaultstore.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QMenu>
+#include <QListWidget>
 #include <QPushButton>
+#include <QTemporaryDir>
+#include <QTreeWidget>
 #include <QTextStream>
 #include <cstdio>
 
@@ -34,6 +42,81 @@ bool save(QWidget &widget, const QDir &folder, const QString &name)
     const QString path = folder.filePath(name + QStringLiteral(".png"));
     const bool ok = widget.grab().save(path);
     QTextStream(stdout) << (ok ? "wrote " : "FAILED ") << path << '\n';
+    return ok;
+}
+
+// The windows of a launch without a selection and of an instance's details,
+// over a small vault of their own.
+bool saveLaunchWindows(const QDir &folder)
+{
+    bool ok = true;
+    QTemporaryDir work;
+    const auto store = VaultStore::createInMemory(work.filePath(QStringLiteral("vault")), QStringLiteral("Demo"));
+    const struct {
+        const char *folder;
+        const char *name;
+    } files[] = {{"Parts", "gear.mcdprt"},     {"Parts", "shaft.mcdprt"}, {"Parts", "notes.txt"},
+                 {"Assemblies", "gearbox.mcdasm"}, {"Drawings", "gearbox.mcddrw"}};
+    for (const auto &file : files) {
+        const QString source = work.filePath(QString::fromLatin1(file.name));
+        QFile bytes(source);
+        ok &= bytes.open(QIODevice::WriteOnly) && bytes.write("sample\n") > 0;
+        bytes.close();
+        store->ensureFolder(QString::fromLatin1(file.folder));
+        store->addFile(source, QString::fromLatin1(file.folder), QString::fromLatin1(file.name), {});
+    }
+    auto vault = std::make_shared<EmbeddedVault>(store);
+    QString root;
+    vault->GetRootFolderPath(root);
+
+    {
+        CSelectionDlg selection(vault, root, {}, english);
+        selection.addEntry(root + QStringLiteral("\\Parts\\gear.mcdprt"), {2, DoxObject_File, 2, 1});
+        selection.addEntry(root + QStringLiteral("\\Assemblies\\gearbox.mcdasm"), {4, DoxObject_File, 3, 1});
+        selection.addEntry(root + QStringLiteral("\\Drawings"), {4, DoxObject_Folder, 0, 0});
+        QDialog *window = selection.create(nullptr);
+        window->findChild<QListWidget *>(QStringLiteral("list209"))->item(1)->setSelected(true);
+        ok &= save(*window, folder, QStringLiteral("selection-dialog"));
+        window->hide();
+    }
+    {
+        VaultBrowser files(*vault, VaultBrowser::Mode::Files, QStringLiteral("Select Files"), CSelectionDlg::filterText());
+        auto *tree = files.findChild<QTreeWidget *>(QStringLiteral("folderTree"));
+        tree->setCurrentItem(tree->topLevelItem(0)->child(2)); // Parts
+        auto *list = files.findChild<QTreeWidget *>(QStringLiteral("fileList"));
+        if (list->topLevelItemCount() > 0)
+            list->topLevelItem(0)->setSelected(true);
+        ok &= save(files, folder, QStringLiteral("vault-file-browser"));
+        files.hide();
+        VaultBrowser folders(*vault, VaultBrowser::Mode::Folder, QStringLiteral("Please select a folder:"));
+        tree = folders.findChild<QTreeWidget *>(QStringLiteral("folderTree"));
+        tree->setCurrentItem(tree->topLevelItem(0)->child(1)); // Drawings
+        ok &= save(folders, folder, QStringLiteral("vault-folder-browser"));
+        folders.hide();
+    }
+    {
+        // A finished print: what was printed, on which printer.
+        auto instance = std::make_shared<FakeTaskInstance>();
+        instance->set(QStringLiteral("__output_list"),
+                      Variant::fromBStr(QStringLiteral(
+                          "<sels><sel><doc_id>5</doc_id><proj_id>4</proj_id><path>V:\\Drawings\\gearbox.mcddrw</path>"
+                          "<ver>2</ver><conf>Sheet1</conf><extra>Office A3</extra></sel>"
+                          "<sel><doc_id>5</doc_id><proj_id>4</proj_id><path>V:\\Drawings\\gearbox.mcddrw</path>"
+                          "<ver>2</ver><conf>Sheet2</conf><extra>Office A3</extra></sel>"
+                          "<sel><doc_id>2</doc_id><proj_id>2</proj_id><path>V:\\Parts\\gear.mcdprt</path>"
+                          "<ver>1</ver><conf>Default</conf><extra>Plotter</extra></sel></sels>")));
+        PageContext context;
+        context.instance = instance;
+        context.taskType = 2;
+        context.finished = true;
+        TaskDetailsPage details(context, english);
+        QWidget *page = details.create(nullptr);
+        page->setWindowTitle(QStringLiteral("Printed Files"));
+        // Wide enough for every column (their widths add up to 16 tenths).
+        page->resize(1300, 260);
+        ok &= save(*page, folder, QStringLiteral("task-details-printed"));
+        page->hide();
+    }
     return ok;
 }
 
@@ -127,5 +210,6 @@ int main(int argc, char **argv)
         list->headerClicked(1);
         ok &= save(widgets, folder, QStringLiteral("shared-widgets"));
     }
+    ok &= saveLaunchWindows(folder);
     return ok ? 0 : 1;
 }

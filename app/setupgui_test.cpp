@@ -16,6 +16,10 @@
 #include <QTest>
 #include <QJsonObject>
 #include <QTimer>
+#include <QTreeWidget>
+#include <QAbstractItemView>
+#include <QIcon>
+#include <QFile>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -53,9 +57,13 @@ protected:
     // Runs the command in this process, as main() does.
     int command(const QString &group, const QString &name, const QStringList &args, QString &err)
     {
+        QString out;
+        return command(group, name, args, err, out);
+    }
+    int command(const QString &group, const QString &name, const QStringList &args, QString &err, QString &outText)
+    {
         for (const CommandEntry &entry : allCommands()) {
             if (entry.group == group && entry.name == name) {
-                QString outText;
                 QTextStream out(&outText);
                 QTextStream errStream(&err);
                 CommandContext context{args, out, errStream};
@@ -81,6 +89,19 @@ protected:
                 ADD_FAILURE() << "the set-up dialog did not open";
             }
             if (QDialog *left = openDialog("taskSetupDialog"))
+                left->reject();
+        });
+    }
+
+    // Acts on a window that opens from another one's event loop.
+    static void soonOn(const QString &name, std::function<void(QDialog &)> action)
+    {
+        QTimer::singleShot(0, [name, action] {
+            if (QTest::qWaitFor([name] { return openDialog(name) != nullptr; }, 5000))
+                action(*openDialog(name));
+            else
+                ADD_FAILURE() << "no window " << name.toStdString();
+            if (QDialog *left = openDialog(name))
                 left->reject();
         });
     }
@@ -190,6 +211,89 @@ TEST_F(SetupGuiTest, CancelSavesNothing)
     const auto display = tasks()->taskVariable(tasks()->findTask("Script")->id, "__menucmd_display");
     ASSERT_TRUE(display.has_value()); // from "task create", which confirms the defaults
     EXPECT_FALSE(display->toBool());
+}
+
+// "mctask task launch NAME --gui" without files: the user picks a file and
+// a folder in the vault's browse windows through the selection dialog.
+TEST_F(SetupGuiTest, ALaunchWithoutFilesAsksForThemThroughTheVaultBrowsers)
+{
+    const QString part = m_work.filePath("gear.mcdprt");
+    const QString notes = m_work.filePath("notes.txt");
+    for (const QString &path : {part, notes}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("part\n");
+        file.close();
+        ASSERT_EQ(program({"vault", "add", "--vault", m_vault, path, "--to", "Parts"}).status, 0);
+    }
+
+    bool picked = false;
+    soonOn("SelectionDlg", [&](QDialog &dialog) {
+        soonOn("vaultFileBrowser", [](QDialog &browser) {
+            auto *folders = browser.findChild<QTreeWidget *>("folderTree");
+            auto *files = browser.findChild<QTreeWidget *>("fileList");
+            ASSERT_TRUE(folders && files);
+            QTreeWidgetItem *root = folders->topLevelItem(0);
+            EXPECT_EQ(root->text(0), "Demo");
+            ASSERT_EQ(root->childCount(), 1);
+            folders->setCurrentItem(root->child(0));
+            // "Mecadra Files" comes first: the text file is not offered.
+            ASSERT_EQ(files->topLevelItemCount(), 1);
+            EXPECT_EQ(files->topLevelItem(0)->text(0), "gear.mcdprt");
+            files->topLevelItem(0)->setSelected(true);
+            browser.findChild<QDialogButtonBox *>("buttons")->button(QDialogButtonBox::Ok)->click();
+        });
+        dialog.findChild<QPushButton *>("addFiles213")->click();
+        soonOn("vaultFolderBrowser", [](QDialog &browser) {
+            auto *folders = browser.findChild<QTreeWidget *>("folderTree");
+            folders->setCurrentItem(folders->topLevelItem(0)->child(0));
+            browser.findChild<QDialogButtonBox *>("buttons")->button(QDialogButtonBox::Ok)->click();
+        });
+        dialog.findChild<QPushButton *>("addFolder214")->click();
+        auto *list = dialog.findChild<QListWidget *>("list209");
+        ASSERT_EQ(list->count(), 2);
+        EXPECT_EQ(list->item(0)->text(), "\\Parts\\gear.mcdprt");
+        EXPECT_EQ(list->item(1)->text(), "\\Parts");
+        picked = true;
+        dialog.findChild<QDialogButtonBox *>("buttons")->button(QDialogButtonBox::Ok)->click();
+    });
+    QString err;
+    QString out;
+    const int status = command("task", "launch", {"--vault", m_vault, "Script", "--gui"}, err, out);
+    ASSERT_TRUE(picked);
+    ASSERT_EQ(status, 0) << err.toStdString();
+
+    // The host's data: in the order of the shown paths, folder first.
+    const int instance = out.trimmed().section('\n', -1).toInt();
+    const DoxCmdDataArray data = tasks()->instanceData(instance);
+    ASSERT_EQ(data.size(), 2u);
+    EXPECT_EQ(data[0].long1, DoxObject_Folder);
+    EXPECT_TRUE(data[0].string1.endsWith("\\Parts")) << data[0].string1.toStdString();
+    EXPECT_EQ(data[1].long1, DoxObject_File);
+    EXPECT_TRUE(data[1].string1.endsWith("\\Parts\\gear.mcdprt"));
+    // The add-in stored its list from them.
+    EXPECT_TRUE(tasks()->instanceValue(instance, "__selection_list")->toText().contains("gear.mcdprt"));
+
+    // Its details window lists the selection until it has run.
+    bool shown = false;
+    soonOn("taskDetailsDialog", [&](QDialog &dialog) {
+        EXPECT_EQ(dialog.windowTitle(), "Selected Files");
+        auto *list = dialog.findChild<QAbstractItemView *>("list391");
+        ASSERT_TRUE(list && list->model());
+        const QAbstractItemModel &model = *list->model();
+        ASSERT_EQ(model.columnCount(), 3);
+        EXPECT_EQ(model.headerData(2, Qt::Horizontal).toString(), "Found in");
+        // The folder's file and the file itself.
+        ASSERT_EQ(model.rowCount(), 2);
+        EXPECT_EQ(model.index(0, 0).data().toString(), "gear.mcdprt");
+        EXPECT_FALSE(model.index(0, 0).data(Qt::DecorationRole).value<QIcon>().isNull());
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+        EXPECT_GT(list->width(), 600); // the page's own width, columns in tenths of it
+        shown = true;
+    });
+    EXPECT_EQ(command("task", "details", {"--vault", m_vault, QString::number(instance), "--gui"}, err), 0)
+        << err.toStdString();
+    EXPECT_TRUE(shown);
 }
 
 } // namespace

@@ -70,8 +70,11 @@ void showDetails(HostWindow page, const QString &caption, const TaskDetailsModel
     auto *layout = new QVBoxLayout(&dialog);
     QWidget *owner = page ? page->parentWidget() : nullptr;
     if (page) {
+        // The page's list sized its columns to the page's width.
+        const QSize pageSize = page->size();
         page->setParent(&dialog);
         layout->addWidget(page);
+        dialog.resize(pageSize + QSize(layout->contentsMargins().left() + layout->contentsMargins().right(), 60));
     } else {
         auto *list = new QTreeWidget(&dialog);
         list->setObjectName(QStringLiteral("files"));

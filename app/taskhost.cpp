@@ -2,6 +2,7 @@
 
 #include "addin/module/moduleregistration.h"
 #include "app/addinhost.h"
+#include "app/vaultbrowser.h"
 #include "platform/home.h"
 #include "platform/jsonregistrystore.h"
 #include "vault/embeddedvault.h"
@@ -60,6 +61,10 @@ std::unique_ptr<TaskHost> TaskHost::open(std::shared_ptr<VaultStore> store, QTex
     host->m_store = store;
     host->m_tasks = std::make_unique<TaskStore>(store);
     host->m_vault = std::make_shared<EmbeddedVault>(store);
+    // The host's browse windows, for pages and dialogs that let the user pick
+    // vault files and folders; only a user's click opens them.
+    if (qobject_cast<QApplication *>(QCoreApplication::instance()))
+        installVaultBrowsers(*host->m_vault);
     const HRESULT hr = addin->initialise(host->m_vault);
     if (failed(hr)) {
         error = QStringLiteral("the add-in refused to start (0x%1)").arg(static_cast<quint32>(hr), 8, 16, QLatin1Char('0'));

@@ -1,9 +1,39 @@
 #include "run/taskdetailspage.h"
 
+#include "common/widgets/icons.h"
 #include "host/idoxtask.h"
 #include "ui_taskdetailspage.h"
 
-#include <QTreeWidget>
+namespace {
+
+// Icons of the add-in's own set for the cells that are not files.
+constexpr int StateIcon = 121;   // configuration, printer
+constexpr int FoundInIcon = 257; // folder
+
+} // namespace
+
+QString FileDetailsRow::text(int column) const
+{
+    return column < 0 ? QString() : m_model->cellText(m_row, static_cast<std::size_t>(column));
+}
+
+QIcon FileDetailsRow::image(int column, const VListCtrl &) const
+{
+    if (column < 0 || static_cast<std::size_t>(column) >= m_model->columns().size())
+        return {};
+    const QString cell = text(column);
+    if (cell.isEmpty())
+        return {};
+    switch (m_model->columns()[static_cast<std::size_t>(column)].field) {
+    case TaskDetailsModel::Field::Name:
+    case TaskDetailsModel::Field::OutputFile: return ProjectIcons::fileTypeIcon(cell, false);
+    case TaskDetailsModel::Field::Configuration:
+    case TaskDetailsModel::Field::Printer: return ProjectIcons::icon(StateIcon);
+    case TaskDetailsModel::Field::Folder: return ProjectIcons::icon(FoundInIcon);
+    case TaskDetailsModel::Field::Version: break;
+    }
+    return {};
+}
 
 TaskDetailsPage::TaskDetailsPage(const PageContext &context, TaskDetailsModel::TextLookup text)
     : m_context(context), m_model(context.taskType, context.finished, std::move(text))
@@ -26,15 +56,15 @@ HostWindow TaskDetailsPage::create(HostWindow parent)
     if (m_context.instance)
         m_loadResult = m_model.load(*m_context.instance, m_context.vault.get());
 
-    QTreeWidget &list = *ui.list391;
-    list.setHeaderLabels(m_model.captions());
+    VListCtrl &list = *ui.list391;
+    list.setColumns(m_model.captions());
     const int width = m_window->width();
     for (std::size_t c = 0; c < m_model.columns().size(); ++c)
         list.setColumnWidth(static_cast<int>(c), TaskDetailsModel::columnWidth(m_model.columns()[c], width));
-    QList<QTreeWidgetItem *> items;
-    items.reserve(static_cast<qsizetype>(m_model.rows().size()));
+    VListRows rows;
+    rows.reserve(m_model.rows().size());
     for (std::size_t row = 0; row < m_model.rows().size(); ++row)
-        items.append(new QTreeWidgetItem(m_model.rowTexts(row)));
-    list.addTopLevelItems(items);
+        rows.push_back(std::make_shared<FileDetailsRow>(m_model, row));
+    list.setRows(std::move(rows));
     return m_window;
 }

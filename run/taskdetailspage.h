@@ -1,13 +1,28 @@
 #pragma once
 
 #include "addin/taskpage.h"
+#include "common/widgets/vlistctrl.h"
 #include "run/taskdetailsmodel.h"
 
 #include <QPointer>
 #include <QWidget>
 #include <memory>
 
-class QTreeWidget;
+// One file of the details list: its cells come from the page's model.
+class FileDetailsRow final : public VListCtrlItem
+{
+public:
+    FileDetailsRow(const TaskDetailsModel &model, std::size_t row) : m_model(&model), m_row(row) {}
+
+    QString text(int column) const override;
+    // Names and output files show their type's icon; configuration, printer
+    // and folder cells the details icons.
+    QIcon image(int column, const VListCtrl &list) const override;
+
+private:
+    const TaskDetailsModel *m_model;
+    std::size_t m_row;
+};
 
 // The details page of a task instance: one list (control 391) of the files
 // of that execution, filled when the page's window is created.

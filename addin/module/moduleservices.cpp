@@ -10,6 +10,7 @@
 #include "run/taskdetailspage.h"
 #include "run/taskrundriver.h"
 #include "run/taskrunrecord.h"
+#include "script/selectiondlg.h"
 
 namespace {
 
@@ -48,13 +49,13 @@ private:
     std::shared_ptr<StartupAddIns> m_startupAddIns;
 };
 
-class DialogsNotAvailable final : public LaunchDialogs
+class ModuleLaunchDialogs final : public LaunchDialogs
 {
 public:
-    HRESULT runSelectionDialog(HostWindow, const std::shared_ptr<IDoxVault> &, const QString &,
-                               DoxCmdDataArray &) override
+    HRESULT runSelectionDialog(HostWindow owner, const std::shared_ptr<IDoxVault> &vault, const QString &vaultRoot,
+                               DoxCmdDataArray &selection) override
     {
-        return E_NOTIMPL;
+        return ::runSelectionDialog(owner, vault, vaultRoot, selection, &moduleText);
     }
     bool runPrintLaunchDialog(const std::shared_ptr<IDoxVault> &, DoxCmd &, DoxCmdDataArray &, bool) override
     {
@@ -93,7 +94,7 @@ AddInServices makeModuleServices()
     pages->add(PageId::Details,
                [](const PageContext &context) { return std::make_unique<TaskDetailsPage>(context, &moduleText); });
     services.pages = pages;
-    services.launchDialogs = std::make_shared<DialogsNotAvailable>();
+    services.launchDialogs = std::make_shared<ModuleLaunchDialogs>();
     auto runRecord = std::make_shared<TaskRunRecord>();
     runRecord->setVaultClientNotifier(&NotifyVaultClient);
     // One connection to Mecadra per add-in object: it runs the files and

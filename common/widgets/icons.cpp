@@ -1,5 +1,7 @@
 #include "common/widgets/icons.h"
 
+#include <QMimeDatabase>
+
 #include <map>
 
 namespace {
@@ -62,6 +64,16 @@ QList<int> numbers()
     for (const auto &[number, name] : imageMap())
         list.append(number);
     return list;
+}
+
+QIcon fileTypeIcon(const QString &path, bool folder)
+{
+    if (folder)
+        return QIcon::fromTheme(QStringLiteral("folder"), icon(122));
+    // Windows paths: the name is what follows the last backslash.
+    const QString name = path.mid(path.lastIndexOf(QLatin1Char('\\')) + 1);
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(name, QMimeDatabase::MatchExtension);
+    return QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName(), icon(220)));
 }
 
 } // namespace ProjectIcons

@@ -14,4 +14,8 @@ QString imageName(int number);
 // Every number the set has, ascending.
 QList<int> numbers();
 
+// The icon of a file's type judged by its name alone (no disk access), or a
+// folder's: the desktop theme's when it has one, else the set's own.
+QIcon fileTypeIcon(const QString &path, bool folder);
+
 } // namespace ProjectIcons
