@@ -112,18 +112,6 @@ TEST_F(DriveMapTest, FileBackedMapsShareMountsBetweenInstances)
     EXPECT_EQ(reopened.file(), file);
 }
 
-TEST_F(DriveMapTest, ProcessWideMapCanBeReplacedByATest)
-{
-    DriveMap map;
-    ASSERT_TRUE(map.mount('Q', m_root));
-    {
-        ScopedDriveMap guard(map);
-        EXPECT_EQ(&DriveMap::instance(), &map);
-        EXPECT_EQ(DriveMap::instance().toNative("Q:\\Folder"), m_root + "/Folder");
-    }
-    EXPECT_NE(&DriveMap::instance(), &map);
-}
-
 namespace {
 
 // Stands in for a change within one clock tick: the folder's time is set
