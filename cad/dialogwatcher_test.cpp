@@ -1,7 +1,7 @@
 #include "cad/dialogwatcher.h"
 #include "platform/automation/windowmessages.h"
+#include "platform/testing/coreapp.h"
 
-#include <QCoreApplication>
 
 #include <gtest/gtest.h>
 
@@ -88,12 +88,7 @@ TEST(DialogWatcherTest, WindowsOfOtherProcessesAreLeftAlone)
 
 TEST(DialogWatcherTest, RunsAtMostItsPassesAndStopsOnTheSignal)
 {
-    static int argc = 1;
-    static char name[] = "cad_test";
-    static char *argv[] = {name, nullptr};
-    if (!QCoreApplication::instance())
-        new QCoreApplication(argc, argv);
-
+    coreApp();
     DialogWatcher bounded([] { return std::make_unique<RecordingWindows>(std::vector<TopWindow>{}); }, 0, 1800);
     bounded.start(kMecadra);
     // Left alone, it ends by itself after its passes.

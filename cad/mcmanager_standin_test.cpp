@@ -12,9 +12,9 @@
 #include "platform/clock.h"
 #include "platform/memoryregistrystore.h"
 #include "platform/qtestprint.h"
+#include "platform/testing/coreapp.h"
 #include "run/taskrunrecord.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QTemporaryDir>
 #include <QThread>
@@ -32,11 +32,7 @@ class McManagerStandInTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        static int argc = 1;
-        static char name[] = "cad_test";
-        static char *argv[] = {name, nullptr};
-        if (!QCoreApplication::instance())
-            new QCoreApplication(argc, argv);
+        coreApp();
         m_previousHome = qgetenv("MCTASK_HOME");
         qputenv("MCTASK_HOME", QFile::encodeName(m_home.path()));
         StandInInstallation installation;
@@ -164,28 +160,6 @@ TEST_F(McManagerStandInTest, SavedFilesAndPrintsAreRecordedWithTheirSheetOrConfi
         EXPECT_EQ(output.source, source);
     EXPECT_EQ(m_manager->filesSinceStart(), 4); // every save and print counts
     EXPECT_EQ(m_manager->documentSinkCount(), 0u); // closed documents took their sinks along
-}
-
-TEST_F(McManagerStandInTest, StartupAddInsAreOffWhileTheStandInRunsAndComeBackAfter)
-{
-    const QString on = QStringLiteral("Software\\Mecadra\\AddInsStartup\\{On}");
-    const QString two = QStringLiteral("Software\\Mecadra\\AddInsStartup\\{Two}");
-    for (const auto &[key, value] : {std::pair{on, 1u}, std::pair{two, 2u}}) {
-        m_store.createKey(RegistryRoot::CurrentUser, RegistryView::Native, key);
-        m_store.writeValue(RegistryRoot::CurrentUser, RegistryView::Native, key, QString(), RegistryValue::fromDword(value));
-    }
-    auto value = [&](const QString &key) {
-        return m_store.readValue(RegistryRoot::CurrentUser, RegistryView::Native, key, QString())->dword;
-    };
-    m_manager->SuspendStartupAddIns(false);
-    ASSERT_EQ(m_manager->Start(), S_OK);
-    EXPECT_EQ(value(on), 0u);
-    EXPECT_EQ(value(two), 2u);
-    EXPECT_EQ(runMacro(), S_OK);
-    EXPECT_EQ(m_manager->Close(true, S_OK), S_OK);
-    m_manager->SuspendStartupAddIns(true);
-    EXPECT_EQ(value(on), 1u);
-    EXPECT_EQ(value(two), 2u);
 }
 
 TEST_F(McManagerStandInTest, RestartsAfterTheHundredthFile)

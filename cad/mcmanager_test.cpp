@@ -7,8 +7,8 @@
 #include "platform/codepage.h"
 #include "platform/memoryregistrystore.h"
 #include "platform/registry.h"
+#include "platform/testing/coreapp.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -19,21 +19,12 @@ namespace {
 
 constexpr auto kClassId = "{11111111-2222-3333-4444-555555555555}";
 
-void ensureApp()
-{
-    static int argc = 1;
-    static char name[] = "cad_test";
-    static char *argv[] = {name, nullptr};
-    if (!QCoreApplication::instance())
-        new QCoreApplication(argc, argv);
-}
-
 class McManagerTest : public ::testing::Test
 {
 protected:
     void SetUp() override
     {
-        ensureApp();
+        coreApp();
         m_scopedClock = std::make_unique<ScopedClock>(m_clock); // the one-second polls take no time
         m_fake = std::make_shared<FakeMecadra>();
         m_manager = std::make_unique<McManager>(m_fake, m_store);
@@ -158,33 +149,6 @@ TEST_F(McManagerTest, AMissingVersionFallsBackToTheUnversionedProgIdOrIsNotInsta
 }
 
 // --- starting and closing ---------------------------------------------------
-
-TEST_F(McManagerTest, StartHidesTheApplicationAndCloseEndsIt)
-{
-    install();
-    m_manager->Init(nullptr, 1, nullptr, 2013);
-    ASSERT_EQ(m_manager->Start(), S_OK);
-    EXPECT_TRUE(m_manager->isConnected());
-    EXPECT_EQ(m_manager->revisionMajor(), 21);
-    const qint64 pid = m_manager->processId();
-    EXPECT_EQ(m_manager->Close(true, S_OK), S_OK);
-    EXPECT_FALSE(m_fake->isRunning(pid));
-    EXPECT_EQ(m_fake->processes[pid].exitCode, 0);
-    EXPECT_FALSE(m_manager->isConnected());
-}
-
-TEST_F(McManagerTest, AProcessThatNeverRegistersIsKilledAfterTheLastPoll)
-{
-    FakeClock &clock = m_clock;
-    install();
-    m_fake->registers = false;
-    m_manager->Init(nullptr, 1, nullptr, 2013);
-    EXPECT_EQ(m_manager->Start(), E_FAIL);
-    EXPECT_EQ(m_manager->lastError(), "Failed to start Mecadra 2013.");
-    EXPECT_EQ(clock.totalSlept(), 120 * 1000);
-    EXPECT_EQ(m_fake->processes[m_fake->lastPid()].exitCode, McManager::ExitCodeKilled);
-    EXPECT_FALSE(m_fake->isRunning(m_fake->lastPid()));
-}
 
 TEST_F(McManagerTest, AProcessThatRefusesToExitIsTerminatedAfterElevenSeconds)
 {

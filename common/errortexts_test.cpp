@@ -43,18 +43,9 @@ protected:
 
 } // namespace
 
-TEST(ErrorNameTableTest, HoldsAllRowsInOrderWithOneDuplicatedName)
+TEST(ErrorNameTableTest, CodesAreUniqueAndOnlyOneNameIsDuplicated)
 {
     const auto table = errorNameTable();
-    ASSERT_EQ(table.size(), 286u);
-    EXPECT_EQ(table.front().code, S_OK);
-    EXPECT_EQ(QString::fromUtf16(table.front().name), "S_OK");
-    EXPECT_EQ(table.back().code, code(0x800402DC));
-    EXPECT_EQ(QString::fromUtf16(table.back().name), "E_DOX_ADDIN_UNSUPPORTED_OS");
-    // Rows stand in table order even where codes do not.
-    EXPECT_EQ(QString::fromUtf16(table[77].name), "E_DOX_BAD_LENGTH");
-    EXPECT_EQ(table[78].code, E_DOX_INVALID_ID);
-
     QSet<QString> names;
     QSet<HRESULT> codes;
     QStringList duplicated;
@@ -72,17 +63,14 @@ TEST(ErrorNameTableTest, HoldsAllRowsInOrderWithOneDuplicatedName)
 
 TEST_F(ErrorTextsTest, NamesComeFromTheTableThenTheArchiveRangeThenHex)
 {
-    EXPECT_EQ(errorName(E_DOX_FILE_NOT_FOUND), "E_DOX_FILE_NOT_FOUND");
     EXPECT_EQ(errorName(code(0x80040206)), "E_DOX_CANT_OPEN_DATABASE");
     EXPECT_EQ(errorName(code(0x80040221)), "E_DOX_CANT_OPEN_DATABASE");
-    EXPECT_EQ(errorName(code(0x80040271)), "E_DOX_PATH_TOO_LONG");
     EXPECT_EQ(errorName(code(0x80040440)), "E_FVC_RCE_ERR_14");
     EXPECT_EQ(errorName(code(0x80040432)), "E_FVC_RCE_ERR_0");
     EXPECT_EQ(errorName(code(0x800404C4)), "E_FVC_RCE_ERR_146");
     // Just past the range the table has a name again.
     EXPECT_EQ(errorName(code(0x800404C5)), "E_FVC_NOT_DOMAIN_MEMBER");
     EXPECT_EQ(errorName(code(0x80040431)), "E_FVC_CANT_CREATE_ROOT_FOLDER");
-    EXPECT_EQ(errorName(code(0x12345678)), "0x12345678");
     EXPECT_EQ(errorName(code(0x80072EFD)), "0x80072EFD");
     EXPECT_EQ(errorName(-1), "0xFFFFFFFF");
 }
@@ -90,32 +78,22 @@ TEST_F(ErrorTextsTest, NamesComeFromTheTableThenTheArchiveRangeThenHex)
 TEST_F(ErrorTextsTest, MessagesWithoutTheHostService)
 {
     EXPECT_EQ(errorText(E_DOX_FILE_NOT_FOUND), "The file could not be found.");
-    EXPECT_EQ(errorText(S_FALSE), "The method was successfully executed but returned 'false'.");
-    EXPECT_EQ(errorText(E_FAIL), "An unspecified error occurred.");
     EXPECT_EQ(errorText(code(0x4023E)), "Retrieved information successfully from the 64-bit add-in");
     // Host codes without a known English message show their name.
     EXPECT_EQ(errorText(code(0x80040229)), "E_DOX_INVALID_FILE");
-    EXPECT_EQ(errorText(code(0x80040221)), "E_DOX_CANT_OPEN_DATABASE");
     EXPECT_EQ(errorText(code(0x800404D5)), "E_FVC_CS_FILE_NOT_FOUND");
     // System codes.
-    EXPECT_EQ(errorText(E_UNEXPECTED), "Catastrophic failure");
     EXPECT_EQ(errorText(E_ACCESSDENIED), "Access is denied.");
-    EXPECT_EQ(errorText(DISP_E_TYPEMISMATCH), "Type mismatch.");
 }
 
 TEST_F(ErrorTextsTest, NetworkArchiveDispatchAndUnknownRanges)
 {
-    EXPECT_EQ(errorText(code(0x80072EFD)), "The attempt to connect to the server failed.");
     EXPECT_EQ(errorText(code(0x80072EE7)), "The server name could not be resolved.");
-    EXPECT_EQ(errorText(code(0x80072EFE)), "The connection with the server has been terminated.");
-    EXPECT_EQ(errorText(code(0x80072EFF)), "The connection with the server has been reset.");
-    EXPECT_EQ(errorText(code(0x80072F83)), "The Internet connection has been lost");
-    EXPECT_EQ(errorText(code(0x80072EE2)), "A WinINet error occured (code=12002).");
+    // Either end of the network range without its own text, and just past it.
     EXPECT_EQ(errorText(code(0x80072EE0)), "A WinINet error occured (code=12000).");
     EXPECT_EQ(errorText(code(0x80072F8F)), "A WinINet error occured (code=12175).");
     EXPECT_EQ(errorText(code(0x80072F90)), "Unknown error 0x80072F90");
 
-    EXPECT_EQ(errorText(code(0x80040440)), "Archive server revision control error 14 (0x080040440)");
     EXPECT_EQ(errorText(code(0x80040432)), "Archive server revision control error 0 (0x080040432)");
 
     // Host-range codes that no table knows.
@@ -161,13 +139,11 @@ TEST_F(ErrorTextsTest, ServiceThatCannotOpenTheModuleGivesTheDefault)
 
 TEST_F(ErrorTextsTest, DatabaseTexts)
 {
+    // Both codes named E_DOX_CANT_OPEN_DATABASE have the text.
     EXPECT_EQ(databaseErrorText(code(0x80040206)), "The database could not be opened.");
     EXPECT_EQ(databaseErrorText(code(0x80040221)), "The database could not be opened.");
     EXPECT_EQ(databaseErrorText(code(0x80040220)), "The server was not found.");
-    EXPECT_EQ(databaseErrorText(code(0x80040222)), "The ODBC data source was not found.");
-    EXPECT_EQ(databaseErrorText(E_DOX_FILE_NOT_FOUND), "Could not access the item in the database.");
     EXPECT_EQ(databaseErrorText(code(0x80040205)), "Could not access the item in the database.");
-    EXPECT_EQ(databaseErrorText(S_OK), "Could not access the item in the database.");
 
     auto service = installService();
     EXPECT_CALL(*service, OpenModule(QString("Mecadra Vaultora"), QString("Database"))).WillOnce(Return(S_OK));

@@ -124,8 +124,6 @@ TEST_F(SettingsLightTest, InstallationFoldersUseTheirValueOrTheirFallBack)
     EXPECT_EQ(m_settings.path(InstallPath::FileFormatFiltersFolder), "D:\\Filters\\");
     EXPECT_EQ(m_settings.path(InstallPath::InstallationFolder), "C:\\Program Files\\Vaultek\\");
     EXPECT_EQ(m_settings.path(InstallPath::LanguageFolder), "C:\\Program Files\\Vaultek\\Lang\\DE\\");
-    EXPECT_EQ(m_settings.path(InstallPath::DefaultDataFolder), "C:\\Program Files\\Vaultek\\Default Data\\");
-    EXPECT_EQ(m_settings.path(InstallPath::DefaultCardsFolder), "C:\\Program Files\\Vaultek\\Default Cards\\");
     EXPECT_EQ(m_settings.path(InstallPath::ConfigurationsList),
               "C:\\Program Files\\Vaultek\\Default Configurations\\VaultConfigurations.ini");
 }

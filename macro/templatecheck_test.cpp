@@ -132,13 +132,6 @@ TEST(MacroTemplates, AreCrLfTextWithOneAppendedLineFeed)
     }
 }
 
-TEST(MacroTemplates, ConversionTemplateIsAboutSixHundredFortyFiveLines)
-{
-    const qsizetype lines = rawTemplate(ConversionTemplate).count("\r\n");
-    EXPECT_GE(lines, 645 * 97 / 100);
-    EXPECT_LE(lines, 645 * 103 / 100);
-}
-
 TEST(MacroTemplates, DefaultScriptIsTheMinimalStartingText)
 {
     EXPECT_EQ(rawTemplate(DefaultScriptTemplate),

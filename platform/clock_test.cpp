@@ -25,23 +25,6 @@ TEST(FakeClockTest, SleepAdvancesBothTimeLinesAtOnce)
     EXPECT_EQ(clock.elapsed(), 2000);
 }
 
-TEST(FakeClockTest, SleepCallbackCanEndAWaitLoop)
-{
-    FakeClock clock;
-    bool ready = false;
-    clock.setOnSleep([&](qint64) {
-        if (clock.elapsed() >= 15000)
-            ready = true;
-    });
-    // A poll loop such as the code under test runs.
-    int polls = 0;
-    while (!ready && polls < 100) {
-        clock.sleep(5000);
-        ++polls;
-    }
-    EXPECT_EQ(polls, 3);
-}
-
 TEST(FakeClockTest, SleepsFromSeveralThreadsAllCount)
 {
     FakeClock clock;
@@ -55,18 +38,4 @@ TEST(FakeClockTest, SleepsFromSeveralThreadsAllCount)
     b.join();
     EXPECT_EQ(clock.elapsed(), 2000);
     EXPECT_EQ(clock.sleepCount(), 2000);
-}
-
-TEST(ClockTest, ProcessWideClockCanBeReplacedByATest)
-{
-    FakeClock fake(QDateTime(QDate(2001, 1, 1), QTime(0, 0)));
-    {
-        ScopedClock guard(fake);
-        EXPECT_EQ(Clock::instance().now().date(), QDate(2001, 1, 1));
-        Clock::instance().sleep(60000);
-        EXPECT_EQ(fake.elapsed(), 60000);
-    }
-    EXPECT_NE(&Clock::instance(), &fake);
-    const qint64 before = Clock::instance().elapsed();
-    EXPECT_GE(Clock::instance().elapsed(), before);
 }

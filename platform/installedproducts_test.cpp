@@ -17,17 +17,12 @@ TEST(InstalledProductsTest, AddListReplaceAndRemove)
 
     const auto products = InstalledProducts::list(store);
     ASSERT_EQ(products.size(), 3u);
-    int named2013 = 0;
     for (const auto &product : products) {
-        if (product.code == "B2") {
+        if (product.code == "B2")
             EXPECT_EQ(product.name, "Mecadra 2013");
-        }
-        if (product.code == "C3") {
+        if (product.code == "C3")
             EXPECT_TRUE(product.name.isEmpty());
-        }
-        named2013 += product.name == "Mecadra 2013";
     }
-    EXPECT_EQ(named2013, 1);
 
     EXPECT_TRUE(InstalledProducts::remove("B2", store));
     EXPECT_EQ(InstalledProducts::list(store).size(), 2u);

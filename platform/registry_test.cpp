@@ -271,15 +271,3 @@ TEST(RegistryStoreNamesTest, RootNamesAndEnvironmentExpansion)
     qputenv("MCTASK_EXPAND_A", "x");
     EXPECT_EQ(expandEnvironmentStrings("%MCTASK_EXPAND_A%%MCTASK_EXPAND_A%-%%-100%"), "xx-%%-100%");
 }
-
-TEST(RegistryStoreNamesTest, ProcessWideStoreCanBeReplacedByATest)
-{
-    MemoryRegistryStore store;
-    {
-        ScopedRegistryStore guard(store);
-        Registry key; // uses the process-wide store
-        ASSERT_TRUE(key.create(HKCU, "Scoped"));
-    }
-    EXPECT_TRUE(store.keyExists(HKCU, Native, "Scoped"));
-    EXPECT_NE(&RegistryStore::instance(), &store);
-}

@@ -3,9 +3,8 @@
 #include "platform/automation/automationserver.h"
 #include "platform/automation/objecttable.h"
 #include "platform/automation/processmemory.h"
+#include "platform/testing/coreapp.h"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QLocalSocket>
 #include <QTemporaryDir>
@@ -25,16 +24,6 @@
 namespace {
 
 constexpr HRESULT kSinkRefusal = makeHresult(0x80004004u);
-
-QCoreApplication &app()
-{
-    static int argc = 1;
-    static char name[] = "automation_test";
-    static char *argv[] = {name, nullptr};
-    static QCoreApplication *instance =
-        QCoreApplication::instance() ? nullptr : new QCoreApplication(argc, argv);
-    return instance ? *instance : *QCoreApplication::instance();
-}
 
 // A counter that sources events and hands out child objects.
 class Counter final : public AutomationObject
@@ -110,7 +99,7 @@ class ChannelTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        app();
+        coreApp();
         ASSERT_TRUE(m_dir.isValid());
         m_endpoint = m_dir.filePath(QStringLiteral("ep"));
         m_thread.start();
@@ -334,7 +323,7 @@ TEST_F(ChannelTest, TimeoutsAndDeadServersAreReported)
 
 TEST(ObjectTableTest, RegistersLooksUpListsAndClearsDeadEntries)
 {
-    app();
+    coreApp();
     QTemporaryDir home;
     ObjectTable table(home.filePath(QStringLiteral("rot")));
     EXPECT_TRUE(table.list().isEmpty());
@@ -375,7 +364,7 @@ TEST(ObjectTableTest, RegistersLooksUpListsAndClearsDeadEntries)
 
 TEST(ObjectTableTest, EntriesSurviveCallersPollingWhileTheyRegister)
 {
-    app();
+    coreApp();
     QTemporaryDir home;
     ObjectTable table(home.filePath(QStringLiteral("rot")));
     const QString moniker = QStringLiteral("Mecadra_PID_7");
@@ -399,17 +388,6 @@ TEST(ObjectTableTest, EntriesSurviveCallersPollingWhileTheyRegister)
     stop = true;
     poller->wait();
     EXPECT_EQ(lost, 0);
-}
-
-TEST(ObjectTableTest, DefaultDirectoryFollowsMctaskHome)
-{
-    const QByteArray saved = qgetenv("MCTASK_HOME");
-    qputenv("MCTASK_HOME", "/tmp/some-home");
-    EXPECT_EQ(ObjectTable::defaultDirectory(), QStringLiteral("/tmp/some-home/rot"));
-    qunsetenv("MCTASK_HOME");
-    EXPECT_EQ(ObjectTable::defaultDirectory(), QDir::homePath() + QStringLiteral("/.local/share/mctask/rot"));
-    if (!saved.isEmpty())
-        qputenv("MCTASK_HOME", saved);
 }
 
 TEST(ProcessMemoryTest, ReadsTheWorkingSetAndSeesItGrow)

@@ -4,8 +4,8 @@
 #include "platform/automation/automationserver.h"
 #include "platform/clock.h"
 #include "platform/drivemap.h"
+#include "platform/testing/coreapp.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -14,15 +14,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-void app()
-{
-    static int argc = 1;
-    static char name[] = "platform_automation_test";
-    static char *argv[] = {name, nullptr};
-    if (!QCoreApplication::instance())
-        new QCoreApplication(argc, argv);
-}
 
 QString makeProgram(const QString &path)
 {
@@ -95,7 +86,7 @@ TEST(SystemProcessesTest, ReportsExitCodesTerminatesAndPassesTheShowCommand)
 
 TEST(ServerLauncherTest, PollsOnTheClockAndStopsWhenTheProcessEnds)
 {
-    app();
+    coreApp();
     QTemporaryDir dir;
     FakeClock clock;
     ScopedClock scoped(clock);
@@ -132,7 +123,7 @@ TEST(ServerLauncherTest, PollsOnTheClockAndStopsWhenTheProcessEnds)
 
 TEST(ObjectTableTest, SaysWhyARegistrationFails)
 {
-    app();
+    coreApp();
     QTemporaryDir dir;
     ObjectTable deep(dir.filePath(QString(110, QLatin1Char('r'))));
     AutomationServer server;

@@ -61,7 +61,6 @@ TEST(IpcNamesTest, PipeAndMutexNamesBecomeFilesInTheFolder)
     EXPECT_EQ(IpcNames::mutexLockPath(VaultClientMessage::MutexName, QStringLiteral("/h")),
               QStringLiteral("/h/{2F22C261-233E-4dcf-A4BD-0443B7120F4A}"));
     EXPECT_EQ(IpcNames::pipeSocketPath(QStringLiteral("a/../b"), QStringLiteral("/h")), QStringLiteral("/h/a_.._b"));
-
 }
 
 TEST(NamedMutexTest, ExcludesOtherHoldersUntilReleased)
@@ -170,7 +169,6 @@ TEST(VaultClientListenerTest, RecordsDecodedMessagesAndAcknowledges)
     std::vector<QString> observed;
     listener.setObserver([&](const VaultClientListener::Message &m) { observed.push_back(m.path); });
     ASSERT_TRUE(listener.start());
-    EXPECT_TRUE(listener.socketPath().endsWith(QStringLiteral("/9E0E8EB3-C8DC-4772-8E45-44C907C2D30B")));
 
     PipeClient client(VaultClientMessage::PipeName, dir.path());
     ASSERT_TRUE(client.open());
