@@ -3,13 +3,13 @@
 #include "common/errortexts.h"
 #include "host/hosterror.h"
 #include "macro/macropreview.h"
-#include "platform/windowspath.h"
+#include "base/windowspath.h"
 #include "vault/embeddedvault.h"
 #include "vault/taskstore.h"
 #include "vault/vaultstore.h"
 
 #ifdef MCTASK_WITH_MACRO_CHECK
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
 #include "cadsim/engine/macroengine.h"
 #endif
 
@@ -21,7 +21,7 @@
 
 #ifdef MCTASK_WITH_MACRO_RUN
 #include "app/standinrun.h"
-#include "platform/codepage.h"
+#include "base/codepage.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -165,7 +165,7 @@ int runMacroCheck(CommandContext &context)
         QFile file(args.first());
         if (!file.open(QIODevice::ReadOnly))
             throw CliError(QStringLiteral("macro check: cannot read %1").arg(args.first()));
-        return reportCheck(context, args.first(), cadsim::decodeWindows1252(file.readAll()));
+        return reportCheck(context, args.first(), decodeWindows1252(file.readAll()));
     }
     if (args.size() != 2)
         throw CliError(QStringLiteral("macro check: expected INSTANCE|TASK FILE, or FILE.mcb (see --help)"));
@@ -211,7 +211,7 @@ int runBareMacro(CommandContext &context, const QString &path, const QString &pr
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw CliError(QStringLiteral("macro run: cannot read %1").arg(path));
-    const QString text = cadsim::decodeWindows1252(file.readAll());
+    const QString text = decodeWindows1252(file.readAll());
     const PathResolver resolver = [](const QString &windowsPath) { return DriveMap::instance().toNativeOrSelf(windowsPath); };
     cadsim::EngineHost host;
     host.resolvePath = resolver;
@@ -279,7 +279,7 @@ int runMacroRun(CommandContext &context)
     const QString macroFile = parser.isSet(keepOption) ? parser.value(keepOption)
                                                        : folder.filePath(QStringLiteral("McMacro1.mcb"));
     QFile out(macroFile);
-    if (!out.open(QIODevice::WriteOnly) || out.write(toWindows1252(macro)) < 0)
+    if (!out.open(QIODevice::WriteOnly) || out.write(encodeWindows1252(macro)) < 0)
         throw CliError(QStringLiteral("macro run: cannot write %1").arg(macroFile));
     out.close();
 

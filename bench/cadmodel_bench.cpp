@@ -1,4 +1,4 @@
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
 #include "cadsim/engine/interpreter.h"
 #include "cadsim/engine/parser.h"
 #include "cadsim/model/cadapplication.h"
@@ -49,7 +49,7 @@ void BM_ConversionTemplateOneDrawing(benchmark::State &state)
         state.SkipWithError("conversion template not found");
         return;
     }
-    QString text = cadsim::decodeWindows1252(f.readAll());
+    QString text = decodeWindows1252(f.readAll());
     // Every option placeholder: numbers 0 and flags False, except the few that
     // choose the work.
     const QHash<QString, QString> chosen = {{"OutputPath", "C:\\Out\\<Filename>"}, {"OutputPath2", ""},

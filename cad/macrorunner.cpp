@@ -5,7 +5,7 @@
 #include "common/settingslight.h"
 #include "host/hosterror.h"
 #include "platform/automation/automationerrors.h"
-#include "platform/codepage.h"
+#include "base/codepage.h"
 #include "platform/drivemap.h"
 #include "platform/filesystem.h"
 #include "platform/registry.h"
@@ -104,7 +104,7 @@ void McManager::RunMacro(const QString &macroText)
 {
     FileSystem &fs = FileSystem::instance();
     const QString tempFile = createTempFile();
-    if (tempFile.isEmpty() || !fs.write(tempFile, toWindows1252(macroText)))
+    if (tempFile.isEmpty() || !fs.write(tempFile, encodeWindows1252(macroText)))
         throw HostError(E_ACCESSDENIED, QStringLiteral("cannot write the macro file"));
     const QString macroFile = withExtension(tempFile, QStringLiteral(".mcb"));
     if (!fs.rename(tempFile, macroFile))

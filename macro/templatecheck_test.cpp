@@ -3,7 +3,7 @@
 // documents.
 
 #include "macro/templateloader.h"
-#include "platform/codepage.h"
+#include "base/codepage.h"
 #include "platform/qtestprint.h"
 
 #include <gtest/gtest.h>
@@ -137,7 +137,7 @@ TEST(MacroTemplates, AreCrLfTextWithOneAppendedLineFeed)
         EXPECT_FALSE(raw.contains('\0'));
 
         const QString text = loadedTemplate(number);
-        EXPECT_EQ(text, fromWindows1252(raw) + QLatin1Char('\n'));
+        EXPECT_EQ(text, decodeWindows1252(raw) + QLatin1Char('\n'));
         EXPECT_TRUE(text.endsWith(QLatin1String("\r\n\n")));
     }
 }

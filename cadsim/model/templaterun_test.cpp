@@ -1,7 +1,7 @@
 // The conversion and print macro templates, filled in for the sample
 // documents and run by the macro engine against the model.
 
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
 #include "cadsim/engine/interpreter.h"
 #include "cadsim/engine/parser.h"
 #include "cadsim/model/cadconstants.h"
@@ -107,7 +107,7 @@ protected:
         out += text.mid(last);
         const QHash<QString, QString> fileValues = {
             {"<Filepath>", file}, {"<SelCfgOrSheet>", cfgOrSheet}, {"<VaultPath>", "C:\\Vault"},
-            {"<TaskInstanceGuid>", kGuid}, {"<Path>", winpath::folder(file)}, {"<Revision>", "A"},
+            {"<TaskInstanceGuid>", kGuid}, {"<Path>", WindowsPath::addBackslash(WindowsPath::parent(file))}, {"<Revision>", "A"},
             {"<Version>", "1"}, {"<WorkflowState>", "Released"}, {"<Today>", "2026-11-23"}};
         for (auto it = fileValues.cbegin(); it != fileValues.cend(); ++it)
             out.replace(it.key(), it.value());
