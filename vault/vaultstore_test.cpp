@@ -206,10 +206,9 @@ TEST(VaultStore, UndoCheckOutRestoresAndDeleteRemovesTheLocalCopy)
 
     const int shared = store.addFile(vault.outsideFile("b", "kept"), "F", "b.txt", {}).id;
     auto blobCount = [&store] {
-        Statement &s = store.db().prepare("SELECT COUNT(*) FROM blobs");
+        Statement s = store.db().prepare("SELECT COUNT(*) FROM blobs");
         s.step();
         const int n = s.integer(0);
-        s.reset();
         return n;
     };
     store.checkOut(id, 0);
@@ -273,10 +272,9 @@ TEST(VaultStore, LocalCopiesFollowTheirTransaction)
     EXPECT_FALSE(QFileInfo::exists(vault.root() + "/F/b.txt"));
     EXPECT_FALSE(store.fileByPath("F\\b.txt").has_value());
     EXPECT_TRUE(stagedFiles(vault.root()).isEmpty());
-    Statement &rows = store.db().prepare("SELECT COUNT(*) FROM local_journal");
+    Statement rows = store.db().prepare("SELECT COUNT(*) FROM local_journal");
     ASSERT_TRUE(rows.step());
     EXPECT_EQ(rows.integer(0), 0);
-    rows.reset();
 }
 
 TEST(VaultStore, ReopensWithEverythingInPlace)
@@ -357,10 +355,9 @@ TEST(VaultStore, StoresEqualContentsOnce)
     const int a = store.addFile(vault.outsideFile("a", "same"), "", "a.txt", {}).id;
     const int b = store.addFile(vault.outsideFile("b", "same"), "", "b.txt", {}).id;
     EXPECT_EQ(store.version(a, 1)->hash, store.version(b, 1)->hash);
-    Statement &s = store.db().prepare("SELECT COUNT(*) FROM blobs");
+    Statement s = store.db().prepare("SELECT COUNT(*) FROM blobs");
     ASSERT_TRUE(s.step());
     EXPECT_EQ(s.integer(0), 1);
-    s.reset();
 }
 
 } // namespace
