@@ -224,23 +224,9 @@ int runVaultAdd(CommandContext &context)
             int id = 0;
             if (const auto existing = store->fileByPath(relative)) {
                 id = existing->id;
-                const auto bytes = FileSystem::instance().read(item.source);
-                if (!bytes)
-                    throw HostError(E_DOX_IO_ERROR,
-                                    QStringLiteral("cannot read %1: no permission, or not a regular file").arg(item.source));
-                if (VaultStore::contentHash(*bytes) == store->version(id, 0)->hash) {
-                    action = QStringLiteral("unchanged");
-                    version = existing->latestVersion;
-                } else {
-                    store->checkOut(id, existing->folderId);
-                    const QString local = store->paths().toNative(existing->path);
-                    // Staged with the transaction: a killed add leaves the
-                    // old bytes beside the old version.
-                    if (QFileInfo(item.source).absoluteFilePath() != QFileInfo(local).absoluteFilePath())
-                        store->writeLocal(local, *bytes);
-                    version = store->checkIn(id, QString());
-                    action = QStringLiteral("new version");
-                }
+                const VaultStore::Update update = store->updateFrom(id, item.source);
+                version = update.version;
+                action = update.changed ? QStringLiteral("new version") : QStringLiteral("unchanged");
             } else {
                 VaultStore::AddOptions options;
                 options.revision = parser.value(revision);

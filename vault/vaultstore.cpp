@@ -462,6 +462,27 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
     return results;
 }
 
+VaultStore::Update VaultStore::updateFrom(int fileId, const QString &source)
+{
+    const auto guard = m_db.guard();
+    Transaction t(m_db);
+    const VaultFileRow file = requireFile(fileId);
+    const auto bytes = FileSystem::instance().read(source);
+    if (!bytes)
+        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot read %1: no permission, or not a regular file").arg(source));
+    if (contentHash(*bytes) == version(fileId, 0)->hash)
+        return {file.latestVersion, false};
+    checkOut(fileId, file.folderId);
+    const QString local = m_paths.toNative(file.path);
+    // Staged with the transaction: a failed update leaves the old bytes
+    // beside the old version.
+    if (QFileInfo(source).absoluteFilePath() != QFileInfo(local).absoluteFilePath())
+        writeLocal(local, *bytes);
+    const Update update{checkIn(fileId, QString()), true};
+    t.commit();
+    return update;
+}
+
 int VaultStore::checkIn(int fileId, const QString &comment)
 {
     const auto guard = m_db.guard();
