@@ -9,24 +9,15 @@ int runErrorCommand(CommandContext &context);
 int runRegistryGetCommand(CommandContext &context);
 int runRegistrySetCommand(CommandContext &context);
 int runRegistryDeleteCommand(CommandContext &context);
-#ifdef MCTASK_WITH_VAULT
 int runVaultInitCommand(CommandContext &context);
 int runVaultAddCommand(CommandContext &context);
 int runVaultLsCommand(CommandContext &context);
 int runVaultCardCommand(CommandContext &context);
 int runVaultRefCommand(CommandContext &context);
 int runVaultShowCommand(CommandContext &context);
-#endif
-#ifdef MCTASK_WITH_MACRO_RUN
 int runMacroRunCommand(CommandContext &context);
-#endif
-#ifdef MCTASK_WITH_MACRO
 int runMacroPreviewCommand(CommandContext &context);
-#endif
-#ifdef MCTASK_WITH_MACRO_CHECK
 int runMacroCheckCommand(CommandContext &context);
-#endif
-#ifdef MCTASK_WITH_TASK
 int runTaskCreateCommand(CommandContext &context);
 int runTaskSetCommand(CommandContext &context);
 int runTaskGetCommand(CommandContext &context);
@@ -38,7 +29,6 @@ int runTaskInstancesCommand(CommandContext &context);
 int runTaskSuspendCommand(CommandContext &context);
 int runTaskResumeCommand(CommandContext &context);
 int runTaskCancelCommand(CommandContext &context);
-#endif
 
 const std::vector<CommandEntry> &allCommands()
 {
@@ -51,7 +41,6 @@ const std::vector<CommandEntry> &allCommands()
          &runRegistrySetCommand},
         {"registry", "delete", "[--view 32|64] KEY [NAME]", "delete a registry value or key",
          &runRegistryDeleteCommand},
-#ifdef MCTASK_WITH_VAULT
         {"vault", "init", "DIR [--name NAME] [--drive LETTER] [--date-style N]", "create a vault", &runVaultInitCommand},
         {"vault", "add", "[--vault DIR] SRC... [--to FOLDER] [...]", "add files or new versions", &runVaultAddCommand},
         {"vault", "ls", "[--vault DIR] [--json] [FOLDER]", "list the files of a folder and below", &runVaultLsCommand},
@@ -59,20 +48,12 @@ const std::vector<CommandEntry> &allCommands()
         {"vault", "ref", "[--vault DIR] PARENT CHILD [--conf NAME]", "make a reference", &runVaultRefCommand},
         {"vault", "show", "[--vault DIR] [--json] FILE", "show a file's versions, card and references",
          &runVaultShowCommand},
-#endif
-#ifdef MCTASK_WITH_MACRO
         {"macro", "preview", "[--vault DIR] INSTANCE|TASK FILE", "print the macro a run would build for a file",
          &runMacroPreviewCommand},
-#endif
-#ifdef MCTASK_WITH_MACRO_CHECK
         {"macro", "check", "[--vault DIR] INSTANCE|TASK FILE | FILE.mcb", "report a macro's syntax errors",
          &runMacroCheckCommand},
-#endif
-#ifdef MCTASK_WITH_MACRO_RUN
         {"macro", "run", "[--vault DIR] [--keep FILE] INSTANCE|TASK FILE | FILE.mcb [--proc NAME]", "run a task's macro on one file, or a macro file, in the stand-in",
          &runMacroRunCommand},
-#endif
-#ifdef MCTASK_WITH_TASK
         {"task", "create", "[--vault DIR] NAME --kind convert|print|script", "create and set up a task",
          &runTaskCreateCommand},
         {"task", "set", "[--vault DIR] NAME KEY[:int|:bool|:real]=VALUE...", "set task variables",
@@ -88,7 +69,6 @@ const std::vector<CommandEntry> &allCommands()
         {"task", "suspend", "[--vault DIR] INSTANCE", "ask a run to suspend", &runTaskSuspendCommand},
         {"task", "resume", "[--vault DIR] INSTANCE", "ask a suspended run to resume", &runTaskResumeCommand},
         {"task", "cancel", "[--vault DIR] INSTANCE", "ask a run to stop", &runTaskCancelCommand},
-#endif
     };
     return commands;
 }

@@ -1,34 +1,23 @@
 #include "app/cli.h"
+#include "app/standinrun.h"
 #include "app/vaultlocator.h"
+#include "base/codepage.h"
+#include "base/windowspath.h"
+#include "cadsim/engine/macroengine.h"
+#include "cadsim/model/cadapplication.h"
+#include "cadsim/model/scriptadapters.h"
 #include "common/errortexts.h"
 #include "host/hosterror.h"
 #include "macro/macropreview.h"
-#include "platform/windowspath.h"
+#include "platform/drivemap.h"
 #include "vault/embeddedvault.h"
 #include "vault/taskstore.h"
 #include "vault/vaultstore.h"
 
-#ifdef MCTASK_WITH_MACRO_CHECK
-#include "cadsim/engine/codepage.h"
-#include "cadsim/engine/macroengine.h"
-#endif
-
-#ifdef MCTASK_WITH_BARE_MACRO_RUN
-#include "cadsim/model/cadapplication.h"
-#include "cadsim/model/scriptadapters.h"
-#include "platform/drivemap.h"
-#endif
-
-#ifdef MCTASK_WITH_MACRO_RUN
-#include "app/standinrun.h"
-#include "platform/codepage.h"
-
-#include <QFileInfo>
-#include <QTemporaryDir>
-#endif
-
 #include <QCommandLineParser>
 #include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -136,7 +125,6 @@ int runMacroPreview(CommandContext &context)
     return 0;
 }
 
-#ifdef MCTASK_WITH_MACRO_CHECK
 // "FILE:LINE:COLUMN: message" for a macro that does not compile.
 int reportCheck(CommandContext &context, const QString &name, const QString &macro)
 {
@@ -165,7 +153,7 @@ int runMacroCheck(CommandContext &context)
         QFile file(args.first());
         if (!file.open(QIODevice::ReadOnly))
             throw CliError(QStringLiteral("macro check: cannot read %1").arg(args.first()));
-        return reportCheck(context, args.first(), cadsim::decodeWindows1252(file.readAll()));
+        return reportCheck(context, args.first(), decodeWindows1252(file.readAll()));
     }
     if (args.size() != 2)
         throw CliError(QStringLiteral("macro check: expected INSTANCE|TASK FILE, or FILE.mcb (see --help)"));
@@ -178,9 +166,7 @@ int runMacroCheck(CommandContext &context)
         return reportHostError(context, e);
     }
 }
-#endif
 
-#ifdef MCTASK_WITH_BARE_MACRO_RUN
 // Message boxes of a bare run cannot wait for a user: they go to stderr and answer with their
 // default button.
 class StderrMessageBox final : public cadsim::MessageBoxHandler
@@ -211,7 +197,7 @@ int runBareMacro(CommandContext &context, const QString &path, const QString &pr
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw CliError(QStringLiteral("macro run: cannot read %1").arg(path));
-    const QString text = cadsim::decodeWindows1252(file.readAll());
+    const QString text = decodeWindows1252(file.readAll());
     const PathResolver resolver = [](const QString &windowsPath) { return DriveMap::instance().toNativeOrSelf(windowsPath); };
     cadsim::EngineHost host;
     host.resolvePath = resolver;
@@ -235,9 +221,7 @@ int runBareMacro(CommandContext &context, const QString &path, const QString &pr
     context.err.flush();
     return result.runCode != 0 ? result.runCode : 1;
 }
-#endif
 
-#ifdef MCTASK_WITH_MACRO_RUN
 int runMacroRun(CommandContext &context)
 {
     QCommandLineParser parser;
@@ -258,10 +242,8 @@ int runMacroRun(CommandContext &context)
                               "0 when the run call succeeded, else the run code, with the message on stderr.")))
         return 0;
     const QStringList args = parser.positionalArguments();
-#ifdef MCTASK_WITH_BARE_MACRO_RUN
     if (args.size() == 1)
         return runBareMacro(context, args.first(), parser.value(procOption));
-#endif
     if (args.size() != 2)
         throw CliError(QStringLiteral("macro run: expected INSTANCE|TASK and FILE (see --help)"));
     const QString program = defaultStandInProgram();
@@ -279,7 +261,7 @@ int runMacroRun(CommandContext &context)
     const QString macroFile = parser.isSet(keepOption) ? parser.value(keepOption)
                                                        : folder.filePath(QStringLiteral("McMacro1.mcb"));
     QFile out(macroFile);
-    if (!out.open(QIODevice::WriteOnly) || out.write(toWindows1252(macro)) < 0)
+    if (!out.open(QIODevice::WriteOnly) || out.write(encodeWindows1252(macro)) < 0)
         throw CliError(QStringLiteral("macro run: cannot write %1").arg(macroFile));
     out.close();
 
@@ -296,23 +278,18 @@ int runMacroRun(CommandContext &context)
     context.out.flush();
     return result.ran && result.errorCode == 0 ? 0 : 1;
 }
-#endif
 
 } // namespace
 
-#ifdef MCTASK_WITH_MACRO_CHECK
 int runMacroCheckCommand(CommandContext &context)
 {
     return runMacroCheck(context);
 }
-#endif
 
-#ifdef MCTASK_WITH_MACRO_RUN
 int runMacroRunCommand(CommandContext &context)
 {
     return runMacroRun(context);
 }
-#endif
 
 int runMacroPreviewCommand(CommandContext &context)
 {

@@ -8,9 +8,7 @@
 #include <cstdio>
 #include <memory>
 
-#ifdef MCTASK_WITH_WIDGETS
 #include <QApplication>
-#endif
 
 namespace {
 
@@ -34,7 +32,6 @@ void printUsage(QTextStream &out, const QString &group = {})
 // application; without --gui its windows stay offscreen and are never shown.
 std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
 {
-#ifdef MCTASK_WITH_WIDGETS
     // The command's group is the first argument after --home.
     int group = 1;
     while (group < argc && qstrncmp(argv[group], "--home", 6) == 0)
@@ -51,7 +48,6 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
         return std::make_unique<QApplication>(argc, argv);
     }
-#endif
     return std::make_unique<QCoreApplication>(argc, argv);
 }
 

@@ -567,17 +567,8 @@ int runRun(CommandContext &context)
 
     const bool terminal = isatty(fileno(stderr)) != 0;
     bool barShown = false;
-    HRESULT hr = S_FALSE;
     DoxCmd cmd;
-    if (before.status == TaskStatus_CancelRequested) {
-        // Cancelled before it started: the host never hands it to the add-in.
-        tasks.setStatus(before.id, TaskStatus_Finished, S_FALSE, QStringLiteral("Cancelled before the run started."),
-                        {}, std::nullopt);
-        cmd.cancel = -1;
-    } else {
-        // A pending suspend request stays for the add-in to honour.
-        if (before.status != TaskStatus_SuspendRequested && before.status != TaskStatus_Suspended)
-            tasks.setStatusOnly(before.id, TaskStatus_Running);
+    const RunEnd end = runWithHostRules(tasks, before.id, [&] {
         DoxCmdDataArray data = tasks.instanceData(before.id);
         ProgressReportingInstance::Observer progress;
         if (!json && terminal) {
@@ -595,21 +586,18 @@ int runRun(CommandContext &context)
         }
         cmd = host->command(DoxCmd_TaskRun,
                             std::make_shared<ProgressReportingInstance>(host->instance(before.id), progress));
-        hr = host->send(cmd, data);
-    }
+        return host->send(cmd, data);
+    });
+    if (end.cancelledBeforeStart)
+        cmd.cancel = -1;
+    const HRESULT hr = end.commandResult;
     listener.stop();
     if (barShown) {
         context.err << '\n';
         context.err.flush();
     }
 
-    InstanceRow after = *tasks.instanceById(before.id);
-    if (!isFinishedStatus(after.status)) {
-        // The add-in did not report the end: the host ends the instance.
-        tasks.setStatus(after.id, TaskStatus_Finished, hr,
-                        QStringLiteral("The add-in did not report the end of the run."), {}, std::nullopt);
-        after = *tasks.instanceById(before.id);
-    }
+    const InstanceRow after = *tasks.instanceById(before.id);
     const QString message = after.message.value_or(QString());
     const int status = after.status == TaskStatus_FinishedOk ? 0 : 1;
     if (json) {

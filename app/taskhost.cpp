@@ -3,6 +3,7 @@
 #include "addin/module/moduleregistration.h"
 #include "app/addinhost.h"
 #include "app/vaultbrowser.h"
+#include "host/hosterror.h"
 #include "platform/home.h"
 #include "platform/jsonregistrystore.h"
 #include "vault/embeddedvault.h"
@@ -191,4 +192,25 @@ HRESULT ProgressReportingInstance::SetProgressPos(std::int32_t position, const Q
 HRESULT ProgressReportingInstance::GetTaskValue(const Variant &nameOrNumber, Variant &value)
 {
     return m_instance->GetTaskValue(nameOrNumber, value);
+}
+
+RunEnd runWithHostRules(TaskStore &tasks, int instanceId, const std::function<HRESULT()> &run)
+{
+    const auto before = tasks.instanceById(instanceId);
+    if (!before)
+        throw HostError(E_INVALIDARG, QStringLiteral("no task instance %1").arg(instanceId));
+    RunEnd end;
+    if (before->status == TaskStatus_CancelRequested) {
+        tasks.setStatus(instanceId, TaskStatus_Finished, S_FALSE, QStringLiteral("Cancelled before the run started."),
+                        {}, std::nullopt);
+        end.cancelledBeforeStart = true;
+        return end;
+    }
+    if (before->status != TaskStatus_SuspendRequested && before->status != TaskStatus_Suspended)
+        tasks.setStatusOnly(instanceId, TaskStatus_Running);
+    end.commandResult = run();
+    if (!isFinishedStatus(tasks.instanceById(instanceId)->status))
+        tasks.setStatus(instanceId, TaskStatus_Finished, end.commandResult,
+                        QStringLiteral("The add-in did not report the end of the run."), {}, std::nullopt);
+    return end;
 }

@@ -97,6 +97,17 @@ private:
     std::unique_ptr<QWidget> m_window;
 };
 
+// The host's rules around command 31 for a launched instance. An instance
+// cancelled before it started never reaches the add-in and ends as
+// cancelled; otherwise it is running while run calls the add-in (a pending
+// suspend request stays for the add-in to honour), and an instance the
+// add-in did not end is ended with the command's result.
+struct RunEnd {
+    HRESULT commandResult = S_FALSE; // S_FALSE when the add-in was not called
+    bool cancelledBeforeStart = false;
+};
+RunEnd runWithHostRules(TaskStore &tasks, int instanceId, const std::function<HRESULT()> &run);
+
 // The host's own windows, shown with --gui (taskcommands_windows.cpp).
 
 // The set-up dialog over the pages handed back by command 40: "OK" sends 41

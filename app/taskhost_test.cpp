@@ -1,6 +1,8 @@
 #include "app/taskhost.h"
 
 #include "host/testing/faketask.h"
+#include "vault/taskstore.h"
+#include "vault/vaulttesting.h"
 
 #include <gtest/gtest.h>
 
@@ -48,6 +50,53 @@ TEST(ProgressReportingInstanceTest, TheAddInTalksToTheInstanceAndTheProgramHears
 
     inner->getStatusResult = E_ACCESSDENIED;
     EXPECT_EQ(instance.GetStatus(status), E_ACCESSDENIED);
+}
+
+TEST(RunWithHostRulesTest, TheHostNeverRunsACancelledInstanceAndEndsWhatTheAddInLeftOpen)
+{
+    TempVault vault;
+    TaskStore tasks(vault.store);
+    const int taskId = tasks.createTask(QStringLiteral("Convert"), QStringLiteral("{0}")).id;
+
+    const int cancelled = tasks.createInstance(taskId).id;
+    tasks.setStatusOnly(cancelled, TaskStatus_CancelRequested);
+    bool called = false;
+    const RunEnd none = runWithHostRules(tasks, cancelled, [&] {
+        called = true;
+        return S_OK;
+    });
+    EXPECT_FALSE(called);
+    EXPECT_TRUE(none.cancelledBeforeStart);
+    EXPECT_EQ(none.commandResult, S_FALSE);
+    EXPECT_EQ(tasks.instanceById(cancelled)->status, TaskStatus_Finished);
+    EXPECT_EQ(tasks.instanceById(cancelled)->message, QStringLiteral("Cancelled before the run started."));
+
+    // The add-in gets a running instance; what it leaves open ends with the command's result.
+    const int left = tasks.createInstance(taskId).id;
+    std::int32_t seen = 0;
+    const RunEnd open = runWithHostRules(tasks, left, [&] {
+        seen = tasks.instanceById(left)->status;
+        return E_FAIL;
+    });
+    EXPECT_EQ(seen, TaskStatus_Running);
+    EXPECT_FALSE(open.cancelledBeforeStart);
+    EXPECT_EQ(open.commandResult, E_FAIL);
+    const InstanceRow ended = *tasks.instanceById(left);
+    EXPECT_EQ(ended.status, TaskStatus_Finished);
+    EXPECT_EQ(ended.result, E_FAIL);
+    EXPECT_EQ(ended.message, QStringLiteral("The add-in did not report the end of the run."));
+
+    // A pending suspend request stays for the add-in, and the end it reports stands.
+    const int suspended = tasks.createInstance(taskId).id;
+    tasks.setStatusOnly(suspended, TaskStatus_SuspendRequested);
+    runWithHostRules(tasks, suspended, [&] {
+        seen = tasks.instanceById(suspended)->status;
+        tasks.setStatus(suspended, TaskStatus_FinishedOk, S_OK, QStringLiteral("done"), {}, std::nullopt);
+        return S_OK;
+    });
+    EXPECT_EQ(seen, TaskStatus_SuspendRequested);
+    EXPECT_EQ(tasks.instanceById(suspended)->status, TaskStatus_FinishedOk);
+    EXPECT_EQ(tasks.instanceById(suspended)->message, QStringLiteral("done"));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "app/cli.h"
 #include "app/vaultlocator.h"
+#include "base/windowspath.h"
 #include "common/errortexts.h"
 #include "common/settingslight.h"
 #include "host/hosterror.h"
@@ -54,9 +55,10 @@ int runVaultInit(CommandContext &context)
     requirePath(parser.positionalArguments().first(), QStringLiteral("vault init"));
     const QString dir = QDir(parser.positionalArguments().first()).absolutePath();
     QString letter = parser.isSet(drive) ? parser.value(drive).trimmed() : QStringLiteral("V");
-    if (letter.endsWith(':'))
-        letter.chop(1);
-    if (letter.size() != 1 || letter[0].toUpper() < 'A' || letter[0].toUpper() > 'Z')
+    if (!letter.endsWith(':'))
+        letter += ':';
+    const QChar driveLetter = letter.size() == 2 ? WindowsPath::driveLetter(letter) : QChar();
+    if (driveLetter.isNull())
         throw CliError(QStringLiteral("vault init: '%1' is not a drive letter").arg(parser.value(drive)));
     std::uint32_t style = 0;
     if (parser.isSet(dateStyle)) {
@@ -75,14 +77,14 @@ int runVaultInit(CommandContext &context)
 
     try {
         VaultOpenOptions options;
-        options.drive = letter[0].toUpper();
+        options.drive = driveLetter;
         const auto store = VaultStore::create(dir, vaultName, options);
         store->setSetting(QStringLiteral("DateFmt"), QString::number(style));
         // The macros read the date style from the vault client's settings.
         if (!SettingsLight().setVaultDateStyle(vaultName, style))
             context.err << "mctask: warning: the date style could not be written to the settings\n";
         if (!mountVaultDrive(*store, true))
-            context.err << "mctask: warning: drive " << letter.toUpper() << ": could not be mounted\n";
+            context.err << "mctask: warning: drive " << driveLetter << ": could not be mounted\n";
         context.err.flush();
         context.out << "created vault '" << vaultName << "' in " << dir << " as " << store->paths().windowsRoot()
                     << '\n';
@@ -188,7 +190,7 @@ int runVaultAdd(CommandContext &context)
         // vault root (not below the current folder).
         const QString value = parser.value(to);
         requirePath(value, QStringLiteral("vault add: --to"));
-        const bool absolute = value.startsWith('/') || (value.size() >= 2 && value[1] == ':');
+        const bool absolute = value.startsWith('/') || !WindowsPath::driveLetter(value).isNull();
         QString relative;
         if (absolute)
             relative = vaultPathArgument(*store, value);
@@ -222,23 +224,9 @@ int runVaultAdd(CommandContext &context)
             int id = 0;
             if (const auto existing = store->fileByPath(relative)) {
                 id = existing->id;
-                const auto bytes = FileSystem::instance().read(item.source);
-                if (!bytes)
-                    throw HostError(E_DOX_IO_ERROR,
-                                    QStringLiteral("cannot read %1: no permission, or not a regular file").arg(item.source));
-                if (VaultStore::contentHash(*bytes) == store->version(id, 0)->hash) {
-                    action = QStringLiteral("unchanged");
-                    version = existing->latestVersion;
-                } else {
-                    store->checkOut(id, existing->folderId);
-                    const QString local = store->paths().toNative(existing->path);
-                    // Staged with the transaction: a killed add leaves the
-                    // old bytes beside the old version.
-                    if (QFileInfo(item.source).absoluteFilePath() != QFileInfo(local).absoluteFilePath())
-                        store->writeLocal(local, *bytes);
-                    version = store->checkIn(id, QString());
-                    action = QStringLiteral("new version");
-                }
+                const VaultStore::Update update = store->updateFrom(id, item.source);
+                version = update.version;
+                action = update.changed ? QStringLiteral("new version") : QStringLiteral("unchanged");
             } else {
                 VaultStore::AddOptions options;
                 options.revision = parser.value(revision);

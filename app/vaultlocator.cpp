@@ -1,6 +1,7 @@
 #include "app/vaultlocator.h"
 
 #include "app/cli.h"
+#include "base/windowspath.h"
 #include "host/hosterror.h"
 #include "platform/drivemap.h"
 #include "vault/vaultstore.h"
@@ -94,7 +95,7 @@ QString vaultPathArgument(const VaultStore &store, const QString &argument)
     if (paths.toRelative(argument, relative))
         return relative;
     QString native;
-    if (argument.size() >= 2 && argument[1] == ':' && argument[0].isLetter())
+    if (!WindowsPath::driveLetter(argument).isNull())
         native = DriveMap::instance().toNative(argument);
     else
         native = QDir::cleanPath(QDir::current().absoluteFilePath(argument));

@@ -1,4 +1,4 @@
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
 #include "cadsim/engine/interpreter.h"
 #include "cadsim/engine/parser.h"
 #include "cadsim/model/cadapplication.h"
@@ -52,7 +52,7 @@ void BM_ConversionTemplateOneDrawing(benchmark::State &state)
     TemplateOptions options = conversionOptions(QStringLiteral("Adobe Portable Document Format (*.pdf)"), 2, 4);
     options["ErrorLogPath"] = Variant::fromBStr("Logs");
     const QString filled =
-        fillTemplate(cadsim::decodeWindows1252(f.readAll()), options, QStringLiteral("S:\\layout.mcddrw"));
+        fillTemplate(decodeWindows1252(f.readAll()), options, QStringLiteral("S:\\layout.mcddrw"));
 
     auto model = std::make_shared<CadApplication>(resolverFor(scratch));
     cadsim::EngineHost host;

@@ -1,11 +1,11 @@
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
 #include "cadsim/engine/macroengine.h"
 #include "macro/testing/templatefill.h"
 
 #ifdef MCTASK_BENCH_WITH_MODEL
 #include "cadsim/model/cadapplication.h"
 #include "cadsim/model/scriptadapters.h"
-#include "cadsim/model/windowspath.h"
+#include "base/windowspath.h"
 #endif
 
 #include <QDir>

@@ -5,7 +5,7 @@
 #include "common/settingslight.h"
 #include "host/hosterror.h"
 #include "platform/automation/automationerrors.h"
-#include "platform/codepage.h"
+#include "base/codepage.h"
 #include "platform/drivemap.h"
 #include "platform/filesystem.h"
 #include "platform/registry.h"
@@ -106,7 +106,7 @@ void McManager::RunMacro(const QString &macroText)
     const QString tempFile = createTempFile();
     // Appended to the new empty file: a macro file lives for one run and
     // needs no flush to disk, which would cost two syncs per file.
-    if (tempFile.isEmpty() || !fs.append(tempFile, toWindows1252(macroText)))
+    if (tempFile.isEmpty() || !fs.append(tempFile, encodeWindows1252(macroText)))
         throw HostError(E_ACCESSDENIED, QStringLiteral("cannot write the macro file"));
     const QString macroFile = withExtension(tempFile, QStringLiteral(".mcb"));
     if (!fs.rename(tempFile, macroFile))

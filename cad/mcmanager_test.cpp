@@ -4,7 +4,7 @@
 #include "common/settingslight.h"
 #include "host/hosterror.h"
 #include "platform/automation/classregistry.h"
-#include "platform/codepage.h"
+#include "base/codepage.h"
 #include "platform/memoryregistrystore.h"
 #include "platform/registry.h"
 #include "platform/testing/coreapp.h"
@@ -248,7 +248,7 @@ TEST_F(McManagerTest, ASecondAttemptAfterARestartRunsTheSameMacro)
     install();
     m_fake->readMacro = [](const QString &path) {
         QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? fromWindows1252(file.readAll()) : QString();
+        return file.open(QIODevice::ReadOnly) ? decodeWindows1252(file.readAll()) : QString();
     };
     m_fake->runAnswer = [](int call) {
         return call == 1 ? FakeMecadra::RunAnswer{RPC_S_SERVER_UNAVAILABLE, false, 0, {}} : FakeMecadra::RunAnswer{};

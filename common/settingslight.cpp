@@ -3,7 +3,7 @@
 #include "platform/drivemap.h"
 #include "platform/filesystem.h"
 #include "platform/registry.h"
-#include "platform/windowspath.h"
+#include "base/windowspath.h"
 
 #include <QDir>
 #include <QStandardPaths>

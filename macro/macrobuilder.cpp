@@ -4,7 +4,7 @@
 #include "host/hosterror.h"
 #include "host/idoxtask.h"
 #include "host/idoxvault.h"
-#include "platform/codepage.h"
+#include "base/codepage.h"
 #include "macro/dateformat.h"
 #include "macro/expanddelimited.h"
 #include "macro/macroliteral.h"
@@ -12,7 +12,7 @@
 #include "platform/clock.h"
 #include "platform/drivemap.h"
 #include "platform/filesystem.h"
-#include "platform/windowspath.h"
+#include "base/windowspath.h"
 
 namespace {
 
@@ -222,7 +222,7 @@ void MacroBuilder::AppendErrorLog(const QString &text) const
     const QString file = GetErrorLogFile();
     QString content = text;
     content.replace(QLatin1Char('\n'), QLatin1String("\r\n")); // text mode
-    const QByteArray bytes = toWindows1252(content);
+    const QByteArray bytes = encodeWindows1252(content);
 
     FileSystem &fs = FileSystem::instance();
     const QString native = DriveMap::instance().toNative(file);

@@ -4,7 +4,7 @@
 
 #include "macro/templateloader.h"
 #include "macro/testing/templatefill.h"
-#include "platform/codepage.h"
+#include "base/codepage.h"
 #include "platform/qtestprint.h"
 
 #include <gtest/gtest.h>
@@ -127,7 +127,7 @@ TEST(MacroTemplates, AreCrLfTextWithOneAppendedLineFeed)
         EXPECT_FALSE(raw.contains('\0'));
 
         const QString text = loadedTemplate(number);
-        EXPECT_EQ(text, fromWindows1252(raw) + QLatin1Char('\n'));
+        EXPECT_EQ(text, decodeWindows1252(raw) + QLatin1Char('\n'));
         EXPECT_TRUE(text.endsWith(QLatin1String("\r\n\n")));
     }
 }

@@ -1,6 +1,6 @@
 #include "macro/templateloader.h"
 
-#include "platform/codepage.h"
+#include "base/codepage.h"
 
 #include <QResource>
 
@@ -68,7 +68,7 @@ QString TemplateLoader::load(int number) const
     if (bytes->size() < size)
         return fail(QStringLiteral("Error locking Script resource."));
 
-    return fromWindows1252(bytes->left(size)) + QLatin1Char('\n');
+    return decodeWindows1252(bytes->left(size)) + QLatin1Char('\n');
 }
 
 QString TemplateLoader::fail(const QString &message) const

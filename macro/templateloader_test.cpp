@@ -1,5 +1,5 @@
 #include "macro/templateloader.h"
-#include "platform/codepage.h"
+#include "base/codepage.h"
 #include "platform/qtestprint.h"
 
 #include <gtest/gtest.h>
@@ -131,7 +131,7 @@ TEST(Windows1252, MapsEveryByteLikeTheWindowsConversion)
     QByteArray all;
     for (int b = 0; b < 256; ++b)
         all.append(static_cast<char>(b));
-    const QString text = fromWindows1252(all);
+    const QString text = decodeWindows1252(all);
     ASSERT_EQ(text.size(), 256);
     for (int b = 0; b < 256; ++b) {
         SCOPED_TRACE(b);
@@ -145,7 +145,7 @@ TEST(Windows1252, DecodesLongTextsAcrossBufferBoundaries)
     QByteArray bytes;
     for (int i = 0; i < 5000; ++i)
         bytes.append(i % 2 ? '\x80' : 'a');
-    const QString text = fromWindows1252(bytes);
+    const QString text = decodeWindows1252(bytes);
     ASSERT_EQ(text.size(), 5000);
     EXPECT_EQ(text.count(QChar(0x20AC)), 2500);
     EXPECT_EQ(text.at(4999), QChar(0x20AC));

@@ -3,7 +3,7 @@
 #include "platform/clock.h"
 #include "platform/filesystem.h"
 #include "platform/home.h"
-#include "platform/windowspath.h"
+#include "base/windowspath.h"
 
 #include <QDir>
 #include <QFile>

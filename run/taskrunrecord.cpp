@@ -5,7 +5,7 @@
 #include "host/idoxvault.h"
 #include "platform/drivemap.h"
 #include "platform/filesystem.h"
-#include "platform/windowspath.h"
+#include "base/windowspath.h"
 #include "run/filelistxml.h"
 #include "run/filerecordbuilder.h"
 

@@ -186,12 +186,13 @@ void LocalJournal::recover(const std::function<bool(const QString &, const QByte
         const QString prefix = owner + QLatin1Char('-');
         try {
             Transaction transaction(m_db);
-            Statement &rows = m_db.prepare("SELECT name, target FROM local_journal WHERE name >= ? AND name < ?");
-            rows.bind(1, prefix).bind(2, owner + QLatin1Char('.'));
             std::vector<std::pair<QString, QString>> committed;
-            while (rows.step())
-                committed.emplace_back(rows.text(0), rows.text(1));
-            rows.reset();
+            {
+                Statement rows = m_db.prepare("SELECT name, target FROM local_journal WHERE name >= ? AND name < ?");
+                rows.bind(1, prefix).bind(2, owner + QLatin1Char('.'));
+                while (rows.step())
+                    committed.emplace_back(rows.text(0), rows.text(1));
+            }
             for (const auto &[name, target] : committed) {
                 const QString staged = m_staging + QLatin1Char('/') + name;
                 const QString native = QDir(m_root).absoluteFilePath(target);

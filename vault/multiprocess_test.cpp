@@ -17,9 +17,8 @@ namespace {
 
 QString integrity(VaultStore &store)
 {
-    Statement &s = store.db().prepare("PRAGMA integrity_check");
+    Statement s = store.db().prepare("PRAGMA integrity_check");
     const QString result = s.step() ? s.text(0) : QString();
-    s.reset();
     return result;
 }
 
@@ -83,10 +82,9 @@ protected:
         }
         const QDir staging(LocalJournal::stagingFolder(store.paths().nativeRoot()));
         EXPECT_TRUE(staging.entryList(QDir::Files).isEmpty()) << staging.entryList(QDir::Files).join(' ').toStdString();
-        Statement &rows = store.db().prepare("SELECT COUNT(*) FROM local_journal");
+        Statement rows = store.db().prepare("SELECT COUNT(*) FROM local_journal");
         rows.step();
         EXPECT_EQ(rows.integer(0), 0);
-        rows.reset();
     }
 
     static void expectFinishedOk(QProcess &p)

@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <utility>
 
 QString sqliteFailureText(int rc)
 {
@@ -45,9 +46,28 @@ int checkSqlite(int rc, sqlite3 *db, const char *what, HRESULT failure)
     throw HostError(failure, QStringLiteral("%1 (%2)").arg(message, QString::fromUtf8(what)));
 }
 
+Statement::Statement(sqlite3 *db, sqlite3_stmt *stmt, bool *inUse, std::unique_lock<std::recursive_mutex> lock)
+    : m_db(db), m_stmt(stmt), m_inUse(inUse), m_lock(std::move(lock))
+{
+}
+
+Statement::Statement(Statement &&other) noexcept
+    : m_db(other.m_db), m_stmt(std::exchange(other.m_stmt, nullptr)), m_inUse(std::exchange(other.m_inUse, nullptr)),
+      m_lock(std::move(other.m_lock))
+{
+}
+
 Statement::~Statement()
 {
-    sqlite3_finalize(m_stmt);
+    if (!m_stmt)
+        return;
+    if (!m_inUse) {
+        sqlite3_finalize(m_stmt);
+        return;
+    }
+    sqlite3_reset(m_stmt);
+    sqlite3_clear_bindings(m_stmt);
+    *m_inUse = false;
 }
 
 Statement &Statement::bind(int index, std::int64_t value)
@@ -89,8 +109,7 @@ bool Statement::step()
 {
     const int rc = sqlite3_step(m_stmt);
     if (rc != SQLITE_ROW && rc != SQLITE_DONE) {
-        // Reset gives the statement back to the cache in a clean state and
-        // keeps the error's message.
+        // Reset keeps the error's message for the check.
         sqlite3_reset(m_stmt);
         checkSqlite(rc, m_db, sqlite3_sql(m_stmt));
     }
@@ -101,13 +120,6 @@ void Statement::exec()
 {
     while (step()) {
     }
-    reset();
-}
-
-void Statement::reset()
-{
-    sqlite3_reset(m_stmt);
-    sqlite3_clear_bindings(m_stmt);
 }
 
 bool Statement::isNull(int column) const
@@ -161,22 +173,27 @@ SqliteDb::SqliteDb(const QString &path, int busyTimeoutMs, OpenMode mode)
 
 SqliteDb::~SqliteDb()
 {
-    m_cache.clear(); // statements first: close refuses while they live
+    for (const auto &entry : m_cache) // statements first: close refuses while they live
+        sqlite3_finalize(entry.second->stmt);
+    m_cache.clear();
     sqlite3_close(m_db);
 }
 
-Statement &SqliteDb::prepare(const char *sql)
+Statement SqliteDb::prepare(const char *sql)
 {
-    const auto lock = guard();
-    auto it = m_cache.find(sql);
-    if (it != m_cache.end()) {
-        it->second->reset();
-        return *it->second;
+    auto lock = guard();
+    auto &cached = m_cache[sql];
+    if (!cached)
+        cached = std::make_unique<CachedStatement>();
+    if (!cached->stmt)
+        checkSqlite(sqlite3_prepare_v2(m_db, sql, -1, &cached->stmt, nullptr), m_db, sql);
+    if (cached->inUse) {
+        sqlite3_stmt *own = nullptr;
+        checkSqlite(sqlite3_prepare_v2(m_db, sql, -1, &own, nullptr), m_db, sql);
+        return Statement(m_db, own, nullptr, std::move(lock));
     }
-    sqlite3_stmt *stmt = nullptr;
-    checkSqlite(sqlite3_prepare_v2(m_db, sql, -1, &stmt, nullptr), m_db, sql);
-    auto inserted = m_cache.emplace(sql, std::make_unique<Statement>(m_db, stmt));
-    return *inserted.first->second;
+    cached->inUse = true;
+    return Statement(m_db, cached->stmt, &cached->inUse, std::move(lock));
 }
 
 void SqliteDb::exec(const char *sql)
@@ -197,11 +214,9 @@ bool SqliteDb::inTransaction() const
 
 int SqliteDb::userVersion()
 {
-    Statement &s = prepare("PRAGMA user_version");
+    Statement s = prepare("PRAGMA user_version");
     s.step();
-    const int version = s.integer(0);
-    s.reset();
-    return version;
+    return s.integer(0);
 }
 
 void SqliteDb::setUserVersion(int version)

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -27,15 +28,17 @@ int checkSqlite(int rc, sqlite3 *db, const char *what, HRESULT failure = E_DOX_D
 // "the vault is locked by another process", ...); empty for other codes.
 QString sqliteFailureText(int rc);
 
-// One prepared statement. Statements come from SqliteDb::prepare, which
-// caches them; a Statement is reset and its bindings cleared on reuse.
+// One use of a prepared statement from SqliteDb::prepare. The use holds the
+// connection's lock, and when it ends the statement is reset and its
+// bindings cleared, so the cache gets it back clean however the use ended.
 class Statement final
 {
 public:
-    Statement(sqlite3 *db, sqlite3_stmt *stmt) : m_db(db), m_stmt(stmt) {}
+    Statement(Statement &&other) noexcept;
     ~Statement();
     Statement(const Statement &) = delete;
     Statement &operator=(const Statement &) = delete;
+    Statement &operator=(Statement &&) = delete;
 
     Statement &bind(int index, std::int64_t value);
     Statement &bind(int index, int value) { return bind(index, static_cast<std::int64_t>(value)); }
@@ -48,7 +51,6 @@ public:
     bool step();
     // Runs a statement that returns no rows.
     void exec();
-    void reset();
 
     bool isNull(int column) const;
     std::int64_t int64(int column) const;
@@ -58,8 +60,15 @@ public:
     QByteArray blob(int column) const;
 
 private:
+    friend class SqliteDb;
+    // inUse is the cache's mark for the statement; null for a statement the
+    // use owns (the cached one was busy), which is finalized at the end.
+    Statement(sqlite3 *db, sqlite3_stmt *stmt, bool *inUse, std::unique_lock<std::recursive_mutex> lock);
+
     sqlite3 *m_db;
     sqlite3_stmt *m_stmt;
+    bool *m_inUse;
+    std::unique_lock<std::recursive_mutex> m_lock;
 };
 
 // The one handle of a database connection. WAL journal, a busy timeout so
@@ -75,8 +84,10 @@ public:
     SqliteDb(const SqliteDb &) = delete;
     SqliteDb &operator=(const SqliteDb &) = delete;
 
-    // A cached prepared statement, reset and ready for binding.
-    Statement &prepare(const char *sql);
+    // A use of the statement prepared for sql (compiled once per text),
+    // ready for binding. A use of a statement whose cached copy is still in
+    // use gets a copy of its own.
+    Statement prepare(const char *sql);
     // Runs one or more statements without results.
     void exec(const char *sql);
 
@@ -107,7 +118,11 @@ private:
     std::recursive_mutex m_mutex;
     sqlite3 *m_db = nullptr;
     std::vector<std::function<void(bool)>> m_endCallbacks;
-    std::unordered_map<const char *, std::unique_ptr<Statement>> m_cache;
+    struct CachedStatement {
+        sqlite3_stmt *stmt = nullptr;
+        bool inUse = false;
+    };
+    std::unordered_map<std::string, std::unique_ptr<CachedStatement>> m_cache;
 };
 
 // A write transaction: BEGIN IMMEDIATE (so a writer waits for the lock up

@@ -20,10 +20,9 @@ HostError errorOf(const std::function<void()> &f)
 
 int count(SqliteDb &db)
 {
-    Statement &s = db.prepare("SELECT COUNT(*) FROM t");
+    Statement s = db.prepare("SELECT COUNT(*) FROM t");
     s.step();
     const int n = s.integer(0);
-    s.reset();
     return n;
 }
 
@@ -34,13 +33,36 @@ protected:
     SqliteDb db{QStringLiteral(":memory:")};
 };
 
+TEST_F(SqliteDbTest, AUseEndsWithItsScopeAndOverlappingUsesDoNotShareState)
+{
+    db.exec("INSERT INTO t (k) VALUES ('a'), ('b')");
+    const char *sql = "SELECT k FROM t WHERE k >= ? ORDER BY k";
+    {
+        Statement outer = db.prepare(sql);
+        ASSERT_TRUE(outer.bind(1, QStringLiteral("a")).step());
+        // The same text while the first use is open: a statement of its own.
+        Statement inner = db.prepare(sql);
+        ASSERT_TRUE(inner.bind(1, QStringLiteral("b")).step());
+        EXPECT_EQ(inner.text(0), "b");
+        ASSERT_TRUE(outer.step());
+        EXPECT_EQ(outer.text(0), "b");
+    }
+    // A use left half-way starts again from the first row, with no bindings.
+    {
+        Statement again = db.prepare(sql);
+        ASSERT_TRUE(again.bind(1, QStringLiteral("a")).step());
+        EXPECT_EQ(again.text(0), "a");
+    }
+    EXPECT_FALSE(db.prepare(sql).step()); // NULL >= NULL is no row
+}
+
 TEST_F(SqliteDbTest, FailuresCarryTheDatabaseCodeAndSqlitesMessage)
 {
     const HostError syntax = errorOf([&] { db.prepare("SELEC nonsense"); });
     EXPECT_EQ(syntax.code(), E_DOX_DATABASE_ACCESS);
     EXPECT_TRUE(syntax.context().contains(QLatin1String("syntax error"))) << syntax.what();
 
-    Statement &insert = db.prepare("INSERT INTO t (k, v) VALUES (?, ?)");
+    Statement insert = db.prepare("INSERT INTO t (k, v) VALUES (?, ?)");
     insert.bind(1, QStringLiteral("a")).bindBlob(2, QByteArray()).exec();
     const HostError unique = errorOf([&] { db.prepare("INSERT INTO t (k, v) VALUES (?, ?)").bind(1, QStringLiteral("a")).exec(); });
     EXPECT_EQ(unique.code(), E_DOX_DATABASE_ACCESS);
@@ -49,12 +71,11 @@ TEST_F(SqliteDbTest, FailuresCarryTheDatabaseCodeAndSqlitesMessage)
     db.prepare("INSERT INTO t (k, v) VALUES (?, ?)").bind(1, QStringLiteral("b")).bindBlob(2, "x").exec();
     EXPECT_EQ(count(db), 2);
 
-    Statement &read = db.prepare("SELECT v FROM t WHERE k = ?");
+    Statement read = db.prepare("SELECT v FROM t WHERE k = ?");
     read.bind(1, QStringLiteral("a"));
     ASSERT_TRUE(read.step());
     EXPECT_FALSE(read.isNull(0)); // an empty blob is not NULL
     EXPECT_EQ(read.blob(0), QByteArray());
-    read.reset();
 
     EXPECT_EQ(errorOf([] { SqliteDb bad(QStringLiteral("/nonexistent/dir/x.db")); }).code(), E_DOX_CANT_OPEN_DATABASE);
 }
@@ -96,9 +117,7 @@ TEST(SqliteDbFile, AWriterWaitsForTheLockOrFailsClearly)
     EXPECT_EQ(busy.code(), E_DOX_DATABASE_ACCESS);
     EXPECT_TRUE(busy.context().contains(QLatin1String("locked"))) << busy.what();
     // Readers are not held up by the writer (WAL).
-    Statement &s = second.prepare("SELECT COUNT(*) FROM t");
-    EXPECT_TRUE(s.step());
-    s.reset();
+    EXPECT_TRUE(second.prepare("SELECT COUNT(*) FROM t").step());
     holding.commit();
     Transaction now(second);
     now.commit();

@@ -34,6 +34,22 @@ InstanceRow readInstance(const Statement &s)
     return row;
 }
 
+} // namespace
+
+// Tasks and instances keep their variables in tables of the same shape.
+const TaskStore::VariableHolder TaskStore::kTaskVariables = {
+    "SELECT type, ivalue, rvalue, tvalue FROM task_variables WHERE task_id = ? AND name_key = ?",
+    "INSERT OR REPLACE INTO task_variables (task_id, name, name_key, type, ivalue, rvalue, tvalue) "
+    "VALUES (?, ?, ?, ?, ?, ?, ?)",
+    "SELECT name, type, ivalue, rvalue, tvalue FROM task_variables WHERE task_id = ? ORDER BY name_key"};
+const TaskStore::VariableHolder TaskStore::kInstanceVariables = {
+    "SELECT type, ivalue, rvalue, tvalue FROM instance_variables WHERE instance_id = ? AND name_key = ?",
+    "INSERT OR REPLACE INTO instance_variables (instance_id, name, name_key, type, ivalue, rvalue, tvalue) "
+    "VALUES (?, ?, ?, ?, ?, ?, ?)",
+    "SELECT name, type, ivalue, rvalue, tvalue FROM instance_variables WHERE instance_id = ? ORDER BY name_key"};
+
+namespace {
+
 constexpr const char *instanceColumns = "SELECT id, task_id, guid, status, result, message, extra, progress_max, "
                                         "progress_pos, progress_text, created FROM instances ";
 
@@ -62,35 +78,32 @@ TaskRow TaskStore::createTask(const QString &name, const QString &classId, std::
 std::optional<TaskRow> TaskStore::findTask(const QString &name)
 {
     const auto guard = m_store->db().guard();
-    Statement &s = m_store->db().prepare("SELECT id, name, class_id, flags FROM tasks WHERE name_key = ?");
+    Statement s = m_store->db().prepare("SELECT id, name, class_id, flags FROM tasks WHERE name_key = ?");
     s.bind(1, name.toLower());
     std::optional<TaskRow> row;
     if (s.step())
         row = readTask(s);
-    s.reset();
     return row;
 }
 
 std::optional<TaskRow> TaskStore::taskById(int id)
 {
     const auto guard = m_store->db().guard();
-    Statement &s = m_store->db().prepare("SELECT id, name, class_id, flags FROM tasks WHERE id = ?");
+    Statement s = m_store->db().prepare("SELECT id, name, class_id, flags FROM tasks WHERE id = ?");
     s.bind(1, id);
     std::optional<TaskRow> row;
     if (s.step())
         row = readTask(s);
-    s.reset();
     return row;
 }
 
 std::vector<TaskRow> TaskStore::listTasks()
 {
     const auto guard = m_store->db().guard();
-    Statement &s = m_store->db().prepare("SELECT id, name, class_id, flags FROM tasks ORDER BY name_key");
+    Statement s = m_store->db().prepare("SELECT id, name, class_id, flags FROM tasks ORDER BY name_key");
     std::vector<TaskRow> rows;
     while (s.step())
         rows.push_back(readTask(s));
-    s.reset();
     return rows;
 }
 
@@ -132,55 +145,59 @@ void TaskStore::setTaskFlags(int taskId, std::int32_t flags)
     t.commit();
 }
 
+std::optional<Variant> TaskStore::variable(const VariableHolder &holder, int holderId, const QString &name)
+{
+    Statement s = m_store->db().prepare(holder.select);
+    s.bind(1, holderId).bind(2, name);
+    return s.step() ? std::optional<Variant>(readVariant(s, 0)) : std::nullopt;
+}
+
+void TaskStore::setVariable(const VariableHolder &holder, int holderId, const QString &name, const Variant &value)
+{
+    SqliteDb &db = m_store->db();
+    Transaction t(db);
+    Statement s = db.prepare(holder.insert);
+    s.bind(1, holderId).bind(2, name).bind(3, name);
+    bindVariant(s, 4, value);
+    s.exec();
+    t.commit();
+}
+
+std::vector<NamedVariant> TaskStore::variables(const VariableHolder &holder, int holderId)
+{
+    Statement s = m_store->db().prepare(holder.list);
+    s.bind(1, holderId);
+    std::vector<NamedVariant> values;
+    while (s.step())
+        values.emplace_back(s.text(0), readVariant(s, 1));
+    return values;
+}
+
 std::optional<Variant> TaskStore::taskVariable(int taskId, const QString &name)
 {
-    const auto guard = m_store->db().guard();
-    Statement &s = m_store->db().prepare(
-        "SELECT type, ivalue, rvalue, tvalue FROM task_variables WHERE task_id = ? AND name_key = ?");
-    s.bind(1, taskId).bind(2, name);
-    std::optional<Variant> value;
-    if (s.step())
-        value = readVariant(s, 0);
-    s.reset();
-    return value;
+    return variable(kTaskVariables, taskId, name);
 }
 
 void TaskStore::setTaskVariable(int taskId, const QString &name, const Variant &value)
 {
     const auto guard = m_store->db().guard();
     requireTask(taskId);
-    SqliteDb &db = m_store->db();
-    Transaction t(db);
-    Statement &s = db.prepare("INSERT OR REPLACE INTO task_variables (task_id, name, name_key, type, ivalue, rvalue, tvalue) "
-                              "VALUES (?, ?, ?, ?, ?, ?, ?)");
-    s.bind(1, taskId).bind(2, name).bind(3, name);
-    bindVariant(s, 4, value);
-    s.exec();
-    t.commit();
+    setVariable(kTaskVariables, taskId, name, value);
 }
 
 std::vector<NamedVariant> TaskStore::taskVariables(int taskId)
 {
-    const auto guard = m_store->db().guard();
-    Statement &s = m_store->db().prepare(
-        "SELECT name, type, ivalue, rvalue, tvalue FROM task_variables WHERE task_id = ? ORDER BY name_key");
-    s.bind(1, taskId);
-    std::vector<NamedVariant> values;
-    while (s.step())
-        values.emplace_back(s.text(0), readVariant(s, 1));
-    s.reset();
-    return values;
+    return variables(kTaskVariables, taskId);
 }
 
 QStringList TaskStore::declaredVariables(int taskId)
 {
     const auto guard = m_store->db().guard();
-    Statement &s = m_store->db().prepare("SELECT name FROM task_declared WHERE task_id = ? ORDER BY position");
+    Statement s = m_store->db().prepare("SELECT name FROM task_declared WHERE task_id = ? ORDER BY position");
     s.bind(1, taskId);
     QStringList names;
     while (s.step())
         names.append(s.text(0));
-    s.reset();
     return names;
 }
 
@@ -201,13 +218,12 @@ void TaskStore::declareVariable(int taskId, const QString &name)
 std::vector<TaskMenuCommand> TaskStore::menuCommands(int taskId)
 {
     const auto guard = m_store->db().guard();
-    Statement &s = m_store->db().prepare(
+    Statement s = m_store->db().prepare(
         "SELECT command_id, menu_text, flags, help FROM task_menu WHERE task_id = ? ORDER BY position");
     s.bind(1, taskId);
     std::vector<TaskMenuCommand> commands;
     while (s.step())
         commands.push_back(TaskMenuCommand{s.integer(0), s.text(1), s.integer(2), s.text(3)});
-    s.reset();
     return commands;
 }
 
@@ -254,12 +270,11 @@ std::optional<InstanceRow> TaskStore::instanceById(int id)
 {
     const auto guard = m_store->db().guard();
     static const QByteArray sql = QByteArray(instanceColumns) + "WHERE id = ?";
-    Statement &s = m_store->db().prepare(sql.constData());
+    Statement s = m_store->db().prepare(sql.constData());
     s.bind(1, id);
     std::optional<InstanceRow> row;
     if (s.step())
         row = readInstance(s);
-    s.reset();
     return row;
 }
 
@@ -267,12 +282,11 @@ std::optional<InstanceRow> TaskStore::instanceByGuid(const QString &guid)
 {
     const auto guard = m_store->db().guard();
     static const QByteArray sql = QByteArray(instanceColumns) + "WHERE guid = ? COLLATE NOCASE";
-    Statement &s = m_store->db().prepare(sql.constData());
+    Statement s = m_store->db().prepare(sql.constData());
     s.bind(1, guid);
     std::optional<InstanceRow> row;
     if (s.step())
         row = readInstance(s);
-    s.reset();
     return row;
 }
 
@@ -280,12 +294,11 @@ std::vector<InstanceRow> TaskStore::listInstances(int taskId)
 {
     const auto guard = m_store->db().guard();
     static const QByteArray sql = QByteArray(instanceColumns) + "WHERE ?1 = 0 OR task_id = ?1 ORDER BY id";
-    Statement &s = m_store->db().prepare(sql.constData());
+    Statement s = m_store->db().prepare(sql.constData());
     s.bind(1, taskId);
     std::vector<InstanceRow> rows;
     while (s.step())
         rows.push_back(readInstance(s));
-    s.reset();
     return rows;
 }
 
@@ -293,41 +306,20 @@ std::optional<Variant> TaskStore::instanceValue(int instanceId, const QString &n
 {
     const auto guard = m_store->db().guard();
     const InstanceRow instance = requireInstance(instanceId);
-    Statement &s = m_store->db().prepare(
-        "SELECT type, ivalue, rvalue, tvalue FROM instance_variables WHERE instance_id = ? AND name_key = ?");
-    s.bind(1, instanceId).bind(2, name);
-    std::optional<Variant> value;
-    if (s.step())
-        value = readVariant(s, 0);
-    s.reset();
+    const auto value = variable(kInstanceVariables, instanceId, name);
     return value ? value : taskVariable(instance.taskId, name);
 }
 
 std::vector<NamedVariant> TaskStore::instanceOwnVariables(int instanceId)
 {
-    const auto guard = m_store->db().guard();
-    Statement &s = m_store->db().prepare(
-        "SELECT name, type, ivalue, rvalue, tvalue FROM instance_variables WHERE instance_id = ? ORDER BY name_key");
-    s.bind(1, instanceId);
-    std::vector<NamedVariant> values;
-    while (s.step())
-        values.emplace_back(s.text(0), readVariant(s, 1));
-    s.reset();
-    return values;
+    return variables(kInstanceVariables, instanceId);
 }
 
 void TaskStore::setInstanceVariable(int instanceId, const QString &name, const Variant &value)
 {
     const auto guard = m_store->db().guard();
     requireInstance(instanceId);
-    SqliteDb &db = m_store->db();
-    Transaction t(db);
-    Statement &s = db.prepare("INSERT OR REPLACE INTO instance_variables "
-                              "(instance_id, name, name_key, type, ivalue, rvalue, tvalue) VALUES (?, ?, ?, ?, ?, ?, ?)");
-    s.bind(1, instanceId).bind(2, name).bind(3, name);
-    bindVariant(s, 4, value);
-    s.exec();
-    t.commit();
+    setVariable(kInstanceVariables, instanceId, name, value);
 }
 
 void TaskStore::setStatus(int instanceId, std::int32_t status, HRESULT result, const std::optional<QString> &message,
@@ -337,7 +329,7 @@ void TaskStore::setStatus(int instanceId, std::int32_t status, HRESULT result, c
     requireInstance(instanceId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
-    Statement &s = db.prepare("UPDATE instances SET status = ?, result = ?, message = ?, extra = ? WHERE id = ?");
+    Statement s = db.prepare("UPDATE instances SET status = ?, result = ?, message = ?, extra = ? WHERE id = ?");
     s.bind(1, status).bind(2, static_cast<std::int64_t>(result));
     if (message)
         s.bind(3, *message);
@@ -377,13 +369,12 @@ void TaskStore::setStatusOnly(int instanceId, std::int32_t status)
 std::vector<AffectedObject> TaskStore::affectedObjects(int instanceId)
 {
     const auto guard = m_store->db().guard();
-    Statement &s = m_store->db().prepare("SELECT object_id, kind, folder_id, version FROM instance_affected "
+    Statement s = m_store->db().prepare("SELECT object_id, kind, folder_id, version FROM instance_affected "
                                          "WHERE instance_id = ? ORDER BY position");
     s.bind(1, instanceId);
     std::vector<AffectedObject> objects;
     while (s.step())
         objects.push_back(AffectedObject{s.integer(0), s.integer(1), s.integer(2), s.integer(3)});
-    s.reset();
     return objects;
 }
 
@@ -431,13 +422,12 @@ void TaskStore::setInstanceData(int instanceId, const DoxCmdDataArray &data)
 DoxCmdDataArray TaskStore::instanceData(int instanceId)
 {
     const auto guard = m_store->db().guard();
-    Statement &s = m_store->db().prepare("SELECT object_id1, object_id2, string1, string2, long1, long2 "
+    Statement s = m_store->db().prepare("SELECT object_id1, object_id2, string1, string2, long1, long2 "
                                          "FROM instance_data WHERE instance_id = ? ORDER BY position");
     s.bind(1, instanceId);
     DoxCmdDataArray data;
     while (s.step())
         data.push_back(DoxCmdData{s.integer(0), s.integer(1), s.text(2), s.text(3), s.integer(4), s.integer(5)});
-    s.reset();
     return data;
 }
 

@@ -92,8 +92,21 @@ public:
     std::shared_ptr<IDoxTaskInstance> taskInstance(int instanceId);
 
 private:
+    // The statements of one table of variables; the holder (task or
+    // instance) is bound first.
+    struct VariableHolder {
+        const char *select;
+        const char *insert;
+        const char *list;
+    };
+    static const VariableHolder kTaskVariables;
+    static const VariableHolder kInstanceVariables;
+
     TaskRow requireTask(int taskId);
     InstanceRow requireInstance(int instanceId);
+    std::optional<Variant> variable(const VariableHolder &holder, int holderId, const QString &name);
+    void setVariable(const VariableHolder &holder, int holderId, const QString &name, const Variant &value);
+    std::vector<NamedVariant> variables(const VariableHolder &holder, int holderId);
 
     std::shared_ptr<VaultStore> m_store;
 };

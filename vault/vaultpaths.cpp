@@ -1,5 +1,6 @@
 #include "vault/vaultpaths.h"
 
+#include "base/windowspath.h"
 #include "platform/filesystem.h"
 
 #include <QDir>
@@ -71,8 +72,8 @@ QString VaultPaths::findNative(const QString &relative) const
 
 bool VaultPaths::toRelative(const QString &path, QString &relative) const
 {
-    if (path.size() >= 2 && path[1] == ':' && path[0].isLetter()) {
-        if (path[0].toUpper() != m_letter)
+    if (const QChar drive = WindowsPath::driveLetter(path); !drive.isNull()) {
+        if (drive != m_letter)
             return false;
         return normalise(path.mid(2), relative);
     }

@@ -135,10 +135,9 @@ bool VaultStore::holdsLatest(const QString &native, const QByteArray &bytes)
 QString VaultStore::setting(const QString &key, const QString &fallback)
 {
     const auto guard = m_db.guard();
-    Statement &s = m_db.prepare("SELECT value FROM settings WHERE key = ?");
+    Statement s = m_db.prepare("SELECT value FROM settings WHERE key = ?");
     s.bind(1, key);
     const QString value = s.step() ? s.text(0) : fallback;
-    s.reset();
     return value;
 }
 
@@ -153,24 +152,22 @@ void VaultStore::setSetting(const QString &key, const QString &value)
 std::optional<VaultFolderRow> VaultStore::folderById(int id)
 {
     const auto guard = m_db.guard();
-    Statement &s = m_db.prepare("SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE id = ?");
+    Statement s = m_db.prepare("SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE id = ?");
     s.bind(1, id);
     std::optional<VaultFolderRow> row;
     if (s.step())
         row = VaultFolderRow{s.integer(0), s.integer(1), s.text(2)};
-    s.reset();
     return row;
 }
 
 std::optional<VaultFolderRow> VaultStore::folderByPath(const QString &relative)
 {
     const auto guard = m_db.guard();
-    Statement &s = m_db.prepare("SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE path_key = ?");
+    Statement s = m_db.prepare("SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE path_key = ?");
     s.bind(1, VaultPaths::key(relative));
     std::optional<VaultFolderRow> row;
     if (s.step())
         row = VaultFolderRow{s.integer(0), s.integer(1), s.text(2)};
-    s.reset();
     return row;
 }
 
@@ -199,12 +196,11 @@ int VaultStore::ensureFolder(const QString &relative)
 std::vector<VaultFolderRow> VaultStore::subFolders(int folderId)
 {
     const auto guard = m_db.guard();
-    Statement &s = m_db.prepare("SELECT id, parent_id, path FROM folders WHERE parent_id = ? ORDER BY path_key");
+    Statement s = m_db.prepare("SELECT id, parent_id, path FROM folders WHERE parent_id = ? ORDER BY path_key");
     s.bind(1, folderId);
     std::vector<VaultFolderRow> rows;
     while (s.step())
         rows.push_back({s.integer(0), s.integer(1), s.text(2)});
-    s.reset();
     return rows;
 }
 
@@ -228,12 +224,11 @@ std::optional<VaultFileRow> VaultStore::fileById(int id)
 {
     const auto guard = m_db.guard();
     static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.id = ?";
-    Statement &s = m_db.prepare(sql.constData());
+    Statement s = m_db.prepare(sql.constData());
     s.bind(1, id);
     std::optional<VaultFileRow> row;
     if (s.step())
         row = readFileRow(s);
-    s.reset();
     return row;
 }
 
@@ -241,12 +236,11 @@ std::optional<VaultFileRow> VaultStore::fileByPath(const QString &relative)
 {
     const auto guard = m_db.guard();
     static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.path_key = ?";
-    Statement &s = m_db.prepare(sql.constData());
+    Statement s = m_db.prepare(sql.constData());
     s.bind(1, VaultPaths::key(relative));
     std::optional<VaultFileRow> row;
     if (s.step())
         row = readFileRow(s);
-    s.reset();
     return row;
 }
 
@@ -254,12 +248,11 @@ std::vector<VaultFileRow> VaultStore::filesIn(int folderId)
 {
     const auto guard = m_db.guard();
     static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.folder_id = ? ORDER BY f.path_key";
-    Statement &s = m_db.prepare(sql.constData());
+    Statement s = m_db.prepare(sql.constData());
     s.bind(1, folderId);
     std::vector<VaultFileRow> rows;
     while (s.step())
         rows.push_back(readFileRow(s));
-    s.reset();
     return rows;
 }
 
@@ -289,35 +282,32 @@ void VaultStore::walk(int folderId, const std::function<void(const VaultFolderRo
     const QString high = key.isEmpty() ? QString::fromUcs4(&beyondAll, 1) : key + ']';
     if (folder) {
         folder(*start);
-        Statement &s = m_db.prepare(
+        Statement s = m_db.prepare(
             "SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE path_key > ? AND path_key < ? ORDER BY path_key");
         s.bind(1, low).bind(2, high);
         while (s.step())
             folder(VaultFolderRow{s.integer(0), s.integer(1), s.text(2)});
-        s.reset();
     }
     if (file) {
         static const QByteArray sql =
             QByteArray(fileColumns) + "WHERE f.folder_id IN (SELECT id FROM folders WHERE id = ?1 OR "
                                       "(path_key > ?2 AND path_key < ?3))";
-        Statement &s = m_db.prepare(sql.constData());
+        Statement s = m_db.prepare(sql.constData());
         s.bind(1, folderId).bind(2, low).bind(3, high);
         while (s.step())
             file(readFileRow(s));
-        s.reset();
     }
 }
 
 std::vector<VaultVersionRow> VaultStore::versions(int fileId)
 {
     const auto guard = m_db.guard();
-    Statement &s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.user, v.created "
+    Statement s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.user, v.created "
                                 "FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? ORDER BY v.version");
     s.bind(1, fileId);
     std::vector<VaultVersionRow> rows;
     while (s.step())
         rows.push_back({s.integer(0), s.text(1), s.text(2), s.text(3), s.int64(4), s.text(5), s.text(6), s.text(7)});
-    s.reset();
     return rows;
 }
 
@@ -328,13 +318,12 @@ std::optional<VaultVersionRow> VaultStore::version(int fileId, int version)
     if (!file)
         return std::nullopt;
     const int wanted = version <= 0 ? file->latestVersion : version;
-    Statement &s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.user, v.created "
+    Statement s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.user, v.created "
                                 "FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? AND v.version = ?");
     s.bind(1, fileId).bind(2, wanted);
     std::optional<VaultVersionRow> row;
     if (s.step())
         row = VaultVersionRow{s.integer(0), s.text(1), s.text(2), s.text(3), s.int64(4), s.text(5), s.text(6), s.text(7)};
-    s.reset();
     return row;
 }
 
@@ -361,14 +350,13 @@ QByteArray VaultStore::readVersion(int fileId, int version)
 {
     const auto guard = m_db.guard();
     const VaultFileRow file = requireFile(fileId);
-    Statement &s = m_db.prepare(
+    Statement s = m_db.prepare(
         "SELECT b.data FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? AND v.version = ?");
     s.bind(1, fileId).bind(2, resolveVersion(file, version));
     QByteArray bytes;
     const bool found = s.step();
     if (found)
         bytes = s.blob(0);
-    s.reset();
     if (!found)
         throw HostError(E_INVALIDARG, QStringLiteral("%1 has no version %2").arg(file.path).arg(version));
     return bytes;
@@ -429,9 +417,7 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
                 throw HostError(E_DOX_INVALID_NAME, file.name);
             if (VaultPaths::isReserved(relative))
                 throw HostError(E_DOX_INVALID_NAME, QStringLiteral("%1 is the vault's own data folder").arg(relative));
-            Statement &taken = m_db.prepare("SELECT 1 FROM files WHERE path_key = ?");
-            const bool exists = taken.bind(1, key).step();
-            taken.reset();
+            const bool exists = m_db.prepare("SELECT 1 FROM files WHERE path_key = ?").bind(1, key).step();
             if (exists)
                 throw HostError(E_DOX_NAME_ALREADY_EXISTS, m_paths.toWindows(relative));
             bytes = readLocal(file.source);
@@ -476,6 +462,27 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
     return results;
 }
 
+VaultStore::Update VaultStore::updateFrom(int fileId, const QString &source)
+{
+    const auto guard = m_db.guard();
+    Transaction t(m_db);
+    const VaultFileRow file = requireFile(fileId);
+    const auto bytes = FileSystem::instance().read(source);
+    if (!bytes)
+        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot read %1: no permission, or not a regular file").arg(source));
+    if (contentHash(*bytes) == version(fileId, 0)->hash)
+        return {file.latestVersion, false};
+    checkOut(fileId, file.folderId);
+    const QString local = m_paths.toNative(file.path);
+    // Staged with the transaction: a failed update leaves the old bytes
+    // beside the old version.
+    if (QFileInfo(source).absoluteFilePath() != QFileInfo(local).absoluteFilePath())
+        writeLocal(local, *bytes);
+    const Update update{checkIn(fileId, QString()), true};
+    t.commit();
+    return update;
+}
+
 int VaultStore::checkIn(int fileId, const QString &comment)
 {
     const auto guard = m_db.guard();
@@ -485,9 +492,12 @@ int VaultStore::checkIn(int fileId, const QString &comment)
         throw HostError(E_DOX_FILE_NOT_LOCKED_BY_YOU, m_paths.toWindows(file.path));
     const QByteArray bytes = readLocal(m_paths.toNative(file.path));
     const QString hash = contentHash(bytes);
-    Statement &latest = m_db.prepare("SELECT hash FROM versions WHERE file_id = ? AND version = ?");
-    const QString latestHash = latest.bind(1, fileId).bind(2, file.latestVersion).step() ? latest.text(0) : QString();
-    latest.reset();
+    QString latestHash;
+    {
+        Statement latest = m_db.prepare("SELECT hash FROM versions WHERE file_id = ? AND version = ?");
+        if (latest.bind(1, fileId).bind(2, file.latestVersion).step())
+            latestHash = latest.text(0);
+    }
     int result = file.latestVersion;
     if (file.lock == VaultLock::CheckedOut || latestHash != hash) {
         result = file.latestVersion + 1;
@@ -637,23 +647,21 @@ int VaultStore::defineCardVariable(const QString &name)
 std::optional<int> VaultStore::cardVariableId(const QString &name)
 {
     const auto guard = m_db.guard();
-    Statement &s = m_db.prepare("SELECT id FROM card_variables WHERE name_key = ?");
+    Statement s = m_db.prepare("SELECT id FROM card_variables WHERE name_key = ?");
     s.bind(1, name.toLower());
     std::optional<int> id;
     if (s.step())
         id = s.integer(0);
-    s.reset();
     return id;
 }
 
 QStringList VaultStore::cardVariableNames()
 {
     const auto guard = m_db.guard();
-    Statement &s = m_db.prepare("SELECT name FROM card_variables ORDER BY name_key");
+    Statement s = m_db.prepare("SELECT name FROM card_variables ORDER BY name_key");
     QStringList names;
     while (s.step())
         names.append(s.text(0));
-    s.reset();
     return names;
 }
 
@@ -666,7 +674,7 @@ void VaultStore::setCardValue(int fileId, int version, const QString &variable, 
     const auto variableId = cardVariableId(variable);
     if (!variableId)
         throw HostError(E_DOX_VARIABLE_NOT_FOUND, variable);
-    Statement &s = m_db.prepare("INSERT OR REPLACE INTO card_values "
+    Statement s = m_db.prepare("INSERT OR REPLACE INTO card_values "
                                 "(file_id, version, variable_id, configuration, type, ivalue, rvalue, tvalue) "
                                 "VALUES (?, ?, ?, ?, ?, ?, ?, ?)");
     s.bind(1, fileId).bind(2, resolveVersion(file, version)).bind(3, *variableId).bind(4, configuration);
@@ -680,14 +688,13 @@ std::optional<Variant> VaultStore::cardValue(int fileId, int version, const QStr
 {
     const auto guard = m_db.guard();
     const VaultFileRow file = requireFile(fileId);
-    Statement &s = m_db.prepare("SELECT c.type, c.ivalue, c.rvalue, c.tvalue FROM card_values c "
+    Statement s = m_db.prepare("SELECT c.type, c.ivalue, c.rvalue, c.tvalue FROM card_values c "
                                 "JOIN card_variables n ON n.id = c.variable_id "
                                 "WHERE c.file_id = ? AND c.version = ? AND n.name_key = ? AND c.configuration = ?");
     s.bind(1, fileId).bind(2, resolveVersion(file, version)).bind(3, variable.toLower()).bind(4, configuration);
     std::optional<Variant> value;
     if (s.step())
         value = readVariant(s, 0);
-    s.reset();
     return value;
 }
 
@@ -695,14 +702,13 @@ std::vector<VaultCardValue> VaultStore::cardValues(int fileId, int version)
 {
     const auto guard = m_db.guard();
     const VaultFileRow file = requireFile(fileId);
-    Statement &s = m_db.prepare("SELECT n.name, c.configuration, c.type, c.ivalue, c.rvalue, c.tvalue FROM card_values c "
+    Statement s = m_db.prepare("SELECT n.name, c.configuration, c.type, c.ivalue, c.rvalue, c.tvalue FROM card_values c "
                                 "JOIN card_variables n ON n.id = c.variable_id "
                                 "WHERE c.file_id = ? AND c.version = ? ORDER BY n.name_key, c.configuration");
     s.bind(1, fileId).bind(2, resolveVersion(file, version));
     std::vector<VaultCardValue> values;
     while (s.step())
         values.push_back({s.text(0), s.text(1), readVariant(s, 2)});
-    s.reset();
     return values;
 }
 
@@ -728,13 +734,12 @@ void VaultStore::addReference(int parentId, int childId, const QString &configur
 std::vector<VaultReferenceRow> VaultStore::referencedBy(int childId)
 {
     const auto guard = m_db.guard();
-    Statement &s = m_db.prepare("SELECT parent_id, parent_version, child_id, child_version, configuration FROM refs "
+    Statement s = m_db.prepare("SELECT parent_id, parent_version, child_id, child_version, configuration FROM refs "
                                 "WHERE child_id = ? ORDER BY parent_id, parent_version, configuration");
     s.bind(1, childId);
     std::vector<VaultReferenceRow> rows;
     while (s.step())
         rows.push_back({s.integer(0), s.integer(1), s.integer(2), s.integer(3), s.text(4)});
-    s.reset();
     return rows;
 }
 
@@ -742,12 +747,11 @@ std::vector<VaultReferenceRow> VaultStore::references(int parentId, int parentVe
 {
     const auto guard = m_db.guard();
     const VaultFileRow parent = requireFile(parentId);
-    Statement &s = m_db.prepare("SELECT parent_id, parent_version, child_id, child_version, configuration FROM refs "
+    Statement s = m_db.prepare("SELECT parent_id, parent_version, child_id, child_version, configuration FROM refs "
                                 "WHERE parent_id = ? AND parent_version = ? ORDER BY child_id, configuration");
     s.bind(1, parentId).bind(2, resolveVersion(parent, parentVersion));
     std::vector<VaultReferenceRow> rows;
     while (s.step())
         rows.push_back({s.integer(0), s.integer(1), s.integer(2), s.integer(3), s.text(4)});
-    s.reset();
     return rows;
 }

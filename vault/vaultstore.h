@@ -172,6 +172,15 @@ public:
     int checkIn(int fileId, const QString &comment);
     // E_DOX_FILE_IS_LOCKED when somebody else holds it; no-op when we do.
     void checkOut(int fileId, int folderId);
+    // The bytes of the native file source become the file's next version
+    // only when they differ from its latest version (checked out, copied
+    // into the local view, checked in). The latest version's number, and
+    // whether a version was made. E_DOX_IO_ERROR when source can't be read.
+    struct Update {
+        int version = 0;
+        bool changed = false;
+    };
+    Update updateFrom(int fileId, const QString &source);
     // Releases the lock and restores the local copy of the latest version.
     void undoCheckOut(int fileId);
     // Removes the file, its versions, card values and references, and its

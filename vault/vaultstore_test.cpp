@@ -103,6 +103,23 @@ TEST(VaultStore, CheckInMakesANewVersionOnlyWhenNeeded)
     EXPECT_EQ(codeOf([&] { store.checkIn(added.id, QString()); }), E_DOX_FILE_NOT_LOCKED_BY_YOU);
 }
 
+TEST(VaultStore, AnUpdateMakesAVersionOnlyWhenTheBytesDiffer)
+{
+    TempVault vault;
+    VaultStore &store = *vault.store;
+    const int id = store.addFile(vault.outsideFile("a", "one"), QString(), QStringLiteral("a.txt"), {}).id;
+    const VaultStore::Update same = store.updateFrom(id, vault.outsideFile("b", "one"));
+    EXPECT_FALSE(same.changed);
+    EXPECT_EQ(same.version, 1);
+    const VaultStore::Update other = store.updateFrom(id, vault.outsideFile("c", "two"));
+    EXPECT_TRUE(other.changed);
+    EXPECT_EQ(other.version, 2);
+    EXPECT_EQ(store.readVersion(id, 0), QByteArray("two"));
+    EXPECT_EQ(TempVault::readFile(vault.root() + "/a.txt"), QByteArray("two"));
+    EXPECT_EQ(store.fileById(id)->lock, VaultLock::None);
+    EXPECT_EQ(codeOf([&] { store.updateFrom(id, vault.root() + "/missing"); }), E_DOX_IO_ERROR);
+}
+
 TEST(VaultStore, NewVersionsCarryLabelsCardsAndReferences)
 {
     TempVault vault;
@@ -206,10 +223,9 @@ TEST(VaultStore, UndoCheckOutRestoresAndDeleteRemovesTheLocalCopy)
 
     const int shared = store.addFile(vault.outsideFile("b", "kept"), "F", "b.txt", {}).id;
     auto blobCount = [&store] {
-        Statement &s = store.db().prepare("SELECT COUNT(*) FROM blobs");
+        Statement s = store.db().prepare("SELECT COUNT(*) FROM blobs");
         s.step();
         const int n = s.integer(0);
-        s.reset();
         return n;
     };
     store.checkOut(id, 0);
@@ -273,10 +289,9 @@ TEST(VaultStore, LocalCopiesFollowTheirTransaction)
     EXPECT_FALSE(QFileInfo::exists(vault.root() + "/F/b.txt"));
     EXPECT_FALSE(store.fileByPath("F\\b.txt").has_value());
     EXPECT_TRUE(stagedFiles(vault.root()).isEmpty());
-    Statement &rows = store.db().prepare("SELECT COUNT(*) FROM local_journal");
+    Statement rows = store.db().prepare("SELECT COUNT(*) FROM local_journal");
     ASSERT_TRUE(rows.step());
     EXPECT_EQ(rows.integer(0), 0);
-    rows.reset();
 }
 
 TEST(VaultStore, ReopensWithEverythingInPlace)
@@ -357,10 +372,9 @@ TEST(VaultStore, StoresEqualContentsOnce)
     const int a = store.addFile(vault.outsideFile("a", "same"), "", "a.txt", {}).id;
     const int b = store.addFile(vault.outsideFile("b", "same"), "", "b.txt", {}).id;
     EXPECT_EQ(store.version(a, 1)->hash, store.version(b, 1)->hash);
-    Statement &s = store.db().prepare("SELECT COUNT(*) FROM blobs");
+    Statement s = store.db().prepare("SELECT COUNT(*) FROM blobs");
     ASSERT_TRUE(s.step());
     EXPECT_EQ(s.integer(0), 1);
-    s.reset();
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "cadsim/engine/builtins.h"
 
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
+#include "base/windowspath.h"
 #include "cadsim/engine/fso.h"
 #include "cadsim/engine/interpreter.h"
 #include "cadsim/engine/likematcher.h"
@@ -1326,14 +1327,6 @@ const QHash<QString, Builtin> &table()
     return t;
 }
 
-// ---- Declare targets ----------------------------------------------------------------------
-
-bool isRooted(const QString &p)
-{
-    return (!p.isEmpty() && (p.at(0) == QLatin1Char('\\') || p.at(0) == QLatin1Char('/')))
-           || (p.size() >= 2 && p.at(1) == QLatin1Char(':'));
-}
-
 } // namespace
 
 const QStringList &builtinParameterNames(const QString &lowerName)
@@ -1389,7 +1382,7 @@ ScriptValue callDeclaredFunction(Interpreter &interp, const DeclareProc &declare
         || entry == QLatin1String("shcreatedirectoryex")) {
         // 0 created, 183 already there, 3 path not usable (relative paths are refused).
         const QString win = args.size() > 1 ? args[1].toString() : QString();
-        if (win.isEmpty() || !isRooted(win))
+        if (win.isEmpty() || !WindowsPath::isRooted(win))
             return ScriptValue::fromLong(win.isEmpty() ? 161 : 3);
         const QString native = interp.resolvePath(win);
         const QFileInfo info(native);
@@ -1404,7 +1397,7 @@ ScriptValue callDeclaredFunction(Interpreter &interp, const DeclareProc &declare
     if (entry == QLatin1String("pathisrelativea") || entry == QLatin1String("pathisrelativew")
         || entry == QLatin1String("pathisrelative")) {
         const QString p = args.empty() ? QString() : args[0].toString();
-        return ScriptValue::fromLong(isRooted(p) ? 0 : 1);
+        return ScriptValue::fromLong(WindowsPath::isRooted(p) ? 0 : 1);
     }
     if (entry == QLatin1String("sleep"))
         return {};

@@ -1,4 +1,3 @@
-#include "cadsim/engine/codepage.h"
 #include "cadsim/engine/lexer.h"
 #include "cadsim/engine/likematcher.h"
 #include "cadsim/engine/macroengine.h"
@@ -90,15 +89,6 @@ TEST(LikeTest, ManyStarsStayLinear)
     const QString text(2000, QLatin1Char('a'));
     EXPECT_FALSE(likeMatch(text, QStringLiteral("*a*a*a*a*a*a*a*a*a*a*a*b"), false));
     EXPECT_TRUE(likeMatch(text + QLatin1Char('b'), QStringLiteral("*a*a*a*a*a*a*a*a*a*a*a*b"), false));
-}
-
-TEST(CodePageTest, Windows1252RoundTrip)
-{
-    const QByteArray bytes("\x80 caf\xE9 \x93q\x94", 10);
-    const QString text = decodeWindows1252(bytes);
-    EXPECT_EQ(text, QStringLiteral("\u20AC caf\u00E9 \u201Cq\u201D"));
-    EXPECT_EQ(encodeWindows1252(text), bytes);
-    EXPECT_EQ(encodeWindows1252(QStringLiteral("\u4E2D")), QByteArray("?"));
 }
 
 // ---- lexer and syntax check ---------------------------------------------------------------

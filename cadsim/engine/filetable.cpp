@@ -1,6 +1,6 @@
 #include "cadsim/engine/filetable.h"
 
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
 #include "cadsim/engine/scripterror.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "cadsim/engine/fso.h"
 
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
 #include "cadsim/engine/likematcher.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 //   ' expect-error: <number> line <n>           an unhandled run-time error
 //   ' expect-compile-error: <code> line <n> [column <c>]
 //   ' msgbox-answer: <n>                        what message boxes return (default 1)
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
 #include "cadsim/engine/macroengine.h"
 
 #include <QDir>

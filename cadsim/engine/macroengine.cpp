@@ -1,7 +1,7 @@
 #include "cadsim/engine/macroengine.h"
 
 #include "cadsim/engine/checker.h"
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
 #include "cadsim/engine/interpreter.h"
 #include "cadsim/engine/parser.h"
 

@@ -53,7 +53,7 @@ std::unique_ptr<DocumentSpecification> CadApplication::getOpenDocSpec(const QStr
 {
     auto openRequest = std::make_unique<DocumentSpecification>();
     openRequest->fileName = fileName;
-    const DocumentType type = nativeTypeOfExtension(winpath::extension(fileName));
+    const DocumentType type = nativeTypeOfExtension(WindowsPath::extension(fileName).toLower());
     openRequest->documentType = static_cast<std::int32_t>(type);
     return openRequest;
 }
@@ -110,7 +110,7 @@ ModelDocPtr CadApplication::openNative(const QString &fileName, DocumentType typ
         errors = cad::mcInvalidFileTypeError;
         return nullptr;
     }
-    auto doc = std::make_shared<ModelDoc>(this, *parsed.data, fileName, fileName, winpath::fileName(fileName));
+    auto doc = std::make_shared<ModelDoc>(this, *parsed.data, fileName, fileName, WindowsPath::fileName(fileName));
     if (!configuration.isEmpty())
         doc->showConfiguration(configuration);
     adopt(doc);
@@ -124,7 +124,7 @@ ModelDocPtr CadApplication::loadFile4(const QString &fileName, const QString & /
         activate(open);
         return open;
     }
-    const DocumentType type = importTypeOfExtension(winpath::extension(fileName));
+    const DocumentType type = importTypeOfExtension(WindowsPath::extension(fileName).toLower());
     if (type == DocumentType::None) {
         errors = cad::mcInvalidFileTypeError;
         return nullptr;
@@ -161,7 +161,7 @@ ModelDocPtr CadApplication::loadFile4(const QString &fileName, const QString & /
         }
     }
     // An import has no file of its own until saved: empty path name.
-    auto doc = std::make_shared<ModelDoc>(this, data, QString(), fileName, winpath::baseName(fileName));
+    auto doc = std::make_shared<ModelDoc>(this, data, QString(), fileName, WindowsPath::baseName(fileName));
     adopt(doc);
     return doc;
 }
@@ -184,8 +184,8 @@ ModelDocPtr CadApplication::findDocument(const QString &name) const
         return nullptr;
     for (const ModelDocPtr &doc : m_documents) {
         if (doc->title().compare(name, Qt::CaseInsensitive) == 0
-            || (!doc->pathName().isEmpty() && winpath::samePath(doc->pathName(), name))
-            || winpath::samePath(doc->sourcePath(), name))
+            || (!doc->pathName().isEmpty() && WindowsPath::equals(doc->pathName(), name))
+            || WindowsPath::equals(doc->sourcePath(), name))
             return doc;
     }
     return nullptr;

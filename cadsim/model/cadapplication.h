@@ -4,7 +4,7 @@
 #include "cadsim/model/modeldoc.h"
 #include "cadsim/model/modelfiles.h"
 #include "cadsim/model/preferences.h"
-#include "cadsim/model/windowspath.h"
+#include "base/windowspath.h"
 
 #include <QList>
 #include <QProcessEnvironment>

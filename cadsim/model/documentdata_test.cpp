@@ -1,5 +1,4 @@
 #include "cadsim/model/documentdata.h"
-#include "cadsim/model/windowspath.h"
 
 #include <gtest/gtest.h>
 
@@ -114,33 +113,3 @@ TEST(DocumentData, ExtensionTables)
     EXPECT_FALSE(canExportTo(DocumentType::Part, ""));
 }
 
-TEST(WindowsPath, TakesPathsApart)
-{
-    EXPECT_EQ(winpath::fileName("C:\\a\\b.X"), "b.X");
-    EXPECT_EQ(winpath::fileName("C:b.x"), "b.x");
-    EXPECT_EQ(winpath::folder("C:\\a\\b.x"), "C:\\a\\");
-    EXPECT_EQ(winpath::folder("b.x"), "");
-    EXPECT_EQ(winpath::extension("C:\\a.d\\b.c.X_T"), "x_t");
-    EXPECT_EQ(winpath::extension("C:\\a.d\\noext"), "");
-    EXPECT_EQ(winpath::baseName("C:\\a\\b.c.x"), "b.c");
-    EXPECT_TRUE(winpath::isAbsolute("c:\\x"));
-    EXPECT_TRUE(winpath::isAbsolute("\\\\server\\share"));
-    EXPECT_TRUE(winpath::isAbsolute("/tmp/x"));
-    EXPECT_FALSE(winpath::isAbsolute("C:x"));
-    EXPECT_FALSE(winpath::isAbsolute("sub\\x"));
-    EXPECT_EQ(winpath::join("C:\\a\\", "\\b.x"), "C:\\a\\b.x");
-    EXPECT_EQ(winpath::join("C:\\a", "b.x"), "C:\\a\\b.x");
-    EXPECT_EQ(winpath::join("C:\\a\\", "D:\\b.x"), "D:\\b.x");
-    EXPECT_TRUE(winpath::samePath("C:\\A/b.X", "c:\\a\\B.x"));
-}
-
-TEST(WindowsPath, DriveResolverMapsLettersOnly)
-{
-    const PathResolver resolve = makeDriveResolver({{QChar('c'), "/tmp/cdrive"}, {QChar('V'), "/srv/v/"}});
-    EXPECT_EQ(resolve("C:\\Docs\\a.mcdprt"), "/tmp/cdrive/Docs/a.mcdprt");
-    EXPECT_EQ(resolve("v:\\x"), "/srv/v/x");
-    EXPECT_EQ(resolve("/native/path"), "/native/path");
-    EXPECT_EQ(resolve("Q:\\unmapped"), "");
-    EXPECT_EQ(resolve("relative\\x"), "");
-    EXPECT_EQ(resolve("\\\\server\\share\\x"), "");
-}

@@ -2,7 +2,7 @@
 
 #include "cadsim/model/cadapplication.h"
 #include "cadsim/model/modeldocextension.h"
-#include "cadsim/model/windowspath.h"
+#include "base/windowspath.h"
 
 ModelDoc::ModelDoc(CadApplication *app, DocumentData data, QString pathName, QString sourcePath, QString title)
     : m_app(app),
@@ -68,10 +68,10 @@ std::vector<Component> ModelDoc::components(bool /*topLevelOnly*/) const
     std::vector<Component> result;
     if (type() != DocumentType::Assembly)
         return result;
-    const QString base = winpath::folder(m_pathName.isEmpty() ? m_sourcePath : m_pathName);
+    const QString base = WindowsPath::parent(m_pathName.isEmpty() ? m_sourcePath : m_pathName);
     for (const ComponentEntry &entry : m_data.components) {
-        const QString path = winpath::join(base, entry.path);
-        result.push_back({winpath::baseName(path), path, entry.isVirtual});
+        const QString path = WindowsPath::append(base, entry.path);
+        result.push_back({WindowsPath::baseName(path), path, entry.isVirtual});
     }
     return result;
 }

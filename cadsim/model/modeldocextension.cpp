@@ -7,6 +7,7 @@
 #include "cadsim/model/exportwriter.h"
 #include "cadsim/model/modeldoc.h"
 #include "cadsim/model/printspool.h"
+#include "base/windowspath.h"
 
 namespace {
 
@@ -59,11 +60,11 @@ bool ModelDocExtension::saveAs(const QString &name, std::int32_t version, std::i
         errors = cad::mcGenericSaveError;
         return false;
     }
-    if (winpath::fileName(name).isEmpty()) {
+    if (WindowsPath::fileName(name).isEmpty()) {
         errors = cad::mcFileNameEmpty;
         return false;
     }
-    const QString ext = winpath::extension(name);
+    const QString ext = WindowsPath::extension(name).toLower();
     if (!canExportTo(m_doc.type(), ext)) {
         errors = cad::mcFileSaveAsBadExtension;
         return false;

@@ -1,7 +1,7 @@
 // The conversion and print macro templates, filled in for the sample
 // documents and run by the macro engine against the model.
 
-#include "cadsim/engine/codepage.h"
+#include "base/codepage.h"
 #include "cadsim/engine/interpreter.h"
 #include "cadsim/engine/parser.h"
 #include "cadsim/model/cadconstants.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cadsim/model/windowspath.h"
+#include "base/windowspath.h"
 #include "cadsim/server/macrorunner.h"
 
 #include <memory>

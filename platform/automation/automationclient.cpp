@@ -47,7 +47,7 @@ HRESULT AutomationClient::connectTo(const QString &endpoint, int timeoutMs)
         m_socket.reset();
         return RPC_S_SERVER_UNAVAILABLE;
     }
-    m_reader = wire::FrameReader();
+    m_reader = wire::MessageFrameReader();
     return S_OK;
 }
 

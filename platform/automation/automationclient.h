@@ -2,7 +2,7 @@
 
 #include "host/hresult.h"
 #include "platform/automation/automationvalue.h"
-#include "platform/automation/wireframe.h"
+#include "platform/automation/messageframing.h"
 
 #include <QString>
 
@@ -103,7 +103,7 @@ private:
     bool writeFrame(const QJsonObject &message);
 
     std::unique_ptr<QLocalSocket> m_socket;
-    wire::FrameReader m_reader;
+    wire::MessageFrameReader m_reader;
     AutomationEventSink *m_sink = nullptr;
     int m_defaultTimeoutMs;
     qint64 m_nextId = 1;

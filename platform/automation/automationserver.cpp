@@ -2,7 +2,7 @@
 
 #include "host/hosterror.h"
 #include "platform/automation/automationerrors.h"
-#include "platform/automation/wireframe.h"
+#include "platform/automation/messageframing.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -17,7 +17,7 @@
 struct AutomationServer::Connection
 {
     QLocalSocket *socket = nullptr;
-    wire::FrameReader reader;
+    wire::MessageFrameReader reader;
     std::set<ObjectHandle> advised;
     std::map<qint64, std::shared_ptr<EventWait>> pendingEvents;
 };

@@ -1,5 +1,4 @@
-#include "platform/windowspath.h"
-#include "platform/qtestprint.h"
+#include "base/windowspath.h"
 
 #include <gtest/gtest.h>
 
@@ -74,4 +73,33 @@ TEST(WindowsPathTest, ParentAndBackslashHelpersKeepDriveRoots)
     EXPECT_TRUE(wp::driveLetter("\\\\srv\\x").isNull());
     EXPECT_TRUE(wp::isAbsolute("\\\\srv\\share"));
     EXPECT_FALSE(wp::isAbsolute("\\rooted\\only"));
+}
+
+TEST(WindowsPathTest, DriveRelativeAndRootedPathsAreToldApart)
+{
+    // "C:x" is taken as rooted at its drive.
+    EXPECT_TRUE(wp::isAbsolute("C:x"));
+    EXPECT_EQ(wp::canonicalize("c:x\\..\\y"), "C:\\y");
+    EXPECT_EQ(wp::fileName("C:b.x"), "b.x");
+    EXPECT_EQ(wp::append("C:\\Base", "D:rel"), "D:\\rel");
+    EXPECT_TRUE(wp::isRooted("\\only\\root"));
+    EXPECT_TRUE(wp::isRooted("/native/x"));
+    EXPECT_TRUE(wp::isRooted("\\\\srv\\share"));
+    EXPECT_FALSE(wp::isRooted("sub\\x"));
+    EXPECT_FALSE(wp::isRooted(":x"));
+    EXPECT_TRUE(wp::driveLetter("1:\\x").isNull());
+    EXPECT_EQ(wp::baseName("C:\\a.d\\b.c.X_T"), "b.c");
+    EXPECT_EQ(wp::parent("\\\\srv\\share\\a\\b"), "\\\\srv\\share\\a");
+}
+
+TEST(WindowsPathTest, DriveResolverMapsLettersOnly)
+{
+    const PathResolver resolve = makeDriveResolver({{QChar('c'), "/tmp/cdrive"}, {QChar('V'), "/srv/v/"}});
+    EXPECT_EQ(resolve("C:\\Docs\\a.mcdprt"), "/tmp/cdrive/Docs/a.mcdprt");
+    EXPECT_EQ(resolve("v:/x\\..\\y"), "/srv/v/y");
+    EXPECT_EQ(resolve("V:\\..\\..\\etc"), "/srv/v/etc");
+    EXPECT_EQ(resolve("/native/path"), "/native/path");
+    EXPECT_EQ(resolve("Q:\\unmapped"), "");
+    EXPECT_EQ(resolve("relative\\x"), "");
+    EXPECT_EQ(resolve("\\\\server\\share\\x"), "");
 }

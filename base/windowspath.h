@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
+
+#include <functional>
 
 // Helpers for Windows paths as the host and the macros use them: "\" (or
 // "/") separates, drive letters and names compare case-insensitively.
@@ -8,7 +11,10 @@ namespace WindowsPath {
 
 bool isSeparator(QChar c);
 // "C:\..." or "C:/..." or "C:" (drive-rooted), or "\\server\share..." (UNC).
+// A drive-relative "C:x" counts as rooted at its drive.
 bool isAbsolute(const QString &path);
+// Absolute, or starting at a separator ("\x", or a native "/x").
+bool isRooted(const QString &path);
 // "C" for "c:\x"; a null QChar when there is no drive letter.
 QChar driveLetter(const QString &path);
 
@@ -34,6 +40,8 @@ QString fileName(const QString &path);
 QString extension(const QString &path);
 // The path without the extension and its dot.
 QString removeExtension(const QString &path);
+// The file name without its extension: "C:\a\b.c.x" -> "b.c".
+QString baseName(const QString &path);
 // The path up to (not including) the last "\"; "C:\" for "C:\a".
 QString parent(const QString &path);
 // The path with a "\" at its end (an empty path stays empty).
@@ -42,3 +50,11 @@ QString addBackslash(const QString &path);
 QString removeBackslash(const QString &path);
 
 } // namespace WindowsPath
+
+// Turns a Windows path into a native one; an empty result means the path
+// cannot be reached. The platform's drive map plugs in here.
+using PathResolver = std::function<QString(const QString &windowsPath)>;
+
+// A resolver over a drive-letter table (letter -> native folder), for the
+// stand-in and its tests. Native absolute paths pass through unchanged.
+PathResolver makeDriveResolver(const QHash<QChar, QString> &drives);

@@ -14,7 +14,7 @@ inline constexpr qsizetype kMaxFrameBytes = 64 * 1024 * 1024;
 QByteArray encodeFrame(const QJsonObject &message);
 
 // Collects bytes as they arrive and hands out whole messages.
-class FrameReader final
+class MessageFrameReader final
 {
 public:
     void append(const QByteArray &bytes);

@@ -1,4 +1,4 @@
-#include "platform/codepage.h"
+#include "base/codepage.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -108,9 +108,14 @@ public:
                 if (errno == E2BIG)
                     continue;
                 // Unmappable or broken unit (a lone surrogate half, or a
-                // pair the code page lacks): one "?" per character.
-                out.append('?');
-                const bool pair = inLeft >= 4 && (static_cast<unsigned char>(in[1]) & 0xFC) == 0xD8;
+                // pair the code page lacks): one "?" per character. The five
+                // bytes the decoder keeps as their own value go back as they came.
+                const auto lo = static_cast<unsigned char>(in[0]);
+                const auto hi = static_cast<unsigned char>(in[1]);
+                const bool undefinedByte = hi == 0 && (lo == 0x81 || lo == 0x8D || lo == 0x8F || lo == 0x90 || lo == 0x9D);
+                out.append(undefinedByte ? static_cast<char>(lo) : '?');
+                const bool pair = inLeft >= 4 && (hi & 0xFC) == 0xD8
+                                  && (static_cast<unsigned char>(in[3]) & 0xFC) == 0xDC;
                 const size_t skip = pair ? 4 : 2;
                 in += skip;
                 inLeft -= std::min(inLeft, skip);
@@ -125,13 +130,13 @@ private:
 
 } // namespace
 
-QString fromWindows1252(const QByteArray &bytes)
+QString decodeWindows1252(const QByteArray &bytes)
 {
     thread_local Windows1252Decoder decoder;
     return decoder.decode(bytes);
 }
 
-QByteArray toWindows1252(const QString &text)
+QByteArray encodeWindows1252(const QString &text)
 {
     thread_local Windows1252Encoder encoder;
     return encoder.encode(text);

@@ -7,6 +7,6 @@
 // through the C library's converter.
 
 // A byte the code page leaves undefined keeps its own value.
-QString fromWindows1252(const QByteArray &bytes);
+QString decodeWindows1252(const QByteArray &bytes);
 // Characters the code page lacks become "?", as the Windows conversion writes them.
-QByteArray toWindows1252(const QString &text);
+QByteArray encodeWindows1252(const QString &text);

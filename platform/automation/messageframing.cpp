@@ -1,4 +1,4 @@
-#include "platform/automation/wireframe.h"
+#include "platform/automation/messageframing.h"
 
 #include <QJsonDocument>
 #include <QtEndian>
@@ -14,13 +14,13 @@ QByteArray encodeFrame(const QJsonObject &message)
     return frame;
 }
 
-void FrameReader::append(const QByteArray &bytes)
+void MessageFrameReader::append(const QByteArray &bytes)
 {
     if (!m_broken)
         m_buffer.append(bytes);
 }
 
-std::optional<QJsonObject> FrameReader::next()
+std::optional<QJsonObject> MessageFrameReader::next()
 {
     if (m_broken || m_buffer.size() < 4)
         return std::nullopt;

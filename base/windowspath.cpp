@@ -1,4 +1,4 @@
-#include "platform/windowspath.h"
+#include "base/windowspath.h"
 
 #include <QStringList>
 
@@ -62,6 +62,11 @@ bool isSeparator(QChar c)
 bool isAbsolute(const QString &path)
 {
     return hasDrive(path) || isUnc(path);
+}
+
+bool isRooted(const QString &path)
+{
+    return isAbsolute(path) || (!path.isEmpty() && isSeparator(path.front()));
 }
 
 QChar driveLetter(const QString &path)
@@ -144,6 +149,11 @@ QString removeExtension(const QString &path)
     return path.left(path.size() - (name.size() - dot));
 }
 
+QString baseName(const QString &path)
+{
+    return removeExtension(fileName(path));
+}
+
 QString parent(const QString &path)
 {
     const QString p = removeBackslash(path);
@@ -182,3 +192,24 @@ QString removeBackslash(const QString &path)
 }
 
 } // namespace WindowsPath
+
+PathResolver makeDriveResolver(const QHash<QChar, QString> &drives)
+{
+    QHash<QChar, QString> table;
+    for (auto it = drives.cbegin(); it != drives.cend(); ++it) {
+        QString root = it.value();
+        if (!root.endsWith(QLatin1Char('/')))
+            root += QLatin1Char('/');
+        table.insert(it.key().toUpper(), root);
+    }
+    return [table](const QString &path) -> QString {
+        if (path.startsWith(QLatin1Char('/')))
+            return path;
+        const auto it = table.constFind(WindowsPath::driveLetter(path));
+        if (it == table.constEnd())
+            return QString();
+        QString rest = WindowsPath::canonicalize(path).mid(3);
+        rest.replace(QLatin1Char('\\'), QLatin1Char('/'));
+        return it.value() + rest;
+    };
+}
