@@ -18,10 +18,12 @@ TEST(InstalledProductsTest, AddListReplaceAndRemove)
     const auto products = InstalledProducts::list(store);
     ASSERT_EQ(products.size(), 3u);
     for (const auto &product : products) {
-        if (product.code == "B2")
+        if (product.code == "B2") {
             EXPECT_EQ(product.name, "Mecadra 2013");
-        if (product.code == "C3")
+        }
+        if (product.code == "C3") {
             EXPECT_TRUE(product.name.isEmpty());
+        }
     }
 
     EXPECT_TRUE(InstalledProducts::remove("B2", store));
