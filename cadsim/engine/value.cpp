@@ -125,22 +125,24 @@ ScriptValue ScriptValue::fromLong(std::int32_t i)
     return v;
 }
 
-ScriptValue ScriptValue::fromDouble(double d)
+ScriptValue ScriptValue::ofFloatingType(ValueType type, double d)
 {
     ScriptValue v;
-    v.m_type = ValueType::Double;
+    v.m_type = type;
     v.m_double = d;
     return v;
+}
+
+ScriptValue ScriptValue::fromDouble(double d)
+{
+    return ofFloatingType(ValueType::Double, d);
 }
 
 ScriptValue ScriptValue::fromSingle(double d)
 {
     if (std::isfinite(d) && std::fabs(d) > std::numeric_limits<float>::max())
         throw ScriptError(ErrNo::Overflow);
-    ScriptValue v;
-    v.m_type = ValueType::Single;
-    v.m_double = static_cast<float>(d);
-    return v;
+    return ofFloatingType(ValueType::Single, static_cast<float>(d));
 }
 
 ScriptValue ScriptValue::fromCurrency(std::int64_t scaled)
@@ -155,19 +157,13 @@ ScriptValue ScriptValue::fromDecimal(double d)
 {
     if (!(std::fabs(d) <= 79228162514264337593543950335.0))
         throw ScriptError(ErrNo::Overflow);
-    ScriptValue v;
-    v.m_type = ValueType::Decimal;
     // Fifteen significant digits, so that sums of decimal fractions compare as written (0.1 + 0.2 = 0.3).
-    v.m_double = d == 0 ? 0 : QString::number(d, 'g', 15).toDouble();
-    return v;
+    return ofFloatingType(ValueType::Decimal, d == 0 ? 0 : QString::number(d, 'g', 15).toDouble());
 }
 
 ScriptValue ScriptValue::fromDate(double oleDate)
 {
-    ScriptValue v;
-    v.m_type = ValueType::Date;
-    v.m_double = oleDate;
-    return v;
+    return ofFloatingType(ValueType::Date, oleDate);
 }
 
 ScriptValue ScriptValue::fromString(const QString &s)

@@ -108,6 +108,7 @@ public:
 
 private:
     void release();
+    static ScriptValue ofFloatingType(ValueType type, double d);
 
     static constexpr std::int32_t kMissing = static_cast<std::int32_t>(0x80020004u);
 
