@@ -1615,11 +1615,15 @@ ExprPtr Parser::parseAtom()
     case TokenKind::Number: {
         next();
         auto e = makeExpr(ExprKind::Literal, t.pos);
-        if (t.suffix == QLatin1Char('!'))
-            e->value = ScriptValue::fromSingle(t.number);
-        else if (t.suffix == QLatin1Char('@'))
-            e->value = ScriptValue::fromCurrency(ScriptValue::fromDouble(t.number).toCurrency());
-        else if (t.suffix == QLatin1Char('#') || !t.integerLiteral)
+        if (t.suffix == QLatin1Char('!') || t.suffix == QLatin1Char('@')) {
+            // "1E300!" or a Currency literal past its range does not compile.
+            try {
+                e->value = t.suffix == QLatin1Char('!') ? ScriptValue::fromSingle(t.number)
+                                                        : ScriptValue::fromCurrency(ScriptValue::fromDouble(t.number).toCurrency());
+            } catch (const ScriptError &) {
+                fail(QStringLiteral("Overflow"), t);
+            }
+        } else if (t.suffix == QLatin1Char('#') || !t.integerLiteral)
             e->value = ScriptValue::fromDouble(t.number);
         else if (t.suffix == QLatin1Char('&'))
             e->value = ScriptValue::fromLong(static_cast<std::int32_t>(t.number));
