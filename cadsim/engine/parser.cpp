@@ -1625,6 +1625,8 @@ ExprPtr Parser::parseAtom()
             }
         } else if (t.suffix == QLatin1Char('#') || !t.integerLiteral)
             e->value = ScriptValue::fromDouble(t.number);
+        else if (t.suffix == QLatin1Char('&') && !(t.number >= -2147483648.0 && t.number <= 2147483647.0))
+            fail(QStringLiteral("Overflow"), t);
         else if (t.suffix == QLatin1Char('&'))
             e->value = ScriptValue::fromLong(static_cast<std::int32_t>(t.number));
         else if (std::abs(t.number) > 2147483647.0)
