@@ -68,7 +68,8 @@ ScriptValue fnLen(Interpreter &, Args &a)
 {
     if (a[0].isNull())
         return a[0];
-    return ScriptValue::fromLong(static_cast<std::int32_t>(a[0].toString().size()));
+    // A byte string of three bytes is one character long, as VBA counts whole characters.
+    return ScriptValue::fromLong(static_cast<std::int32_t>(a[0].byteLength() / 2));
 }
 
 ScriptValue fnLeft(Interpreter &, Args &a)
@@ -332,6 +333,7 @@ ScriptValue fnVal(Interpreter &, Args &a)
 ScriptValue fnCInt(Interpreter &, Args &a) { return ScriptValue::fromInteger(a[0].toInteger()); }
 ScriptValue fnCLng(Interpreter &, Args &a) { return ScriptValue::fromLong(a[0].toLong()); }
 ScriptValue fnCDbl(Interpreter &, Args &a) { return ScriptValue::fromDouble(a[0].toDouble()); }
+ScriptValue fnCSng(Interpreter &, Args &a) { return ScriptValue::fromSingle(a[0].toDouble()); }
 ScriptValue fnCBool(Interpreter &, Args &a) { return ScriptValue::fromBool(a[0].toBool()); }
 ScriptValue fnCVar(Interpreter &, Args &a) { return a[0]; }
 ScriptValue fnCByte(Interpreter &, Args &a)
@@ -401,6 +403,12 @@ ScriptValue keepType(const ScriptValue &like, double v)
         return ScriptValue::fromLong(static_cast<std::int32_t>(v));
     case ValueType::Long:
         return ScriptValue::fromLong(static_cast<std::int32_t>(v));
+    case ValueType::Single:
+        return ScriptValue::fromSingle(v);
+    case ValueType::Currency:
+        return ScriptValue::fromCurrency(ScriptValue::fromDouble(v).toCurrency());
+    case ValueType::Decimal:
+        return ScriptValue::fromDecimal(v);
     default:
         return ScriptValue::fromDouble(v);
     }
@@ -428,7 +436,7 @@ ScriptValue fnRound(Interpreter &, Args &a)
         throw ScriptError(ErrNo::InvalidCall);
     const double f = std::pow(10.0, digits);
     const double v = std::nearbyint(a[0].toDouble() * f) / f;
-    return digits == 0 ? keepType(a[0], v) : ScriptValue::fromDouble(v);
+    return keepType(a[0], v);
 }
 ScriptValue fnHex(Interpreter &, Args &a)
 {
@@ -820,7 +828,7 @@ ScriptValue fnWeekdayName(Interpreter &, Args &a)
 
 ScriptValue fnStrConv(Interpreter &, Args &a)
 {
-    const QString t = str(a, 0);
+    const QString t = a[0].isArray() ? QString() : str(a, 0);
     const std::int32_t how = lng(a, 1);
     switch (how) {
     case 1:
@@ -838,25 +846,18 @@ ScriptValue fnStrConv(Interpreter &, Args &a)
         }
         return s(out);
     }
-    case 128: {
-        // Unicode to the 8-bit code page, two bytes to a character.
-        const QByteArray bytes = encodeWindows1252(t);
-        QString packed;
-        for (qsizetype i = 0; i < bytes.size(); i += 2) {
-            const auto lo = static_cast<unsigned char>(bytes.at(i));
-            const auto hi = i + 1 < bytes.size() ? static_cast<unsigned char>(bytes.at(i + 1)) : 0u;
-            packed += QChar(static_cast<char16_t>(lo | (hi << 8)));
-        }
-        return s(packed);
-    }
+    case 128:
+        // Unicode to the 8-bit code page: a byte string, as long in bytes as the text in characters.
+        return ScriptValue::fromBytes(encodeWindows1252(t));
     case 64: {
+        // The bytes of the string, or of a Byte array, read as 8-bit code page text.
         QByteArray bytes;
-        for (const QChar c : t) {
-            bytes += static_cast<char>(c.unicode() & 0xFF);
-            bytes += static_cast<char>(c.unicode() >> 8);
+        if (a[0].isArray()) {
+            for (const ScriptValue &item : a[0].array()->items)
+                bytes += static_cast<char>(item.toLong() & 0xFF);
+        } else {
+            bytes = a[0].toBytes();
         }
-        if (bytes.endsWith('\0'))
-            bytes.chop(1); // an odd byte count was padded
         return s(decodeWindows1252(bytes));
     }
     default:
@@ -885,7 +886,7 @@ ScriptValue fnLenB(Interpreter &, Args &a)
 {
     if (a[0].isNull())
         return a[0];
-    return ScriptValue::fromLong(static_cast<std::int32_t>(a[0].toString().size() * 2));
+    return ScriptValue::fromLong(static_cast<std::int32_t>(a[0].byteLength()));
 }
 
 ScriptValue fnChoose(Interpreter &, Args &a)
@@ -947,13 +948,7 @@ ScriptValue fnRandomize(Interpreter &in, Args &a)
 }
 
 // Currency keeps four decimals, rounded half to even as VBA's conversions do.
-ScriptValue fnCCur(Interpreter &, Args &a)
-{
-    const double v = a[0].toDouble();
-    if (std::fabs(v) > 922337203685477.5807)
-        throw ScriptError(ErrNo::Overflow);
-    return ScriptValue::fromDouble(std::nearbyint(v * 10000.0) / 10000.0);
-}
+ScriptValue fnCCur(Interpreter &, Args &a) { return ScriptValue::fromCurrency(a[0].toCurrency()); }
 
 ScriptValue fnCDec(Interpreter &, Args &a)
 {
@@ -961,9 +956,9 @@ ScriptValue fnCDec(Interpreter &, Args &a)
         double d = 0;
         if (!parseVbNumber(a[0].toString(), &d))
             throw ScriptError(ErrNo::TypeMismatch);
-        return ScriptValue::fromDouble(d);
+        return ScriptValue::fromDecimal(d);
     }
-    return ScriptValue::fromDouble(a[0].toDouble());
+    return ScriptValue::fromDecimal(a[0].toDouble());
 }
 
 ScriptValue formatStyled(Args &a, NumberStyle style)
@@ -1232,7 +1227,7 @@ const QHash<QString, Builtin> &table()
         {QStringLiteral("clnglng"), {fnCDbl, 1, 1}},
         {QStringLiteral("clngptr"), {fnCLng, 1, 1}},
         {QStringLiteral("cdbl"), {fnCDbl, 1, 1}},
-        {QStringLiteral("csng"), {fnCDbl, 1, 1}},
+        {QStringLiteral("csng"), {fnCSng, 1, 1}},
         {QStringLiteral("cbool"), {fnCBool, 1, 1}},
         {QStringLiteral("cstr"), {fnCStr, 1, 1}},
         {QStringLiteral("cvar"), {fnCVar, 1, 1}},

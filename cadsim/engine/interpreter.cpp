@@ -118,9 +118,11 @@ ScriptValue Interpreter::initialValue(DeclType type) const
     case DeclType::Long:
         return ScriptValue::fromLong(0);
     case DeclType::Double:
-    case DeclType::Single:
-    case DeclType::Currency:
         return ScriptValue::fromDouble(0);
+    case DeclType::Single:
+        return ScriptValue::fromSingle(0);
+    case DeclType::Currency:
+        return ScriptValue::fromCurrency(0);
     case DeclType::String:
         return ScriptValue::fromString(QString());
     case DeclType::Boolean:
@@ -204,9 +206,11 @@ ScriptValue Interpreter::coerce(const ScriptValue &value, DeclType type, bool is
     case DeclType::Long:
         return ScriptValue::fromLong(v.toLong());
     case DeclType::Double:
-    case DeclType::Single:
-    case DeclType::Currency:
         return ScriptValue::fromDouble(v.toDouble());
+    case DeclType::Single:
+        return ScriptValue::fromSingle(v.toDouble());
+    case DeclType::Currency:
+        return ScriptValue::fromCurrency(v.toCurrency());
     case DeclType::String:
         return ScriptValue::fromString(v.toString());
     case DeclType::Boolean:

@@ -3,24 +3,34 @@
 #include "cadsim/engine/likematcher.h"
 #include "cadsim/engine/scriptobject.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace cadsim {
 
 namespace {
 
-// 0 Integer, 1 Long, 2 Double, 3 Date
+// Result types of arithmetic, least precise first; Date is above all of them.
+enum Rank { kInteger, kLong, kSingle, kDouble, kCurrency, kDecimal, kDate };
+
 int numericRank(const ScriptValue &v)
 {
     switch (v.type()) {
     case ValueType::Empty:
     case ValueType::Boolean:
     case ValueType::Integer:
-        return 0;
+        return kInteger;
     case ValueType::Long:
-        return 1;
+        return kLong;
+    case ValueType::Single:
+        return kSingle;
+    case ValueType::Currency:
+        return kCurrency;
+    case ValueType::Decimal:
+        return kDecimal;
     case ValueType::Date:
-        return 3;
+        return kDate;
     case ValueType::Null:
         throw ScriptError(94);
     case ValueType::Object:
@@ -28,21 +38,61 @@ int numericRank(const ScriptValue &v)
     case ValueType::Error:
         throw ScriptError(ErrNo::TypeMismatch);
     default:
-        return 2;
+        return kDouble;
     }
+}
+
+// Single with Long makes Double, as VBA widens them.
+int resultRank(const ScriptValue &a, const ScriptValue &b)
+{
+    const int x = a.isString() ? kDouble : numericRank(a);
+    const int y = b.isString() ? kDouble : numericRank(b);
+    if ((x == kSingle && y == kLong) || (x == kLong && y == kSingle))
+        return kDouble;
+    return std::max(x, y);
 }
 
 ScriptValue numberOfRank(double v, int rank)
 {
-    if (rank == 3)
+    if (rank == kDate)
         return ScriptValue::fromDate(v);
     if (std::isnan(v) || std::isinf(v))
         throw ScriptError(ErrNo::Overflow);
-    if (rank == 0 && v >= -32768 && v <= 32767)
+    if (rank == kInteger && v >= -32768 && v <= 32767)
         return ScriptValue::fromInteger(static_cast<std::int16_t>(v));
-    if (rank <= 1 && v >= -2147483648.0 && v <= 2147483647.0)
+    if (rank <= kLong && v >= -2147483648.0 && v <= 2147483647.0)
         return ScriptValue::fromLong(static_cast<std::int32_t>(v));
+    if (rank == kSingle)
+        return ScriptValue::fromSingle(v);
+    if (rank == kDecimal)
+        return ScriptValue::fromDecimal(v);
+    if (rank == kCurrency)
+        return ScriptValue::fromCurrency(ScriptValue::fromDouble(v).toCurrency());
     return ScriptValue::fromDouble(v);
+}
+
+// Currency sums and products are exact in ten-thousandths; products round half to even.
+ScriptValue currencyArithmetic(Op op, std::int64_t x, std::int64_t y)
+{
+    std::int64_t r = 0;
+    bool overflow = false;
+    if (op == Op::Add) {
+        overflow = __builtin_add_overflow(x, y, &r);
+    } else if (op == Op::Sub) {
+        overflow = __builtin_sub_overflow(x, y, &r);
+    } else {
+        const __int128 product = static_cast<__int128>(x) * y;
+        __int128 q = product / 10000;
+        const __int128 rest = product % 10000;
+        const __int128 twice = (rest < 0 ? -rest : rest) * 2;
+        if (twice > 10000 || (twice == 10000 && (q & 1) != 0))
+            q += product < 0 ? -1 : 1;
+        overflow = q > std::numeric_limits<std::int64_t>::max() || q < std::numeric_limits<std::int64_t>::min();
+        r = static_cast<std::int64_t>(q);
+    }
+    if (overflow)
+        throw ScriptError(ErrNo::Overflow);
+    return ScriptValue::fromCurrency(r);
 }
 
 ScriptValue objectValue(const ScriptValue &v)
@@ -78,7 +128,7 @@ ScriptValue bitwise(Op op, const ScriptValue &a, const ScriptValue &b)
     case Op::Eqv: r = ~(x ^ y); break;
     default: r = ~x | y; break;
     }
-    const bool small = numericRank(a) == 0 && numericRank(b) == 0;
+    const bool small = numericRank(a) == kInteger && numericRank(b) == kInteger;
     return small ? ScriptValue::fromInteger(static_cast<std::int16_t>(r)) : ScriptValue::fromLong(r);
 }
 
@@ -129,7 +179,9 @@ ScriptValue applyUnary(Op op, const ScriptValue &aIn)
         const int rank = numericRank(a);
         if (a.type() == ValueType::Boolean)
             return ScriptValue::fromInteger(static_cast<std::int16_t>(-a.toLong()));
-        return numberOfRank(-a.toDouble(), rank == 0 ? (a.toDouble() == -32768 ? 1 : 0) : rank);
+        if (rank == kCurrency)
+            return currencyArithmetic(Op::Sub, 0, a.toCurrency());
+        return numberOfRank(-a.toDouble(), rank == kInteger ? (a.toDouble() == -32768 ? kLong : kInteger) : rank);
     }
     // Not
     if (a.type() == ValueType::Boolean)
@@ -140,7 +192,7 @@ ScriptValue applyUnary(Op op, const ScriptValue &aIn)
             return ScriptValue::fromBool(!a.toBool());
         return ScriptValue::fromLong(~a.toLong());
     }
-    if (numericRank(a) == 0)
+    if (numericRank(a) == kInteger)
         return ScriptValue::fromInteger(static_cast<std::int16_t>(~a.toInteger()));
     return ScriptValue::fromLong(~a.toLong());
 }
@@ -196,21 +248,26 @@ ScriptValue applyBinary(Op op, const ScriptValue &aIn, const ScriptValue &bIn, b
             throw ScriptError(14);
         return ScriptValue::fromString(a.toString() + b.toString());
     }
+    int rank = resultRank(a, b);
+    if (rank == kCurrency && (op == Op::Add || op == Op::Sub || op == Op::Mul))
+        return currencyArithmetic(op, a.toCurrency(), b.toCurrency());
     const double x = a.toDouble();
     const double y = b.toDouble();
-    int rank = std::max(a.isString() ? 2 : numericRank(a), b.isString() ? 2 : numericRank(b));
     switch (op) {
     case Op::Add:
         return numberOfRank(x + y, rank);
     case Op::Sub:
         if (a.type() == ValueType::Date && b.type() == ValueType::Date)
-            rank = 2;
+            rank = kDouble;
         return numberOfRank(x - y, rank);
     case Op::Mul:
-        return numberOfRank(x * y, rank == 3 ? 2 : rank);
+        return numberOfRank(x * y, rank == kDate ? kDouble : rank);
     case Op::Div:
         if (y == 0)
             throw ScriptError(x == 0 ? ErrNo::Overflow : ErrNo::DivisionByZero);
+        // A quotient is a Double, except of Decimals and of two Singles or smaller.
+        if (rank == kDecimal || rank == kSingle)
+            return numberOfRank(x / y, rank);
         return ScriptValue::fromDouble(x / y);
     case Op::Pow: {
         const double r = std::pow(x, y);
@@ -226,7 +283,7 @@ ScriptValue applyBinary(Op op, const ScriptValue &aIn, const ScriptValue &bIn, b
             throw ScriptError(ErrNo::DivisionByZero);
         const double v = op == Op::IntDiv ? static_cast<double>(static_cast<std::int64_t>(l) / r)
                                           : static_cast<double>(static_cast<std::int64_t>(l) % r);
-        return numberOfRank(v, std::min(rank == 3 ? 1 : rank, 1) == 0 && rank == 0 ? 0 : 1);
+        return numberOfRank(v, rank == kInteger ? kInteger : kLong);
     }
     default:
         break;

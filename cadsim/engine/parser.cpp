@@ -278,6 +278,9 @@ void Parser::parseModuleDeclaration(Module &module)
         return;
     }
     if (first.isWord("attribute")) {
+        // An exported module names itself: Attribute VB_Name = "Module1" makes "Module1." a qualifier.
+        if (peek(1).isWord("vb_name") && peek(2).isOp("=") && peek(3).is(TokenKind::String))
+            m_moduleName = peek(3).text.toLower();
         while (!atEndOfStatement())
             next();
         expectEndOfStatement();
@@ -498,7 +501,7 @@ bool Parser::isQualifier(const QString &lower) const
         QStringLiteral("vbcalltype"), QStringLiteral("vbappwinstyle"), QStringLiteral("vbdatetimeformat"),
         QStringLiteral("mcmacro1"),
     };
-    return libraries.contains(lower) || m_enumNames.contains(lower);
+    return libraries.contains(lower) || m_enumNames.contains(lower) || (!m_moduleName.isEmpty() && lower == m_moduleName);
 }
 
 VarDecl Parser::parseVarDecl(bool redim)
@@ -774,6 +777,14 @@ StmtPtr Parser::parseStatement()
         return parseSelect();
     if (w == QLatin1String("with"))
         return parseWith();
+    return parseLineStatement();
+}
+
+// Statements that hold no block: off the path that nested blocks recurse on.
+StmtPtr Parser::parseLineStatement()
+{
+    const Token &t = peek();
+    const QString &w = t.lower;
     if (w == QLatin1String("on"))
         return parseOnError();
     if (w == QLatin1String("open"))
@@ -1420,10 +1431,10 @@ constexpr int kMaxNesting = 600;
 
 } // namespace
 
-Parser::NestingGuard::NestingGuard(Parser &p) : m_parser(p)
+void Parser::enterNesting()
 {
-    if (++m_parser.m_nesting > kMaxNesting)
-        m_parser.fail(QStringLiteral("Expression too complex"));
+    if (++m_nesting > kMaxNesting)
+        fail(QStringLiteral("Expression too complex"));
 }
 
 ExprPtr Parser::parseExpression()
@@ -1464,16 +1475,41 @@ const std::vector<Level> &levels()
 constexpr int kNotLevel = 5;
 constexpr int kNegLevel = 12;
 
+// The level of a binary operator at or above minLevel, or -1.
+int binaryOperatorAt(const Token &t, int minLevel, Op *op)
+{
+    if (!t.is(TokenKind::Identifier) && !t.is(TokenKind::Operator))
+        return -1;
+    const auto &table = levels();
+    for (int l = static_cast<int>(table.size()) - 1; l >= minLevel; --l) {
+        for (const auto &[text, o] : table[l].ops) {
+            if (t.is(TokenKind::Identifier) ? t.lower == QLatin1String(text) : t.text == QLatin1String(text)) {
+                *op = o;
+                return l;
+            }
+        }
+    }
+    return -1;
+}
+
+[[gnu::noinline]] ExprPtr makeBinary(Op op, SourcePos pos, ExprPtr left, ExprPtr right)
+{
+    auto bin = makeExpr(ExprKind::Binary, pos);
+    bin->op = op;
+    bin->left = std::move(left);
+    bin->right = std::move(right);
+    return bin;
+}
+
 } // namespace
 
-ExprPtr Parser::parseBinary(int level)
+// Precedence climbing: one call per operand and one per operator taken, whatever the number of
+// levels, so a parenthesis costs a few frames rather than one per level. The functions on this
+// path keep their frames small (the rest is in helpers that are not inlined): the sanitizer
+// build's frames are several times larger.
+ExprPtr Parser::parseBinary(int minLevel)
 {
-    const auto &table = levels();
-    if (level >= static_cast<int>(table.size()))
-        return parsePostfix();
-    if (level == kNotLevel || level == kNegLevel)
-        return parseUnary(level);
-    ExprPtr left = parseBinary(level + 1);
+    ExprPtr left = parseOperand(minLevel);
     // "a + b + c": each operator makes the left side one level deeper.
     struct Chain {
         Parser &parser;
@@ -1481,55 +1517,37 @@ ExprPtr Parser::parseBinary(int level)
         ~Chain() { parser.m_nesting -= length; }
     } chain{*this};
     for (;;) {
-        const Token &t = peek();
-        bool found = false;
         Op op = Op::Add;
-        for (const auto &[text, o] : table[level].ops) {
-            const bool match = (t.is(TokenKind::Identifier) && t.lower == QLatin1String(text))
-                               || (t.is(TokenKind::Operator) && t.text == QLatin1String(text));
-            if (match) {
-                found = true;
-                op = o;
-                break;
-            }
-        }
-        if (!found)
+        const int level = binaryOperatorAt(peek(), minLevel, &op);
+        if (level < 0)
             return left;
         ++chain.length;
-        if (++m_nesting > kMaxNesting)
-            fail(QStringLiteral("Expression too complex"));
-        next();
-        auto bin = makeExpr(ExprKind::Binary, t.pos);
-        bin->op = op;
-        bin->left = std::move(left);
+        enterNesting();
+        const SourcePos pos = next().pos;
         // "2 ^ -52": a sign may follow the power operator.
-        bin->right = op == Op::Pow && (peek().isOp("-") || peek().isOp("+")) ? parseUnary(kNegLevel) : parseBinary(level + 1);
-        left = std::move(bin);
+        ExprPtr right = op == Op::Pow && (peek().isOp("-") || peek().isOp("+")) ? parseOperand(kNegLevel) : parseBinary(level + 1);
+        left = makeBinary(op, pos, std::move(left), std::move(right));
     }
 }
 
-ExprPtr Parser::parseUnary(int level)
+// An operand with its prefix operators: Not binds looser than comparisons ("Not a = b" is
+// "Not (a = b)"), a sign tighter than everything but "^".
+ExprPtr Parser::parseOperand(int minLevel)
 {
-    NestingGuard guard(*this);
     const Token &t = peek();
-    if (level == kNotLevel && t.isWord("not")) {
-        next();
-        auto e = makeExpr(ExprKind::Unary, t.pos);
-        e->op = Op::Not;
-        e->left = parseUnary(level);
-        return e;
-    }
-    if (level == kNegLevel && (t.isOp("-") || t.isOp("+"))) {
-        next();
-        ExprPtr operand = parseUnary(level);
-        if (t.isOp("+"))
-            return operand;
-        auto e = makeExpr(ExprKind::Unary, t.pos);
-        e->op = Op::Neg;
-        e->left = std::move(operand);
-        return e;
-    }
-    return parseBinary(level + 1);
+    const bool isNot = minLevel <= kNotLevel && t.isWord("not");
+    const bool isSign = minLevel <= kNegLevel && (t.isOp("-") || t.isOp("+"));
+    if (!isNot && !isSign)
+        return parsePostfix();
+    NestingGuard guard(*this);
+    next();
+    ExprPtr operand = parseBinary(isNot ? kNotLevel : kNegLevel);
+    if (t.isOp("+"))
+        return operand;
+    auto e = makeExpr(ExprKind::Unary, t.pos);
+    e->op = isNot ? Op::Not : Op::Neg;
+    e->left = std::move(operand);
+    return e;
 }
 
 Arg Parser::parseArg()
@@ -1574,13 +1592,41 @@ std::vector<Arg> Parser::parseArgList()
 
 ExprPtr Parser::parsePrimary()
 {
+    if (!peek().isOp("("))
+        return parseAtom();
+    const SourcePos pos = next().pos;
+    NestingGuard guard(*this);
+    ExprPtr inner = parseBinary(0);
+    expectOp(")");
+    return makeParen(pos, std::move(inner));
+}
+
+ExprPtr Parser::makeParen(SourcePos pos, ExprPtr inner)
+{
+    auto e = makeExpr(ExprKind::Paren, pos);
+    e->left = std::move(inner);
+    return e;
+}
+
+ExprPtr Parser::parseAtom()
+{
     const Token &t = peek();
     switch (t.kind) {
     case TokenKind::Number: {
         next();
         auto e = makeExpr(ExprKind::Literal, t.pos);
-        if (t.suffix == QLatin1Char('#') || t.suffix == QLatin1Char('!') || !t.integerLiteral)
+        if (t.suffix == QLatin1Char('!') || t.suffix == QLatin1Char('@')) {
+            // "1E300!" or a Currency literal past its range does not compile.
+            try {
+                e->value = t.suffix == QLatin1Char('!') ? ScriptValue::fromSingle(t.number)
+                                                        : ScriptValue::fromCurrency(ScriptValue::fromDouble(t.number).toCurrency());
+            } catch (const ScriptError &) {
+                fail(QStringLiteral("Overflow"), t);
+            }
+        } else if (t.suffix == QLatin1Char('#') || !t.integerLiteral)
             e->value = ScriptValue::fromDouble(t.number);
+        else if (t.suffix == QLatin1Char('&') && !(t.number >= -2147483648.0 && t.number <= 2147483647.0))
+            fail(QStringLiteral("Overflow"), t);
         else if (t.suffix == QLatin1Char('&'))
             e->value = ScriptValue::fromLong(static_cast<std::int32_t>(t.number));
         else if (std::abs(t.number) > 2147483647.0)
@@ -1681,7 +1727,8 @@ ExprPtr Parser::parsePrimary()
             next();
             auto e = makeExpr(ExprKind::Unary, t.pos);
             e->op = Op::Not;
-            e->left = parseUnary(kNotLevel);
+            NestingGuard guard(*this);
+            e->left = parseBinary(kNotLevel);
             return e;
         }
         if (reservedWords().contains(t.lower))
@@ -1693,13 +1740,6 @@ ExprPtr Parser::parsePrimary()
         return e;
     }
     case TokenKind::Operator:
-        if (t.isOp("(")) {
-            next();
-            auto e = makeExpr(ExprKind::Paren, t.pos);
-            e->left = parseExpression();
-            expectOp(")");
-            return e;
-        }
         if (t.isOp(".")) {
             // .Member inside a With block
             next();
@@ -1720,7 +1760,11 @@ ExprPtr Parser::parsePrimary()
 
 ExprPtr Parser::parsePostfix()
 {
-    ExprPtr e = parsePrimary();
+    return parseSuffixes(parsePrimary());
+}
+
+ExprPtr Parser::parseSuffixes(ExprPtr e)
+{
     for (;;) {
         const Token &t = peek();
         if (t.isOp(".") && !t.spaceBefore) {

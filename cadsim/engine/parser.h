@@ -56,6 +56,7 @@ private:
     Block parseBlock(const std::vector<const char *> &stops);
     bool isStop(const std::vector<const char *> &stops) const;
     StmtPtr parseStatement();
+    [[gnu::noinline]] StmtPtr parseLineStatement();
     StmtPtr parseIf();
     StmtPtr parseFor();
     void parseNext(const Token &opener, const QString &variable);
@@ -71,15 +72,19 @@ private:
     ExprPtr parseFileNumber();
 
     ExprPtr parseExpression();
-    ExprPtr parseBinary(int level);
-    ExprPtr parseUnary(int level);
+    ExprPtr parseBinary(int minLevel);
+    ExprPtr parseOperand(int minLevel);
     ExprPtr parsePostfix();
+    [[gnu::noinline]] ExprPtr parseSuffixes(ExprPtr e);
     ExprPtr parsePrimary();
+    [[gnu::noinline]] ExprPtr parseAtom();
+    [[gnu::noinline]] static ExprPtr makeParen(SourcePos pos, ExprPtr inner);
     std::vector<Arg> parseArgList(); // after "(" up to and including ")"
     Arg parseArg();
     bool startsExpression() const;
+    [[gnu::noinline]] void enterNesting(); // raises "Expression too complex" past the limit
     struct NestingGuard {
-        explicit NestingGuard(Parser &p);
+        explicit NestingGuard(Parser &p) : m_parser(p) { p.enterNesting(); }
         ~NestingGuard() { --m_parser.m_nesting; }
         Parser &m_parser;
     };
@@ -94,6 +99,7 @@ private:
     Procedure *m_procedure = nullptr;
     QSet<QString> m_typeNames; // user-defined types declared so far, lower case
     QSet<QString> m_enumNames;
+    QString m_moduleName; // from Attribute VB_Name, lower case
 };
 
 } // namespace cadsim

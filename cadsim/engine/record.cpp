@@ -12,8 +12,12 @@ ScriptValue converted(const ScriptValue &value, const ScriptValue &current)
         return ScriptValue::fromInteger(value.toInteger());
     case ValueType::Long:
         return ScriptValue::fromLong(value.toLong());
+    case ValueType::Single:
+        return ScriptValue::fromSingle(value.toDouble());
     case ValueType::Double:
         return ScriptValue::fromDouble(value.toDouble());
+    case ValueType::Currency:
+        return ScriptValue::fromCurrency(value.toCurrency());
     case ValueType::Date:
         return ScriptValue::fromDate(value.toDouble());
     case ValueType::String:

@@ -6,8 +6,10 @@
 #include <QDate>
 #include <QStringList>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string>
 
 namespace cadsim {
 
@@ -123,20 +125,45 @@ ScriptValue ScriptValue::fromLong(std::int32_t i)
     return v;
 }
 
-ScriptValue ScriptValue::fromDouble(double d)
+ScriptValue ScriptValue::ofFloatingType(ValueType type, double d)
 {
     ScriptValue v;
-    v.m_type = ValueType::Double;
+    v.m_type = type;
     v.m_double = d;
     return v;
 }
 
-ScriptValue ScriptValue::fromDate(double oleDate)
+ScriptValue ScriptValue::fromDouble(double d)
+{
+    return ofFloatingType(ValueType::Double, d);
+}
+
+ScriptValue ScriptValue::fromSingle(double d)
+{
+    if (std::isfinite(d) && std::fabs(d) > std::numeric_limits<float>::max())
+        throw ScriptError(ErrNo::Overflow);
+    return ofFloatingType(ValueType::Single, static_cast<float>(d));
+}
+
+ScriptValue ScriptValue::fromCurrency(std::int64_t scaled)
 {
     ScriptValue v;
-    v.m_type = ValueType::Date;
-    v.m_double = oleDate;
+    v.m_type = ValueType::Currency;
+    v.m_currency = scaled;
     return v;
+}
+
+ScriptValue ScriptValue::fromDecimal(double d)
+{
+    if (!(std::fabs(d) <= 79228162514264337593543950335.0))
+        throw ScriptError(ErrNo::Overflow);
+    // Fifteen significant digits, so that sums of decimal fractions compare as written (0.1 + 0.2 = 0.3).
+    return ofFloatingType(ValueType::Decimal, d == 0 ? 0 : QString::number(d, 'g', 15).toDouble());
+}
+
+ScriptValue ScriptValue::fromDate(double oleDate)
+{
+    return ofFloatingType(ValueType::Date, oleDate);
 }
 
 ScriptValue ScriptValue::fromString(const QString &s)
@@ -145,6 +172,37 @@ ScriptValue ScriptValue::fromString(const QString &s)
     v.m_type = ValueType::String;
     v.m_string = s;
     return v;
+}
+
+ScriptValue ScriptValue::fromBytes(const QByteArray &bytes)
+{
+    std::u16string units(static_cast<std::size_t>(bytes.size() / 2 + bytes.size() % 2), u'\0');
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        const auto byte = static_cast<unsigned>(static_cast<unsigned char>(bytes.at(i)));
+        units[static_cast<std::size_t>(i / 2)] |= static_cast<char16_t>(i % 2 ? byte << 8 : byte);
+    }
+    ScriptValue v = fromString(QString::fromStdU16String(units));
+    v.m_int = static_cast<std::int32_t>(bytes.size() % 2);
+    return v;
+}
+
+QByteArray ScriptValue::toBytes() const
+{
+    const QString text = toString();
+    QByteArray bytes;
+    bytes.reserve(text.size() * 2);
+    for (const QChar c : text) {
+        bytes += static_cast<char>(c.unicode() & 0xFF);
+        bytes += static_cast<char>(c.unicode() >> 8);
+    }
+    if (m_type == ValueType::String && m_int == 1)
+        bytes.chop(1);
+    return bytes;
+}
+
+qsizetype ScriptValue::byteLength() const
+{
+    return toString().size() * 2 - (m_type == ValueType::String && m_int == 1 ? 1 : 0);
 }
 
 ScriptValue ScriptValue::fromObject(std::shared_ptr<ScriptObject> o)
@@ -208,7 +266,10 @@ bool ScriptValue::isNumeric() const
     case ValueType::Empty:
     case ValueType::Integer:
     case ValueType::Long:
+    case ValueType::Single:
     case ValueType::Double:
+    case ValueType::Currency:
+    case ValueType::Decimal:
     case ValueType::Boolean:
     case ValueType::Date:
         return true;
@@ -226,7 +287,11 @@ bool ScriptValue::toBool() const
     case ValueType::Integer:
     case ValueType::Long:
         return m_int != 0;
+    case ValueType::Currency:
+        return m_currency != 0;
+    case ValueType::Single:
     case ValueType::Double:
+    case ValueType::Decimal:
     case ValueType::Date:
         return m_double != 0;
     case ValueType::String: {
@@ -255,7 +320,11 @@ double ScriptValue::toDouble() const
     case ValueType::Integer:
     case ValueType::Long:
         return m_int;
+    case ValueType::Currency:
+        return static_cast<double>(m_currency) / 10000.0;
+    case ValueType::Single:
     case ValueType::Double:
+    case ValueType::Decimal:
     case ValueType::Date:
         return m_double;
     case ValueType::String: {
@@ -285,11 +354,27 @@ std::int32_t ScriptValue::toLong() const
     return static_cast<std::int32_t>(d);
 }
 
+std::int64_t ScriptValue::toCurrency() const
+{
+    if (m_type == ValueType::Currency)
+        return m_currency;
+    if (m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean)
+        return static_cast<std::int64_t>(m_int) * 10000;
+    double whole = 0;
+    double fraction = toDouble();
+    fraction = std::modf(fraction, &whole);
+    const double scaled = whole * 10000.0 + roundHalfEven(fraction * 10000.0);
+    if (!(scaled >= -9223372036854775808.0 && scaled < 9223372036854775808.0))
+        throw ScriptError(ErrNo::Overflow);
+    return static_cast<std::int64_t>(scaled);
+}
+
 std::int16_t ScriptValue::toInteger() const
 {
-    const double d = m_type == ValueType::Double || m_type == ValueType::Date || m_type == ValueType::String
-                         ? roundHalfEven(toDouble())
-                         : static_cast<double>(toLong());
+    const double d = m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean
+                             || m_type == ValueType::Empty
+                         ? static_cast<double>(toLong())
+                         : roundHalfEven(toDouble());
     if (!(d >= -32768.0 && d <= 32767.0))
         throw ScriptError(ErrNo::Overflow);
     return static_cast<std::int16_t>(d);
@@ -305,10 +390,35 @@ QString ScriptValue::toString() const
     case ValueType::Integer:
     case ValueType::Long:
         return QString::number(m_int);
+    case ValueType::Currency: {
+        // Exact: the integer part, then the ten-thousandths without trailing zeros.
+        const std::uint64_t magnitude = m_currency < 0 ? 0 - static_cast<std::uint64_t>(m_currency) : static_cast<std::uint64_t>(m_currency);
+        QString s = QString::number(magnitude / 10000);
+        QString decimals = QStringLiteral("%1").arg(magnitude % 10000, 4, 10, QLatin1Char('0'));
+        while (decimals.endsWith(QLatin1Char('0')))
+            decimals.chop(1);
+        if (!decimals.isEmpty())
+            s += QLatin1Char('.') + decimals;
+        return m_currency < 0 ? QLatin1Char('-') + s : s;
+    }
+    case ValueType::Decimal: {
+        // Never an exponent: fifteen significant digits in plain notation, up to 28 decimals.
+        const int magnitude = m_double == 0 ? 0 : static_cast<int>(std::floor(std::log10(std::fabs(m_double))));
+        QString s = QString::number(m_double, 'f', std::clamp(14 - magnitude, 0, 28));
+        if (s.contains(QLatin1Char('.'))) {
+            while (s.endsWith(QLatin1Char('0')))
+                s.chop(1);
+            if (s.endsWith(QLatin1Char('.')))
+                s.chop(1);
+        }
+        return s == QLatin1String("-0") ? QStringLiteral("0") : s;
+    }
+    case ValueType::Single:
     case ValueType::Double: {
         if (m_double == std::trunc(m_double) && std::fabs(m_double) < 1e15)
             return QString::number(static_cast<qint64>(m_double));
-        QString s = QString::number(m_double, 'g', 15);
+        // Single shows seven significant digits, Double fifteen.
+        QString s = QString::number(m_double, 'g', m_type == ValueType::Single ? 7 : 15);
         const int e = s.indexOf(QLatin1Char('e'));
         if (e >= 0) {
             // VBA writes exponents as E+15 / E-05.
@@ -418,7 +528,10 @@ QString ScriptValue::typeName() const
     case ValueType::Null: return QStringLiteral("Null");
     case ValueType::Integer: return QStringLiteral("Integer");
     case ValueType::Long: return QStringLiteral("Long");
+    case ValueType::Single: return QStringLiteral("Single");
     case ValueType::Double: return QStringLiteral("Double");
+    case ValueType::Currency: return QStringLiteral("Currency");
+    case ValueType::Decimal: return QStringLiteral("Decimal");
     case ValueType::Date: return QStringLiteral("Date");
     case ValueType::String: return QStringLiteral("String");
     case ValueType::Object: return m_object ? m_object->typeName() : QStringLiteral("Nothing");

@@ -19,12 +19,15 @@ enum class ValueType {
     Null = 1,
     Integer = 2, // 16-bit
     Long = 3,    // 32-bit
+    Single = 4,  // held at float precision
     Double = 5,
+    Currency = 6, // a 64-bit integer of ten-thousandths
     Date = 7,    // days since 30 Dec 1899, fraction = time of day
     String = 8,
     Object = 9,  // a null object is Nothing
     Error = 10,
     Boolean = 11,
+    Decimal = 14, // held as a Double: about 15 significant digits, not 28
     Record = 36, // a value of a user-defined type
     Array = 8192,
 };
@@ -49,8 +52,14 @@ public:
     static ScriptValue fromInteger(std::int16_t v);
     static ScriptValue fromLong(std::int32_t v);
     static ScriptValue fromDouble(double v);
+    static ScriptValue fromSingle(double v); // rounds to float precision, raises 6 out of range
+    // Ten-thousandths: fromCurrency(12345) is 1.2345.
+    static ScriptValue fromCurrency(std::int64_t scaled);
+    static ScriptValue fromDecimal(double v); // raises 6 past Decimal's range
     static ScriptValue fromDate(double oleDate);
     static ScriptValue fromString(const QString &v);
+    // A byte string (StrConv's vbFromUnicode): two bytes to a character; an odd count is kept.
+    static ScriptValue fromBytes(const QByteArray &bytes);
     static ScriptValue fromObject(std::shared_ptr<ScriptObject> v);
     static ScriptValue fromArray(std::shared_ptr<ScriptArray> v);
     static ScriptValue fromError(std::int32_t code);
@@ -69,7 +78,7 @@ public:
     bool isNothing() const { return m_type == ValueType::Object && !m_object; }
     bool isArray() const { return m_type == ValueType::Array; }
     bool isString() const { return m_type == ValueType::String; }
-    bool isNumeric() const; // Integer, Long, Double, Boolean, Date or Empty
+    bool isNumeric() const; // a number, Boolean, Date or Empty
     bool isMissing() const { return m_type == ValueType::Error && m_int == kMissing; }
     bool isRecord() const { return m_type == ValueType::Record; }
 
@@ -78,7 +87,12 @@ public:
     std::int16_t toInteger() const;
     std::int32_t toLong() const;
     double toDouble() const;
+    // Currency's ten-thousandths, rounded half to even; raises 6 past Currency's range.
+    std::int64_t toCurrency() const;
     QString toString() const;
+    // The bytes of a string as the text holds them (UTF-16LE), an odd count as made by fromBytes.
+    QByteArray toBytes() const;
+    qsizetype byteLength() const; // of a string: LenB
     std::shared_ptr<ScriptObject> toObject() const; // raises 424 unless an object (or Nothing)
     const std::shared_ptr<ScriptObject> &object() const { return m_object; }
     const std::shared_ptr<ScriptArray> &array() const { return m_array; }
@@ -94,12 +108,16 @@ public:
 
 private:
     void release();
+    static ScriptValue ofFloatingType(ValueType type, double d);
 
     static constexpr std::int32_t kMissing = static_cast<std::int32_t>(0x80020004u);
 
     ValueType m_type = ValueType::Empty;
-    std::int32_t m_int = 0; // Boolean (-1/0), Integer, Long, Error
-    double m_double = 0;    // Double, Date
+    std::int32_t m_int = 0; // Boolean (-1/0), Integer, Long, Error; String: 1 for an odd byte count
+    union {
+        double m_double = 0;     // Single, Double, Decimal, Date
+        std::int64_t m_currency; // Currency
+    };
     QString m_string;
     std::shared_ptr<ScriptObject> m_object;
     std::shared_ptr<ScriptArray> m_array;
