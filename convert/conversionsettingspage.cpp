@@ -77,7 +77,10 @@ HostWindow CConversionSettingsPageDlg::create(HostWindow parent)
     helper->addControl(3, m_ui->templateTabs);
     helper->addControl(4, m_ui->referencesGroup);
 
-    QObject::connect(m_ui->formatList, &QComboBox::activated, m_window, [this](int index) { selectFormatEntry(index); });
+    QObject::connect(m_ui->formatList, &QComboBox::currentIndexChanged, m_window, [this](int index) {
+        if (!m_showing)
+            selectFormatEntry(index);
+    });
     QObject::connect(m_ui->conversionOptionsButton, &QPushButton::clicked, m_window,
                      [this] { showConversionOptions(); });
     showValues();

@@ -118,9 +118,14 @@ HostWindow CFileCardPageDlg::create(HostWindow parent)
         const auto items = m_ui->mappingList->selectedItems();
         selectRow(items.isEmpty() ? -1 : m_ui->mappingList->indexOfTopLevelItem(items.first()));
     });
-    QObject::connect(m_ui->sourceList, &QComboBox::activated, m_window, [this](int index) { chooseSource(index); });
-    QObject::connect(m_ui->destinationList, &QComboBox::activated, m_window,
-                     [this](int index) { chooseDestination(index); });
+    QObject::connect(m_ui->sourceList, &QComboBox::currentIndexChanged, m_window, [this](int index) {
+        if (!m_showing)
+            chooseSource(index);
+    });
+    QObject::connect(m_ui->destinationList, &QComboBox::currentIndexChanged, m_window, [this](int index) {
+        if (!m_showing)
+            chooseDestination(index);
+    });
     QObject::connect(m_ui->freeTextEdit, &QLineEdit::textEdited, m_window,
                      [this](const QString &typed) { setFreeText(typed); });
 
