@@ -8,6 +8,7 @@
 #include "host/testing/faketask.h"
 #include "host/testing/fakevault.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QMenu>
@@ -100,7 +101,7 @@ TEST(PathExampleTest, SamplesTheTemplateAndKeepsPathsInsideTheVaultRelative)
     window->findChild<QMenu *>("primaryPlaceholderButtonMenu")->actions().at(4)->trigger();
     EXPECT_EQ(primary->text(), "<VaultPath><Path>\\<Filename>_<Extension>_<Configuration>");
     EXPECT_EQ(secondary->text(), "<VaultPath>\\Copies");
-    EXPECT_TRUE(window->findChild<QLabel *>("secondaryExampleLabel")->text().endsWith(": V:\\Demo\\Copies.pdf"));
+    EXPECT_EQ(window->findChild<QLabel *>("secondaryExampleLabel")->text(), "Example: V:\\Demo\\Copies.pdf");
 }
 
 TEST(OutputFileDetailsTest, StoredValuesShowAndAFailingKeyKeepsTheRestAtTheirDefaults)
