@@ -46,7 +46,7 @@ bool save(QWidget &widget, const QDir &folder, const QString &name)
 bool savePage(QWidget *page, const QDir &folder, const QString &name)
 {
     page->setParent(nullptr);
-    page->resize(std::max(page->sizeHint().width(), 560), page->sizeHint().height());
+    page->resize(std::max(page->sizeHint().width(), 720), page->sizeHint().height());
     const bool ok = save(*page, folder, name);
     page->hide();
     return ok;

@@ -68,13 +68,13 @@ void PathTemplateEditor::refresh()
         return;
     m_refreshing = true;
     const QString text = m_edit->text();
-    const QString extension = m_extension ? m_extension() : QString();
-    m_example->setText(m_exampleWord + QStringLiteral(": ") + examplePath(text, m_vaultRoot, m_today, extension));
     // Typing or pasting a path inside the vault keeps a vault-relative template.
     const QString relative = withVaultPathPlaceholder(text, m_vaultRoot);
     if (relative != text) {
         m_edit->setText(relative);
         m_edit->moveCursor(QTextCursor::End);
     }
+    const QString extension = m_extension ? m_extension() : QString();
+    m_example->setText(m_exampleWord + QStringLiteral(": ") + examplePath(relative, m_vaultRoot, m_today, extension));
     m_refreshing = false;
 }
