@@ -329,24 +329,9 @@ void CConvOpDlg::buildControl(const ConvOpKey &key, QWidget *page, QFormLayout *
     }
 }
 
+// Members to controls: check boxes, combos, radios and what they enable.
 void CConvOpDlg::showValues()
 {
-    if (!m_window)
-        return;
-    m_showing = true;
-    for (const ConvOpKey &key : m_info.keys) {
-        const std::int32_t member = value(QString::fromLatin1(key.key));
-        const ConvOpControl &c = key.control;
-        if (c.kind == ConvOpControl::Check) {
-            if (auto *box = m_window->findChild<QCheckBox *>(controlName(key, -1)))
-                box->setChecked(member != 0);
-        } else if (c.kind == ConvOpControl::Combo) {
-            // A value without an entry leaves the list without a selection.
-            if (auto *list = m_window->findChild<QComboBox *>(controlName(key, -1)))
-                list->setCurrentIndex(list->findData(member));
-        }
-    }
-    m_showing = false;
     UpdateControlStates();
 }
 
@@ -361,6 +346,14 @@ void CConvOpDlg::UpdateControlStates()
         bool enabled = true;
         for (const auto &[other, wanted] : key.enabledWhen)
             enabled = enabled && value(QString::fromLatin1(other)) == wanted;
+        if (c.kind == ConvOpControl::Check) {
+            if (auto *box = m_window->findChild<QCheckBox *>(controlName(key, -1)))
+                box->setChecked(member != 0);
+        } else if (c.kind == ConvOpControl::Combo) {
+            // A value without an entry leaves the list without a selection.
+            if (auto *list = m_window->findChild<QComboBox *>(controlName(key, -1)))
+                list->setCurrentIndex(list->findData(member));
+        }
         if (c.kind == ConvOpControl::Radios || c.kind == ConvOpControl::Geometry) {
             auto *first = m_window->findChild<QRadioButton *>(controlName(key, 0));
             auto *second = m_window->findChild<QRadioButton *>(controlName(key, 1));
