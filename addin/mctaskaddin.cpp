@@ -152,6 +152,7 @@ HRESULT CMcTaskAddIn::onSetup(DoxCmd &cmd, const std::shared_ptr<IDoxVault> &vau
     releasePages();
     PageContext context;
     context.vault = vault;
+    context.properties = props;
     context.taskType = m_taskType;
     PageFactory &factory = *m_services.pages;
 
@@ -166,6 +167,7 @@ HRESULT CMcTaskAddIn::onSetup(DoxCmd &cmd, const std::shared_ptr<IDoxVault> &vau
         } else if (entry.id == PageId::ConversionSettings) {
             m_conversionPage = factory.createConversionSettingsPage(context);
             page = m_conversionPage.get();
+            context.conversionPage = m_conversionPage.get();
         } else {
             std::unique_ptr<TaskPage> &slot = pageSlot(entry.id);
             slot = factory.createPage(entry.id, context);

@@ -66,6 +66,7 @@ public:
     MOCK_METHOD(HRESULT, load, (IDoxVariables &), (override));
     MOCK_METHOD(HRESULT, save, (IDoxVariables &), (override));
     MOCK_METHOD(bool, hasLaunchPrompt, (), (const, override));
+    MOCK_METHOD(QString, currentExtension, (), (const, override));
 };
 
 // Hands out pre-made pages and remembers which were asked for.

@@ -53,11 +53,16 @@ class ConversionSettingsPage : public TaskPage
 public:
     // In launch mode: whether the page has anything to ask the user.
     virtual bool hasLaunchPrompt() const = 0;
+    // The extension of the chosen format, for the example lines of paths.
+    virtual QString currentExtension() const = 0;
 };
 
 // What a page needs to be built.
 struct PageContext {
     std::shared_ptr<IDoxVault> vault;
+    // The host's task of a set-up; the host holds it, and it holds the pages.
+    std::weak_ptr<IDoxTaskProperties> properties;
+    ConversionSettingsPage *conversionPage = nullptr; // the set-up's, for the pages after it
     std::int32_t taskType = 3;
     bool launchMode = false;                    // conversion settings shown at launch
     std::shared_ptr<IDoxTaskInstance> instance; // details page

@@ -126,6 +126,7 @@ public:
     HRESULT SetSetupPages(const std::vector<SetupPage> &) override { return S_OK; }
     HRESULT GetDeclaredVariables(QStringList &) override { return S_OK; }
     HRESULT DeclareVariable(const QString &) override { return S_OK; }
+    HRESULT GetTaskName(QString &) override { return S_OK; }
 };
 
 TEST(HolderReader, AcceptsTaskPropertiesAndRejectsOtherObjects)

@@ -5,6 +5,11 @@
 #include "app/vaultbrowser.h"
 #include "common/widgets/placeholderedit.h"
 #include "common/widgets/vlistctrl.h"
+#include "convert/advancedconvopdlg.h"
+#include "convert/conversionsettingspage.h"
+#include "convert/filecardpagedlg.h"
+#include "convert/outputfiledetailspagedlg.h"
+#include "host/testing/fakevault.h"
 #include "host/testing/faketask.h"
 #include "run/taskdetailspage.h"
 #include "script/scriptpagedlg.h"
@@ -116,6 +121,74 @@ bool saveLaunchWindows(const QDir &folder)
         page->resize(1300, 260);
         ok &= save(*page, folder, QStringLiteral("task-details-printed"));
         page->hide();
+
+// A page of its own, at the size the set-up dialog gives its pages.
+bool savePage(QWidget *page, const QDir &folder, const QString &name)
+{
+    page->setParent(nullptr);
+    page->resize(std::max(page->sizeHint().width(), 720), page->sizeHint().height());
+    const bool ok = save(*page, folder, name);
+    page->hide();
+    return ok;
+}
+
+// The pages of a convert task: set-up, launch, and the format option dialogs.
+bool saveConvertPages(const QDir &folder)
+{
+    bool ok = true;
+    auto vault = std::make_shared<FakeVault>(QStringLiteral("Demo"), QStringLiteral("V:\\Demo"));
+    vault->cardVariables = {QStringLiteral("Description"), QStringLiteral("Number"), QStringLiteral("Title")};
+    auto props = std::make_shared<FakeTaskProperties>();
+    props->taskName = QStringLiteral("To STEP");
+    props->set(QStringLiteral("FileFormat"), Variant::fromBStr(QStringLiteral("STEP (*.step)")));
+    props->set(QStringLiteral("FileCardData"),
+               Variant::fromBStr(QStringLiteral("Description;8;Exported by the task\nTitle;1;\nNumber;100;Number\n")));
+    PageContext context;
+    context.vault = vault;
+    context.properties = props;
+    context.taskType = 1;
+
+    CConversionSettingsPageDlg settings(context, english);
+    settings.create(nullptr);
+    settings.load(*props);
+    ok &= savePage(settings.window(), folder, QStringLiteral("conversion-settings-setup"));
+    settings.window()->findChild<QTabWidget *>(QStringLiteral("templateTabs"))->setCurrentIndex(1);
+    ok &= savePage(settings.window(), folder, QStringLiteral("conversion-settings-setup-sheets"));
+    context.conversionPage = &settings;
+
+    CFileCardPageDlg card(context, english);
+    card.create(nullptr);
+    card.load(*props);
+    card.selectRow(0);
+    ok &= savePage(card.window(), folder, QStringLiteral("file-card"));
+
+    COutputFileDetailsPageDlg details(context, english);
+    details.create(nullptr);
+    details.load(*props);
+    ok &= savePage(details.window(), folder, QStringLiteral("output-file-details"));
+
+    // At launch: the administrator left the format and the sheets open.
+    FakeTaskInstance launch;
+    launch.set(QStringLiteral("FileFormat"), Variant::fromBStr(QStringLiteral("<Prompt the user>")));
+    launch.set(QStringLiteral("OutputPath"), Variant::fromBStr(QStringLiteral("<VaultPath>\\PDF\\<Filename>")));
+    launch.set(QStringLiteral("SourceRefs"), Variant::fromI4(2));
+    launch.set(QStringLiteral("OutputConfs"), Variant::fromI4(2));
+    launch.set(QStringLiteral("FileConfs"), Variant::fromI4(4));
+    PageContext launchContext = context;
+    launchContext.launchMode = true;
+    CConversionSettingsPageDlg atLaunch(launchContext, english);
+    atLaunch.create(nullptr);
+    atLaunch.load(launch);
+    ok &= savePage(atLaunch.window(), folder, QStringLiteral("conversion-settings-launch"));
+
+    for (const auto &[index, name] : {std::pair{4, "Adobe PDF (*.pdf)"}, {9, "Glimpse (*.gprt; *.gasm; *.glmp)"},
+                                      {22, "VRML (*.wrl)"}, {2, "ACIS (*.sat)"}, {15, "Parasolid (*.x_t)"},
+                                      {12, "IGES (*.igs)"}, {17, "STEP (*.step)"}, {18, "STL (*.stl)"},
+                                      {19, "TIF (*.tif)"}}) {
+        CAdvancedConvOpDlg dialog(*props, index, QString::fromLatin1(name), nullptr, true, english);
+        ok &= save(dialog, folder,
+                   QStringLiteral("conversion-options-") + QString::fromLatin1(name).section(QLatin1Char(' '), 0, 0).toLower());
+        dialog.hide();
     }
     return ok;
 }
@@ -211,5 +284,7 @@ int main(int argc, char **argv)
         ok &= save(widgets, folder, QStringLiteral("shared-widgets"));
     }
     ok &= saveLaunchWindows(folder);
+
+    ok &= saveConvertPages(folder);
     return ok ? 0 : 1;
 }

@@ -6,12 +6,17 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QJsonArray>
+#include <QTreeWidget>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QLabel>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QJsonObject>
@@ -294,6 +299,115 @@ TEST_F(SetupGuiTest, ALaunchWithoutFilesAsksForThemThroughTheVaultBrowsers)
     EXPECT_EQ(command("task", "details", {"--vault", m_vault, QString::number(instance), "--gui"}, err), 0)
         << err.toStdString();
     EXPECT_TRUE(shown);
+}
+
+void selectText(QComboBox *list, const QString &text)
+{
+    ASSERT_NE(list, nullptr);
+    const int index = list->findText(text);
+    ASSERT_GE(index, 0) << text.toStdString();
+    list->setCurrentIndex(index);
+}
+
+TEST_F(SetupGuiTest, ALaunchWithAPromptedFormatShowsTheConversionSettingsAndStoresTheChoice)
+{
+    ASSERT_EQ(program({"task", "create", "--vault", m_vault, "Convert", "--kind", "convert"}).status, 0);
+    ASSERT_EQ(program({"vault", "add", "--vault", m_vault, QStringLiteral(MCTASK_SAMPLES "/bracket.mcdprt"), "--to",
+                       "Parts"})
+                  .status,
+              0);
+    bool acted = false;
+    soonOn("taskLaunchDialog", [&](QDialog &dialog) {
+        EXPECT_EQ(dialog.windowTitle(), "Conversion Settings");
+        auto *formats = dialog.findChild<QComboBox *>("formatList");
+        ASSERT_NE(formats, nullptr);
+        EXPECT_TRUE(formats->isVisible());
+        EXPECT_EQ(formats->findText("<Prompt the user>"), -1);
+        EXPECT_EQ(formats->currentText(), "Scene Markup (*.scnxml)");
+        auto *options = dialog.findChild<QPushButton *>("conversionOptionsButton");
+        EXPECT_FALSE(options->isEnabled());
+        selectText(formats, "STEP (*.step)");
+        EXPECT_TRUE(options->isEnabled());
+        // The administrator left the path open; the example follows the format.
+        auto *example = dialog.findChild<QLabel *>("exampleLabel");
+        EXPECT_TRUE(example->isVisible());
+        EXPECT_TRUE(example->text().endsWith("_mcdprt_Default.step")) << example->text().toStdString();
+        EXPECT_FALSE(dialog.findChild<QCheckBox *>("allowReferencesCheck")->isVisible());
+        acted = true;
+        dialog.findChild<QDialogButtonBox *>("buttons")->button(QDialogButtonBox::Ok)->click();
+    });
+    QString err;
+    const int status =
+        command("task", "launch", {"--vault", m_vault, "Convert", "V:\\Parts\\bracket.mcdprt", "--gui"}, err);
+    EXPECT_TRUE(acted);
+    ASSERT_EQ(status, 0) << err.toStdString();
+    EXPECT_EQ(tasks()->instanceValue(1, "FileFormat")->toText(), "STEP (*.step)");
+    EXPECT_TRUE(tasks()->instanceValue(1, "__selection_list")->toText().contains("bracket.mcdprt"));
+    // The task keeps what the administrator stored.
+    EXPECT_EQ(tasks()->taskVariable(tasks()->findTask("Convert")->id, "FileFormat")->toText(), "<Prompt the user>");
+}
+
+TEST_F(SetupGuiTest, AStepTaskSetUpThroughThePagesFillsTheCardsOfItsOutputs)
+{
+    const ProgramSetting standIn = ProgramSetting(m_home.path()).offscreen();
+    ASSERT_EQ(runProgram(MCSIM_PROGRAM, {"/regserver"}, standIn).status, 0);
+    ASSERT_EQ(program({"task", "create", "--vault", m_vault, "To STEP", "--kind", "convert"}).status, 0);
+    ASSERT_EQ(program({"vault", "add", "--vault", m_vault, QStringLiteral(MCTASK_SAMPLES "/bracket.mcdprt"), "--to",
+                       "Parts"})
+                  .status,
+              0);
+    ASSERT_EQ(program({"vault", "card", "--vault", m_vault, "V:\\Parts\\bracket.mcdprt", "Description=", "Title="})
+                  .status,
+              0);
+
+    soonOn("taskSetupDialog", [&](QDialog &dialog) {
+        auto *pages = dialog.findChild<QListWidget *>("pageList");
+        pages->setCurrentRow(1);
+        selectText(dialog.findChild<QComboBox *>("formatList"), "STEP (*.step)");
+        // Only one configuration: the part's last active one.
+        dialog.findChild<QWidget *>("ConfsTemplateDlg")->findChild<QRadioButton *>("lastActiveRadio")->click();
+
+        pages->setCurrentRow(2);
+        auto *add = dialog.findChild<QPushButton *>("addButton");
+        auto *sources = dialog.findChild<QComboBox *>("sourceList");
+        auto *destinations = dialog.findChild<QComboBox *>("destinationList");
+        auto *freeText = dialog.findChild<QLineEdit *>("freeTextEdit");
+        add->click();
+        selectText(destinations, "Description");
+        EXPECT_TRUE(freeText->isEnabled());
+        QTest::keyClicks(freeText, "Exported by the task");
+        auto *rows = dialog.findChild<QTreeWidget *>("mappingList");
+        EXPECT_EQ(rows->topLevelItem(0)->text(0), "Exported by the task");
+        add->click();
+        selectText(sources, "Source File Name");
+        EXPECT_FALSE(freeText->isEnabled());
+        selectText(destinations, "Title");
+        dialog.findChild<QDialogButtonBox *>("buttons")->button(QDialogButtonBox::Ok)->click();
+    });
+    QString err;
+    ASSERT_EQ(command("task", "setup", {"--vault", m_vault, "To STEP", "--gui"}, err), 0) << err.toStdString();
+    const int taskId = tasks()->findTask("To STEP")->id;
+    EXPECT_EQ(tasks()->taskVariable(taskId, "FileCardData")->toText(),
+              "Description;8;Exported by the task\nTitle;1;\n");
+
+    const ProgramRun launched = program({"task", "launch", "--vault", m_vault, "To STEP", "V:\\Parts\\bracket.mcdprt"});
+    ASSERT_EQ(launched.status, 0) << launched.err.toStdString();
+    const ProgramSetting task = ProgramSetting(m_home.path()).offscreen().withVault(m_vault);
+    const ProgramRun ran = runProgram(MCTASK_PROGRAM, {"task", "run", launched.lastLine(), "--json"}, task);
+    ASSERT_EQ(ran.status, 0) << ran.out.toStdString() << ran.err.toStdString();
+
+    const ProgramRun listed = runProgram(MCTASK_PROGRAM, {"vault", "ls", "V:\\Parts", "--json"}, task);
+    QStringList outputs;
+    for (const QJsonValue &row : listed.json().array())
+        if (row.toObject()["path"].toString().endsWith(".step"))
+            outputs << row.toObject()["path"].toString();
+    ASSERT_EQ(outputs.size(), 1) << listed.out.toStdString();
+    const ProgramRun shown = runProgram(MCTASK_PROGRAM, {"vault", "show", outputs[0], "--json"}, task);
+    QStringList card;
+    for (const QJsonValue &v : shown.json().object()["card"].toArray())
+        card << v.toObject()["variable"].toString() + '=' + v.toObject()["value"].toString();
+    EXPECT_TRUE(card.contains("Description=Exported by the task")) << card.join(',').toStdString();
+    EXPECT_TRUE(card.contains("Title=V:\\Parts\\bracket.mcdprt")) << card.join(',').toStdString();
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "convert/conversionsettings.h"
 
 #include "addin/tasksettings.h"
+#include "convert/convoptions.h"
 #include "host/hostcall.h"
 #include "host/hosterror.h"
 #include "host/idoxtask.h"
@@ -54,6 +55,44 @@ std::optional<std::int32_t> optionalInt(IDoxVariables &holder, const QString &ke
 }
 
 } // namespace
+
+QString formatExtension(const OutputFormatEntry &format)
+{
+    if (format.index == 0)
+        return QStringLiteral(".pdf");
+    const qsizetype star = format.text.indexOf(QLatin1Char('*'));
+    if (star < 0)
+        return {};
+    qsizetype end = format.text.indexOf(QLatin1Char(';'), star);
+    if (end < 0)
+        end = format.text.indexOf(QLatin1Char(')'), star);
+    return format.text.mid(star + 1, end < 0 ? -1 : end - star - 1);
+}
+
+QString examplePath(const QString &pathTemplate, const QString &vaultRoot, const QString &today,
+                    const QString &extension)
+{
+    static const std::pair<const char *, const char *> samples[] = {
+        {"<Filename>", "Part"},     {"<Extension>", "mcdprt"}, {"<Configuration>", "Default"},
+        {"<Revision>", "A1"},       {"<Version>", "1"},        {"<WorkflowState>", "Approved"},
+    };
+    QString example = pathTemplate;
+    example.replace(QLatin1String("<Path>"), vaultRoot, Qt::CaseInsensitive);
+    example.replace(QLatin1String("<VaultPath>"), vaultRoot, Qt::CaseInsensitive);
+    for (const auto &[placeholder, sample] : samples)
+        example.replace(QLatin1String(placeholder), QLatin1String(sample), Qt::CaseInsensitive);
+    example.replace(QLatin1String("<Today>"), today, Qt::CaseInsensitive);
+    if (!pathTemplate.isEmpty())
+        example += extension;
+    return example;
+}
+
+QString withVaultPathPlaceholder(const QString &pathTemplate, const QString &vaultRoot)
+{
+    if (vaultRoot.isEmpty() || !pathTemplate.startsWith(vaultRoot, Qt::CaseInsensitive))
+        return pathTemplate;
+    return QStringLiteral("<VaultPath>") + pathTemplate.mid(vaultRoot.size());
+}
 
 QStringList conversionSettingKeys()
 {
@@ -220,6 +259,9 @@ QStringList ConversionSettingsValues::openKeys() const
 HRESULT ConversionSettingsValues::save(IDoxVariables &holder) const
 {
     using namespace ConversionBits;
+    // Every option placeholder of the macro gets a value, whatever format is chosen.
+    if (const HRESULT hr = storeAllFormatOptions(holder); failed(hr))
+        return hr;
     VariableSaver saver(holder);
     saver.text(ConversionKeys::FileFormat, selectedFormat().text);
     saver.integer(ConversionKeys::SourceRefs,

@@ -36,6 +36,21 @@ struct OutputFormatEntry {
     QString text;
 };
 
+// The extension an example line ends in: for the prompt ".pdf", otherwise
+// the entry text from after its first "*" up to its first ";" or ")".
+QString formatExtension(const OutputFormatEntry &format);
+
+// The output path template with the placeholders replaced by sample values
+// (a part "Part" in the vault's root, configuration "Default", revision
+// "A1", version 1, state "Approved"); the extension follows a non-empty text.
+QString examplePath(const QString &pathTemplate, const QString &vaultRoot, const QString &today,
+                    const QString &extension);
+
+// An absolute path inside the vault becomes a vault-relative template: a
+// leading vault root (any letter case) turns into "<VaultPath>". The text is
+// returned unchanged otherwise.
+QString withVaultPathPlaceholder(const QString &pathTemplate, const QString &vaultRoot);
+
 // The output formats in list order; "<Prompt the user>" (index 0) first
 // only when withPrompt.
 std::vector<OutputFormatEntry> outputFormatList(bool withPrompt, const ConversionTextLookup &text);
@@ -112,6 +127,10 @@ public:
     // nothing changed) when there is none.
     bool selectFormat(const QString &text);
     const OutputFormatEntry &selectedFormat() const { return m_formats.at(m_selected); }
+    QString currentExtension() const { return formatExtension(selectedFormat()); }
+    // Launch mode: whether the administrator left each section open.
+    bool formatOpen() const { return m_formatOpen; }
+    bool referencesOpen() const { return m_launchMode && allowRefChange; }
 
     // Launch mode: whether the page has anything to ask, and the keys the
     // user may change (those of the open sections).

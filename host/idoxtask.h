@@ -31,6 +31,8 @@ public:
     // card variables it fills, each with an empty text when first declared).
     virtual HRESULT GetDeclaredVariables(QStringList &names) = 0;
     virtual HRESULT DeclareVariable(const QString &name) = 0;
+    // The task's display name.
+    virtual HRESULT GetTaskName(QString &name) = 0;
 };
 
 // One execution of a task: launched on a client, run on the task host.

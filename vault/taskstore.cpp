@@ -504,6 +504,17 @@ HRESULT StoredTaskProperties::GetDeclaredVariables(QStringList &names)
     });
 }
 
+HRESULT StoredTaskProperties::GetTaskName(QString &name)
+{
+    return hostCall([&] {
+        const auto task = m_tasks.taskById(m_taskId);
+        if (!task)
+            return S_FALSE;
+        name = task->name;
+        return S_OK;
+    });
+}
+
 HRESULT StoredTaskProperties::DeclareVariable(const QString &name)
 {
     return hostCall([&] {

@@ -4,7 +4,6 @@
 #include "cad/mcmanager.h"
 #include "cad/vaultclientchannel.h"
 #include "common/translator.h"
-#include "convert/conversionsettingspage.h"
 #include "host/idoxtask.h"
 #include "run/cadconnection.h"
 #include "run/taskdetailspage.h"
@@ -84,13 +83,6 @@ AddInServices makeModuleServices()
 {
     AddInServices services;
     auto pages = std::make_shared<SetupPageFactory>(&moduleText);
-    // The conversion settings have their launch half only: their set-up
-    // window comes with the conversion pages.
-    pages->setConversionSettings([](const PageContext &context) -> std::unique_ptr<ConversionSettingsPage> {
-        if (!context.launchMode)
-            return nullptr;
-        return std::make_unique<CConversionSettingsPageDlg>(context, &moduleText);
-    });
     pages->add(PageId::Details,
                [](const PageContext &context) { return std::make_unique<TaskDetailsPage>(context, &moduleText); });
     services.pages = pages;

@@ -1,6 +1,9 @@
 #include "addin/module/setuppagefactory.h"
 
 #include "addin/menucommanddlg.h"
+#include "convert/conversionsettingspage.h"
+#include "convert/filecardpagedlg.h"
+#include "convert/outputfiledetailspagedlg.h"
 #include "script/scriptpagedlg.h"
 
 SetupPageFactory::SetupPageFactory(TextLookup text) : m_text(std::move(text))
@@ -8,6 +11,12 @@ SetupPageFactory::SetupPageFactory(TextLookup text) : m_text(std::move(text))
     add(PageId::Script, [this](const PageContext &context) {
         return std::make_unique<CScriptPageDlg>(true, context.taskType, m_text);
     });
+    setConversionSettings([this](const PageContext &context) {
+        return std::make_unique<CConversionSettingsPageDlg>(context, m_text);
+    });
+    add(PageId::FileCard, [this](const PageContext &context) { return std::make_unique<CFileCardPageDlg>(context, m_text); });
+    add(PageId::OutputFileDetails,
+        [this](const PageContext &context) { return std::make_unique<COutputFileDetailsPageDlg>(context, m_text); });
 }
 
 std::unique_ptr<MenuCommandPage> SetupPageFactory::createMenuCommandPage(const PageContext &context)

@@ -15,7 +15,8 @@ public:
     using Maker = std::function<std::unique_ptr<TaskPage>(const PageContext &)>;
     using ConversionMaker = std::function<std::unique_ptr<ConversionSettingsPage>(const PageContext &)>;
 
-    // With the pages that exist: "Menu Command" and "Script".
+    // With the set-up pages of every kind that has them: "Menu Command",
+    // "Script" and the pages of a convert task.
     explicit SetupPageFactory(TextLookup text);
 
     void add(PageId id, Maker maker) { m_makers[id] = std::move(maker); }

@@ -18,6 +18,7 @@ const std::map<int, const char *> &imageMap()
         {157, "x-office-address-book"},      // card variable
         {158, "text-x-generic-template"},    // revision number
         {164, "x-office-spreadsheet"},       // configuration
+        {189, "x-office-drawing"},           // sheet
         {220, "text-x-generic"},             // free text
         {229, "text-x-script"},              // the add-in: script, file name, printer list
         {257, "folder-open"},                // details: found in

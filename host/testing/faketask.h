@@ -34,6 +34,9 @@ public:
         return S_OK;
     }
 
+    HRESULT GetTaskName(QString &name) override { name = taskName; return S_OK; }
+
+    QString taskName = QStringLiteral("Convert to PDF");
     std::int32_t taskFlags = 0;
     std::vector<TaskMenuCommand> menuCommands;
     int menuCommandWrites = 0;

@@ -133,7 +133,7 @@ public:
     }
     HRESULT GetCardVariableNames(QStringList &names) override
     {
-        names.clear();
+        names = cardVariables;
         return S_OK;
     }
     HRESULT GetErrorInfo(HRESULT code, QString &name, QString &description) override
@@ -167,6 +167,8 @@ public:
     // Makes the named operation ("GetName", "GetRootFolderPath",
     // "GetFileFromPath", "GetErrorInfo") return hr.
     void fail(const QString &operation, HRESULT hr) { m_failures.insert(operation, hr); }
+
+    QStringList cardVariables;
 
 private:
     HRESULT failure(const QString &operation) const { return m_failures.value(operation, S_OK); }

@@ -89,14 +89,22 @@ TEST_F(MacroRunTest, AllSheetsInOneFileAndConfigurationsByIndex)
 
 TEST_F(MacroRunTest, ASettingLeftOutIsCaughtBeforeAnythingRuns)
 {
+    // A conversion task that never went through the set-up pages holds only
+    // what it is given: the conversion macro and the settings without one.
+    ASSERT_EQ(run({"task", "create", "--vault", m_vault, "Bare", "--kind", "script"}).status, 0);
+    const QString script =
+        run({"task", "get", "--vault", m_vault, "Convert", "__script", "--json"}).json().object()["__script"].toString();
+    ASSERT_FALSE(script.isEmpty());
     QStringList settings = ConversionDefaults;
     settings.removeIf([](const QString &s) { return s.startsWith("OutputSheets"); });
-    setTask(settings + QStringList{R"(OutputPath=<Path>\PDF\<Filename>)"});
-    const ProgramRun checked = run({"macro", "check", "--vault", m_vault, "Convert", R"(V:\Parts\layout.mcddrw)"});
+    const ProgramRun set = run(QStringList{"task", "set", "--vault", m_vault, "Bare", "__type:int=1", "__script=" + script}
+                               + settings + QStringList{R"(OutputPath=<Path>\PDF\<Filename>)"});
+    ASSERT_EQ(set.status, 0) << set.err.toStdString();
+    const ProgramRun checked = run({"macro", "check", "--vault", m_vault, "Bare", R"(V:\Parts\layout.mcddrw)"});
     EXPECT_EQ(checked.status, 1);
     EXPECT_TRUE(checked.out.startsWith("V:\\Parts\\layout.mcddrw:")) << checked.out.toStdString();
 
-    const ProgramRun ran = run({"macro", "run", "--vault", m_vault, "Convert", R"(V:\Parts\layout.mcddrw)"});
+    const ProgramRun ran = run({"macro", "run", "--vault", m_vault, "Bare", R"(V:\Parts\layout.mcddrw)"});
     EXPECT_EQ(ran.status, 1);
     EXPECT_EQ(ran.out, "the macro did not run, error code 3\n");
     EXPECT_FALSE(QDir(m_vault).exists("Parts/PDF"));

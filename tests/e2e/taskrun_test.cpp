@@ -198,7 +198,7 @@ TEST_F(TaskRunTest, ConversionOfAFolderPutsEveryOutputIntoTheVault)
 TEST_F(TaskRunTest, AnExistingOutputBecomesANewVersionOrIsReplaced)
 {
     addSamples({"shaft.mcdprt"}, "Parts");
-    createPdfTask("To PDF");
+    createPdfTask("To PDF", {"ReplaceOutput:bool=false"});
     const QString output = "V:\\Parts\\PDF\\shaft_Default.pdf";
     runInstance(launch({"To PDF", "V:\\Parts\\shaft.mcdprt"}));
     ASSERT_EQ(show(output)["versions"].toArray().size(), 1);
@@ -236,7 +236,7 @@ TEST_F(TaskRunTest, ScriptTaskRunsOnEveryFileAndWritesNoOutputList)
 TEST_F(TaskRunTest, SuspendedRunWaitsForResumeOrCancel)
 {
     addSamples({"shaft.mcdprt"}, "Parts");
-    createPdfTask("To PDF");
+    createPdfTask("To PDF", {"ReplaceOutput:bool=false"});
     const int id = launch({"To PDF", "V:\\Parts\\shaft.mcdprt"});
     ok({"task", "suspend", QString::number(id)});
     auto running = startRun(id);

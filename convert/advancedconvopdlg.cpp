@@ -1,0 +1,73 @@
+#include "convert/advancedconvopdlg.h"
+
+#include "common/errortexts.h"
+#include "common/widgets/prompter.h"
+#include "common/widgets/strwnd.h"
+
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+constexpr std::int32_t TitleTextId = 22;
+constexpr int MinimumWidth = 480;
+} // namespace
+
+QString CAdvancedConvOpDlg::title(const QString &formatName, const ConvOpTextLookup &text)
+{
+    const QString pattern = QStringLiteral("Advanced Scripting Options (%s)");
+    QString format = text ? text(TitleTextId, pattern) : pattern;
+    const qsizetype paren = formatName.indexOf(QLatin1Char('('));
+    return format.replace(QLatin1String("%s"), (paren < 0 ? formatName : formatName.left(paren)).trimmed());
+}
+
+CAdvancedConvOpDlg::CAdvancedConvOpDlg(IDoxVariables &holder, std::int32_t formatIndex, const QString &formatName,
+                                       QWidget *parent, bool interactive, ConvOpTextLookup text)
+    : QDialog(parent)
+{
+    setObjectName(QStringLiteral("AdvancedConvOpDlg"));
+    if (const ConvOpPageInfo *info = convOpPageFor(formatIndex))
+        m_page = std::make_unique<CConvOpDlg>(*info, holder, text);
+    if (!m_page)
+        return;
+    if (!interactive) {
+        m_page->LoadVariables(false);
+        return;
+    }
+    setWindowTitle(title(formatName, text));
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_page->CreatePage(this));
+    m_page->LoadVariables(false);
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    buttons->setObjectName(QStringLiteral("buttons"));
+    QPushButton *reset = buttons->addButton(QStringLiteral("&Reset All"), QDialogButtonBox::ResetRole);
+    reset->setObjectName(QStringLiteral("resetAllButton"));
+    connect(reset, &QPushButton::clicked, this, &CAdvancedConvOpDlg::resetAll);
+    connect(buttons, &QDialogButtonBox::accepted, this, &CAdvancedConvOpDlg::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    layout->addWidget(buttons);
+    (new StrWnd(this))->localise(QStringLiteral("AdvancedConvOpDlg"));
+    adjustSize();
+    resize(std::max(width(), MinimumWidth), height());
+}
+
+CAdvancedConvOpDlg::~CAdvancedConvOpDlg() = default;
+
+void CAdvancedConvOpDlg::resetAll()
+{
+    if (m_page)
+        m_page->LoadVariables(true);
+}
+
+void CAdvancedConvOpDlg::accept()
+{
+    if (m_page) {
+        m_written = m_page->OnOK();
+        if (failed(m_written)) {
+            Prompter::instance().message(this, errorText(m_written), QStringLiteral("Mecadra Task Add-in"),
+                                         Prompter::Icon::Warning);
+            return;
+        }
+    }
+    QDialog::accept();
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "convert/convoptions.h"
+
+#include <QDialog>
+#include <memory>
+
+class IDoxVariables;
+
+// The dialog that holds one format's option page: "&Reset All" sets the
+// page's reset defaults, "OK" writes its keys at once, "Cancel" writes
+// nothing. Silent (not interactive), it only loads and stores the keys.
+class CAdvancedConvOpDlg final : public QDialog
+{
+    Q_OBJECT
+public:
+    CAdvancedConvOpDlg(IDoxVariables &holder, std::int32_t formatIndex, const QString &formatName, QWidget *parent,
+                       bool interactive, ConvOpTextLookup text = {});
+    ~CAdvancedConvOpDlg() override;
+
+    CConvOpDlg *page() const { return m_page.get(); }
+    // "Advanced Scripting Options (PDF)" from "PDF (*.pdf)".
+    static QString title(const QString &formatName, const ConvOpTextLookup &text);
+
+    void resetAll();
+    void accept() override;
+    // The result of the last write ("OK").
+    HRESULT writeResult() const { return m_written; }
+
+private:
+    std::unique_ptr<CConvOpDlg> m_page;
+    HRESULT m_written = S_FALSE;
+};
