@@ -121,6 +121,9 @@ bool saveLaunchWindows(const QDir &folder)
         page->resize(1300, 260);
         ok &= save(*page, folder, QStringLiteral("task-details-printed"));
         page->hide();
+    }
+    return ok;
+}
 
 // A page of its own, at the size the set-up dialog gives its pages.
 bool savePage(QWidget *page, const QDir &folder, const QString &name)
