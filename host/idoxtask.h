@@ -31,6 +31,12 @@ public:
     // card variables it fills, each with an empty text when first declared).
     virtual HRESULT GetDeclaredVariables(QStringList &names) = 0;
     virtual HRESULT DeclareVariable(const QString &name) = 0;
+    // The name of the task being set up (pages derive defaults from it).
+    virtual HRESULT GetTaskName(QString &name)
+    {
+        name.clear();
+        return E_NOTIMPL;
+    }
 };
 
 // One execution of a task: launched on a client, run on the task host.

@@ -468,6 +468,14 @@ HRESULT StoredTaskProperties::GetVariable(const QString &name, Variant &value)
     });
 }
 
+HRESULT StoredTaskProperties::GetTaskName(QString &name)
+{
+    return hostCall([&] {
+        name = m_tasks.requireTask(m_taskId).name;
+        return S_OK;
+    });
+}
+
 HRESULT StoredTaskProperties::SetVariable(const QString &name, const Variant &value)
 {
     return hostCall([&] {

@@ -113,6 +113,7 @@ public:
     HRESULT SetSetupPages(const std::vector<SetupPage> &pages) override;
     HRESULT GetDeclaredVariables(QStringList &names) override;
     HRESULT DeclareVariable(const QString &name) override;
+    HRESULT GetTaskName(QString &name) override;
 
     int taskId() const { return m_taskId; }
     const std::vector<SetupPage> &setupPages() const { return m_pages; }

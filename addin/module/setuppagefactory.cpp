@@ -1,6 +1,7 @@
 #include "addin/module/setuppagefactory.h"
 
 #include "addin/menucommanddlg.h"
+#include "print/printpages.h"
 #include "script/scriptpagedlg.h"
 
 SetupPageFactory::SetupPageFactory(TextLookup text) : m_text(std::move(text))
@@ -8,6 +9,8 @@ SetupPageFactory::SetupPageFactory(TextLookup text) : m_text(std::move(text))
     add(PageId::Script, [this](const PageContext &context) {
         return std::make_unique<CScriptPageDlg>(true, context.taskType, m_text);
     });
+    for (const PageId id : PrintSetupPages)
+        add(id, [this, id](const PageContext &context) { return createPrintPage(id, context, m_text); });
 }
 
 std::unique_ptr<MenuCommandPage> SetupPageFactory::createMenuCommandPage(const PageContext &context)

@@ -15,7 +15,7 @@ public:
     using Maker = std::function<std::unique_ptr<TaskPage>(const PageContext &)>;
     using ConversionMaker = std::function<std::unique_ptr<ConversionSettingsPage>(const PageContext &)>;
 
-    // With the pages that exist: "Menu Command" and "Script".
+    // With the pages that exist: "Menu Command", "Script" and the print pages.
     explicit SetupPageFactory(TextLookup text);
 
     void add(PageId id, Maker maker) { m_makers[id] = std::move(maker); }

@@ -34,6 +34,13 @@ public:
         return S_OK;
     }
 
+    HRESULT GetTaskName(QString &name) override
+    {
+        name = taskName;
+        return S_OK;
+    }
+
+    QString taskName = QStringLiteral("Print Files");
     std::int32_t taskFlags = 0;
     std::vector<TaskMenuCommand> menuCommands;
     int menuCommandWrites = 0;
