@@ -471,7 +471,10 @@ HRESULT StoredTaskProperties::GetVariable(const QString &name, Variant &value)
 HRESULT StoredTaskProperties::GetTaskName(QString &name)
 {
     return hostCall([&] {
-        name = m_tasks.requireTask(m_taskId).name;
+        const auto task = m_tasks.taskById(m_taskId);
+        if (!task)
+            return E_DOX_INVALID_ID;
+        name = task->name;
         return S_OK;
     });
 }

@@ -6,6 +6,7 @@
 #include "common/translator.h"
 #include "convert/conversionsettingspage.h"
 #include "host/idoxtask.h"
+#include "print/printuidlg.h"
 #include "run/cadconnection.h"
 #include "run/taskdetailspage.h"
 #include "run/taskrundriver.h"
@@ -48,7 +49,8 @@ private:
     std::shared_ptr<StartupAddIns> m_startupAddIns;
 };
 
-class DialogsNotAvailable final : public LaunchDialogs
+// The print launch dialog; the selection dialog is not part of this build.
+class ModuleLaunchDialogs final : public LaunchDialogs
 {
 public:
     HRESULT runSelectionDialog(HostWindow, const std::shared_ptr<IDoxVault> &, const QString &,
@@ -56,9 +58,10 @@ public:
     {
         return E_NOTIMPL;
     }
-    bool runPrintLaunchDialog(const std::shared_ptr<IDoxVault> &, DoxCmd &, DoxCmdDataArray &, bool) override
+    bool runPrintLaunchDialog(const std::shared_ptr<IDoxVault> &vault, DoxCmd &cmd, DoxCmdDataArray &selection,
+                              bool show) override
     {
-        return false;
+        return ::runPrintLaunchDialog(vault, &cmd, selection, show, &moduleText);
     }
 };
 
@@ -93,7 +96,7 @@ AddInServices makeModuleServices()
     pages->add(PageId::Details,
                [](const PageContext &context) { return std::make_unique<TaskDetailsPage>(context, &moduleText); });
     services.pages = pages;
-    services.launchDialogs = std::make_shared<DialogsNotAvailable>();
+    services.launchDialogs = std::make_shared<ModuleLaunchDialogs>();
     auto runRecord = std::make_shared<TaskRunRecord>();
     runRecord->setVaultClientNotifier(&NotifyVaultClient);
     // One connection to Mecadra per add-in object: it runs the files and
