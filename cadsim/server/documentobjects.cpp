@@ -18,6 +18,8 @@ HRESULT DocumentObject::invoke(const QString &name, AutomationCall &call)
         call.setResult(Variant::fromI4(static_cast<std::int32_t>(doc.type())));
     } else if (member::is(name, "GetPathName")) {
         call.setResult(Variant::fromBStr(doc.pathName()));
+    } else if (member::is(name, "Printer")) {
+        call.setResult(Variant::fromBStr(doc.printer()));
     } else if (member::is(name, "GetTitle")) {
         call.setResult(Variant::fromBStr(doc.title()));
     } else if (member::is(name, "GetActiveConfigurationName")) {
