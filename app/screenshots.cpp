@@ -1,6 +1,7 @@
 // Renders the set-up windows to PNG files, offscreen, so that people can
 // look at them without a screen: mctask_screenshots OUTPUT_FOLDER.
 #include "addin/menucommanddlg.h"
+#include "app/printscreenshots.h"
 #include "app/setupdialog.h"
 #include "common/widgets/placeholderedit.h"
 #include "common/widgets/vlistctrl.h"
@@ -127,5 +128,6 @@ int main(int argc, char **argv)
         list->headerClicked(1);
         ok &= save(widgets, folder, QStringLiteral("shared-widgets"));
     }
+    ok &= savePrintScreenshots(folder, save);
     return ok ? 0 : 1;
 }

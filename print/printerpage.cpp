@@ -84,8 +84,8 @@ HostWindow CPrinterDlg::create(HostWindow parent)
     list->setSelectionMode(QAbstractItemView::SingleSelection);
     list->setFlags(VListCtrl::OfferLeftButton | VListCtrl::OfferDoubleClick);
     list->setColumns({text(PaperSizeColumnText, "Paper Size"), text(PrinterNameColumnText, "Printer Name")});
-    const int width = list->viewport()->width() > 0 ? list->viewport()->width() : list->width();
-    list->header()->resizeSection(0, width / 5);
+    // Before the first layout the list has no width yet; the page's own stands in.
+    list->header()->resizeSection(0, std::max(list->width(), m_window->width()) / 5);
     list->header()->setStretchLastSection(true);
     refreshRows();
 
