@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include "tests/e2e/privatecups.h"
 #include "tests/programrun.h"
 
 namespace {
@@ -29,11 +30,14 @@ protected:
 
     ProgramSetting setting() const
     {
-        return ProgramSetting(m_home.path())
-            .offscreen()
-            .withVault(m_vault)
-            .set("MCSIM_PRINTERS", "Office;Plotter")
-            .set("MCSIM_SPOOL_FILE", m_spool);
+        ProgramSetting s = ProgramSetting(m_home.path())
+                               .offscreen()
+                               .withVault(m_vault)
+                               .set("MCSIM_PRINTERS", "Office;Plotter")
+                               .set("MCSIM_SPOOL_FILE", m_spool);
+        if (!m_cupsServer.isEmpty())
+            s.set("CUPS_SERVER", m_cupsServer);
+        return s;
     }
     ProgramRun run(const QStringList &args) { return runProgram(QStringLiteral(MCTASK_PROGRAM), args, setting()); }
     ProgramRun ok(const QStringList &args)
@@ -64,6 +68,7 @@ protected:
     QTemporaryDir m_work;
     QString m_vault;
     QString m_spool;
+    QString m_cupsServer;
 };
 
 TEST_F(PrintRunTest, AnAssemblyPrintsWithItsDrawingsOnTheChosenPrinterAndPaperAndAddsNoFiles)
@@ -114,6 +119,36 @@ TEST_F(PrintRunTest, AnAssemblyPrintsWithItsDrawingsOnTheChosenPrinterAndPaperAn
         ASSERT_NE(line, lines.end()) << name << "\n" << details.out.toStdString();
         EXPECT_TRUE(line->contains("Plotter")) << line->toStdString();
     }
+}
+
+TEST_F(PrintRunTest, JobsForAPrintQueueReachThePrivateCupsServerAsPdfs)
+{
+    PrivateCups cups("McPdf");
+    if (!cups.running())
+        GTEST_SKIP() << "cupsd cannot run here; the stand-in's printer list stands in for the queues "
+                        "(see the test above)";
+    m_cupsServer = cups.socket();
+    ok({"vault", "add", QStringLiteral(MCTASK_SAMPLES "/gearbox.mcdasm"), QStringLiteral(MCTASK_SAMPLES "/layout.mcddrw"),
+        "--to", "Gearbox"});
+    ok({"vault", "ref", "V:\\Gearbox\\gearbox.mcdasm", "V:\\Gearbox\\layout.mcddrw"});
+    ok({"task", "create", "Queue", "--kind", "print"});
+    ok({"task", "setup", "Queue"});
+    ok({"task", "set", "Queue", "__printer_prname=McPdf"});
+
+    const QString id = ok({"task", "launch", "Queue", "V:\\Gearbox\\gearbox.mcdasm", "--set", "__printer_copycount:int=2"})
+                           .lastLine();
+    const ProgramRun ran = ok({"task", "run", id, "--json"});
+    EXPECT_EQ(ran.json().object()["status"], QJsonValue(7)) << ran.out.toStdString() << ran.err.toStdString();
+
+    const QStringList jobs = cups.jobs(2);
+    ASSERT_EQ(jobs.size(), 2) << jobs.join(',').toStdString() << cups.log().toStdString();
+    for (const QString &job : jobs) {
+        QFile pdf(QDir(cups.outFolder()).filePath(job));
+        ASSERT_TRUE(pdf.open(QIODevice::ReadOnly)) << job.toStdString();
+        EXPECT_TRUE(pdf.read(5) == "%PDF-") << job.toStdString();
+    }
+    for (const QJsonObject &job : spool())
+        EXPECT_EQ(job["printer"], QJsonValue("McPdf"));
 }
 
 } // namespace
