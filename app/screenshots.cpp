@@ -1,6 +1,7 @@
 // Renders the set-up windows to PNG files, offscreen, so that people can
 // look at them without a screen: mctask_screenshots OUTPUT_FOLDER.
 #include "addin/menucommanddlg.h"
+#include "app/printscreenshots.h"
 #include "app/setupdialog.h"
 #include "app/vaultbrowser.h"
 #include "common/widgets/placeholderedit.h"
@@ -289,5 +290,6 @@ int main(int argc, char **argv)
     ok &= saveLaunchWindows(folder);
 
     ok &= saveConvertPages(folder);
+    ok &= savePrintScreenshots(folder, save);
     return ok ? 0 : 1;
 }

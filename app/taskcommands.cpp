@@ -439,7 +439,8 @@ int runLaunch(CommandContext &context)
                       QStringLiteral("task launch [--vault DIR] NAME [FILE...] [--set KEY=VALUE]... [--gui]"),
                       QStringLiteral("Launches a task on vault files and folders as a user would, and prints the new\n"
                                      "instance's number as the last line. --set writes instance variables only.\n"
-                                     "A page the add-in hands back is confirmed with \"OK\" (shown with --gui).")))
+                                     "A page the add-in hands back is confirmed with \"OK\" (shown with --gui).\n"
+                                     "A print task prints without its dialog unless --gui shows it.")))
         return 0;
     const QStringList args = parser.positionalArguments();
     if (args.isEmpty())
@@ -471,6 +472,10 @@ int runLaunch(CommandContext &context)
     const InstanceRow row = tasks.createInstance(task.id);
     for (const auto &[key, value] : values)
         tasks.setInstanceVariable(row.id, key, value);
+    // Without --gui nobody could answer the print dialog: it does its work
+    // unseen, as a task set up without it does.
+    if (taskType(tasks, task.id) == 2 && !parser.isSet(o.gui))
+        tasks.setInstanceVariable(row.id, TaskKeys::PrinterShowPrintDlg, Variant::fromBool(false));
     tasks.setInstanceData(row.id, data);
 
     const auto instance = host->instance(row.id);

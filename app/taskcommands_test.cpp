@@ -281,18 +281,21 @@ TEST_F(TaskCommandsTest, LaunchStoresTheSelectionAndInstanceValuesOnly)
     EXPECT_EQ(listed[0].toObject()["status"], QJsonValue(TaskStatus_Waiting));
 }
 
-TEST_F(TaskCommandsTest, ALaunchTheAddInCannotCompleteEndsTheInstance)
+TEST_F(TaskCommandsTest, APrintLaunchWithoutGuiTakesTheSilentPathAndStoresTheSelection)
 {
-    // Without the print dialog a print launch is cancelled and the instance ended.
+    // Nobody could answer the print dialog: it does its work unseen.
     createTask("Print", "print");
     const ProgramRun print = task("launch", {"Print", "V:\\Parts\\Sheets\\plate.mcddrw"});
-    EXPECT_EQ(print.status, 1);
-    EXPECT_TRUE(print.err.contains("cancelled")) << print.err.toStdString();
-    EXPECT_EQ(statusOf(print.lastLine().toInt()), TaskStatus_Finished);
-    // A cancelled launch stores no selection.
+    ASSERT_EQ(print.status, 0) << print.err.toStdString();
     TaskStore tasks(VaultStore::open(m_vault));
+    const auto instance = tasks.taskInstance(print.lastLine().toInt());
     std::vector<FileRecord> records;
-    EXPECT_EQ(TaskRunRecord::readList(*tasks.taskInstance(print.lastLine().toInt()), false, records), S_FALSE);
+    ASSERT_EQ(TaskRunRecord::readList(*instance, false, records), S_OK);
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_TRUE(records[0].path.endsWith("plate.mcddrw")) << records[0].path.toStdString();
+    Variant copies;
+    EXPECT_EQ(instance->GetVariable("__printer_copycount", copies), S_OK);
+    EXPECT_EQ(copies.toI4(), 1);
 }
 
 TEST_F(TaskCommandsTest, ConversionLaunchChangesOnlyWhatTheSetUpLeftOpen)

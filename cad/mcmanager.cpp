@@ -346,8 +346,12 @@ HRESULT McManager::onEvent(const AutomationEvent &event)
         return S_OK;
     for (auto &[handle, document] : m_documents) {
         if (document->ownsView(event.source)) {
-            const AutomationReply path = m_app->call(handle, QStringLiteral("GetPathName"));
-            document->OnFileSaved(path.ok() ? path.value.toText() : QString(), true);
+            // A print entry names the printer the document went to (the
+            // details list it); the document's path when Mecadra won't say.
+            AutomationReply printer = m_app->call(handle, QStringLiteral("Printer"));
+            if (!printer.ok() || printer.value.toText().isEmpty())
+                printer = m_app->call(handle, QStringLiteral("GetPathName"));
+            document->OnFileSaved(printer.ok() ? printer.value.toText() : QString(), true);
             break;
         }
     }

@@ -154,7 +154,7 @@ TEST_F(McManagerStandInTest, SavedFilesAndPrintsAreRecordedWithTheirSheetOrConfi
     EXPECT_EQ(records[1].path, recorded(QStringLiteral("bracket.step")));
     EXPECT_EQ(records[1].conf, "Machined");
     EXPECT_TRUE(records[2].isPrintEntry);
-    EXPECT_EQ(records[2].info, QStringLiteral(MCTASK_SAMPLES_DIR "/bracket.mcdprt"));
+    EXPECT_EQ(records[2].info, "Office Laser");
     EXPECT_EQ(records[2].conf, "Machined");
     for (const FileRecord &output : records)
         EXPECT_EQ(output.source, source);

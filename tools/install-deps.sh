@@ -5,7 +5,8 @@ pkgs=(build-essential cmake ninja-build pkg-config
       qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
       libsqlite3-dev sqlite3 libgtest-dev libgmock-dev googletest libbenchmark-dev
       clang xvfb xauth
-      qt6-image-formats-plugins fonts-dejavu-core poppler-utils file)
+      qt6-image-formats-plugins fonts-dejavu-core poppler-utils file
+      cups-daemon cups-client)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

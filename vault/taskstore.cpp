@@ -458,6 +458,17 @@ HRESULT StoredTaskProperties::GetVariable(const QString &name, Variant &value)
     });
 }
 
+HRESULT StoredTaskProperties::GetTaskName(QString &name)
+{
+    return hostCall([&] {
+        const auto task = m_tasks.taskById(m_taskId);
+        if (!task)
+            return E_DOX_INVALID_ID;
+        name = task->name;
+        return S_OK;
+    });
+}
+
 HRESULT StoredTaskProperties::SetVariable(const QString &name, const Variant &value)
 {
     return hostCall([&] {
@@ -500,17 +511,6 @@ HRESULT StoredTaskProperties::GetDeclaredVariables(QStringList &names)
 {
     return hostCall([&] {
         names = m_tasks.declaredVariables(m_taskId);
-        return S_OK;
-    });
-}
-
-HRESULT StoredTaskProperties::GetTaskName(QString &name)
-{
-    return hostCall([&] {
-        const auto task = m_tasks.taskById(m_taskId);
-        if (!task)
-            return S_FALSE;
-        name = task->name;
         return S_OK;
     });
 }

@@ -5,6 +5,7 @@
 #include "cad/vaultclientchannel.h"
 #include "common/translator.h"
 #include "host/idoxtask.h"
+#include "print/printuidlg.h"
 #include "run/cadconnection.h"
 #include "run/taskdetailspage.h"
 #include "run/taskrundriver.h"
@@ -48,6 +49,7 @@ private:
     std::shared_ptr<StartupAddIns> m_startupAddIns;
 };
 
+// The launch dialogs: file and folder selection, and the print dialog.
 class ModuleLaunchDialogs final : public LaunchDialogs
 {
 public:
@@ -56,9 +58,10 @@ public:
     {
         return ::runSelectionDialog(owner, vault, vaultRoot, selection, &moduleText);
     }
-    bool runPrintLaunchDialog(const std::shared_ptr<IDoxVault> &, DoxCmd &, DoxCmdDataArray &, bool) override
+    bool runPrintLaunchDialog(const std::shared_ptr<IDoxVault> &vault, DoxCmd &cmd, DoxCmdDataArray &selection,
+                              bool show) override
     {
-        return false;
+        return ::runPrintLaunchDialog(vault, &cmd, selection, show, &moduleText);
     }
 };
 

@@ -4,6 +4,7 @@
 #include "convert/conversionsettingspage.h"
 #include "convert/filecardpagedlg.h"
 #include "convert/outputfiledetailspagedlg.h"
+#include "print/printpages.h"
 #include "script/scriptpagedlg.h"
 
 SetupPageFactory::SetupPageFactory(TextLookup text) : m_text(std::move(text))
@@ -17,6 +18,8 @@ SetupPageFactory::SetupPageFactory(TextLookup text) : m_text(std::move(text))
     add(PageId::FileCard, [this](const PageContext &context) { return std::make_unique<CFileCardPageDlg>(context, m_text); });
     add(PageId::OutputFileDetails,
         [this](const PageContext &context) { return std::make_unique<COutputFileDetailsPageDlg>(context, m_text); });
+    for (const PageId id : PrintSetupPages)
+        add(id, [this, id](const PageContext &context) { return createPrintPage(id, context, m_text); });
 }
 
 std::unique_ptr<MenuCommandPage> SetupPageFactory::createMenuCommandPage(const PageContext &context)

@@ -16,7 +16,7 @@ public:
     using ConversionMaker = std::function<std::unique_ptr<ConversionSettingsPage>(const PageContext &)>;
 
     // With the set-up pages of every kind that has them: "Menu Command",
-    // "Script" and the pages of a convert task.
+    // "Script", the pages of a convert task and those of a print task.
     explicit SetupPageFactory(TextLookup text);
 
     void add(PageId id, Maker maker) { m_makers[id] = std::move(maker); }

@@ -121,9 +121,9 @@ TEST_F(SetupPagesTest, ChoosingPrintingOnTheScriptPageMakesAPrintTask)
     EXPECT_EQ(props->value("__type").toI4(), 2);
     EXPECT_EQ(props->value("__script").bstr(), loadScriptTemplate(PrintTemplate, {}));
 
-    // The next set-up is a print task's; its pages are not part of the module
-    // yet, and the add-in says so by its own result.
-    EXPECT_EQ(send(DoxCmd_TaskSetup, {}), E_PAGE_MISSING);
+    // The next set-up is a print task's, with the print pages.
+    ASSERT_EQ(send(DoxCmd_TaskSetup, {}), S_OK);
+    EXPECT_EQ(props->setupPages.size(), 5u);
 }
 
 TEST_F(SetupPagesTest, ANewConversionTaskConfirmedWithOkStoresEveryDefaultAndNothingElse)

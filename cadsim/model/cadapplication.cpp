@@ -4,6 +4,7 @@
 
 #include "cadsim/model/cadconstants.h"
 #include "cadsim/model/modelobserver.h"
+#include "platform/printing/printers.h"
 
 #include <algorithm>
 
@@ -242,7 +243,12 @@ const PrinterInfo *CadApplication::findPrinter(const QString &name) const
         if (p.name.compare(name, Qt::CaseInsensitive) == 0)
             return &p;
     }
-    return nullptr;
+    for (const PrinterInfo &p : m_queues)
+        if (p.name == name)
+            return &p;
+    if (!Printers::instance().names().contains(name))
+        return nullptr;
+    return &m_queues.emplace_back(PrinterInfo{name, QString(), true});
 }
 
 QString CadApplication::defaultPrinter() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <deque>
+
 #include "cadsim/model/documentspec.h"
 #include "cadsim/model/modeldoc.h"
 #include "cadsim/model/modelfiles.h"
@@ -21,6 +23,7 @@ struct PrinterInfo
 {
     QString name;
     QString failure;
+    bool queue = false; // a queue of the machine's print system: jobs really print
 };
 
 struct CadSettings
@@ -88,6 +91,7 @@ public:
 
     // Printers and the spool.
     const QList<PrinterInfo> &printers() const { return m_settings.printers; }
+    // A configured printer, else a queue of the machine's print system.
     void setPrinters(const QList<PrinterInfo> &printers) { m_settings.printers = printers; }
     const PrinterInfo *findPrinter(const QString &name) const;
     QString defaultPrinter() const;
@@ -129,4 +133,5 @@ private:
     bool m_backgroundMode = false;
     bool m_userControl = true;
     Frame m_frame;
+    mutable std::deque<PrinterInfo> m_queues; // print-system queues met so far
 };

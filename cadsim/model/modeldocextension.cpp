@@ -8,6 +8,7 @@
 #include "cadsim/model/modeldoc.h"
 #include "cadsim/model/printspool.h"
 #include "base/windowspath.h"
+#include "platform/printing/printers.h"
 
 namespace {
 
@@ -203,6 +204,36 @@ bool ModelDocExtension::printOut2(const std::optional<std::vector<std::int32_t>>
         app->addErrorMessage(QStringLiteral("The print job for '%1' could not be spooled.").arg(r.document));
         return false;
     }
+    if (info->queue && !printOnQueue(r))
+        return false;
     app->notifyPrinted(m_doc, *m_doc.views().front());
+    return true;
+}
+
+bool ModelDocExtension::printOnQueue(const PrintRecord &r)
+{
+    // The job is a PDF of what was printed, kept beside the spool.
+    CadApplication *app = m_doc.application();
+    static int jobs = 0;
+    const QString pdf = QStringLiteral("%1.%2.pdf").arg(app->spoolFile()).arg(++jobs);
+    ExportDescription d;
+    d.target = pdf;
+    d.format = QStringLiteral("pdf");
+    d.source = r.document;
+    d.documentType = m_doc.type();
+    if (m_doc.type() == DocumentType::Drawing)
+        d.sheets = r.sheets;
+    else
+        d.configurations = QStringList{r.configuration};
+    const QByteArray content = ExportWriter::write(d, exportDescriptionJson(d, app->preferences()));
+    if (!app->files().write(pdf, content)) {
+        app->addErrorMessage(QStringLiteral("The print job for '%1' could not be written.").arg(r.document));
+        return false;
+    }
+    const QString failure = Printers::instance().printPdf(r.printer, pdf, r.copies, m_doc.title());
+    if (!failure.isEmpty()) {
+        app->addErrorMessage(failure);
+        return false;
+    }
     return true;
 }

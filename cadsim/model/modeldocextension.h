@@ -7,6 +7,7 @@
 
 class ModelDoc;
 class ExportPdfData;
+struct PrintRecord;
 
 // The extension object of a document: export (SaveAs) and printing.
 class ModelDocExtension final
@@ -32,6 +33,8 @@ public:
     void setUsePageSetup(std::int32_t value) { m_usePageSetup = value; }
 
 private:
+    // Sends a PDF of the printed document to a print-system queue.
+    bool printOnQueue(const PrintRecord &record);
     ModelDoc &m_doc;
     std::int32_t m_usePageSetup = 0;
 };

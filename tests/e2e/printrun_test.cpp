@@ -1,0 +1,154 @@
+// Print tasks from set-up to the printed documents: the mctask program as
+// the host, the add-in module, the stand-in Mecadra printing to its
+// printers, and the embedded vault.
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include "tests/e2e/privatecups.h"
+#include "tests/programrun.h"
+
+namespace {
+
+class PrintRunTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_home.isValid() && m_work.isValid());
+        m_vault = m_work.filePath("vault");
+        m_spool = m_work.filePath("spool.jsonl");
+        ASSERT_EQ(run({"vault", "init", m_vault, "--name", "E2E"}).status, 0);
+        const ProgramRun registered = runProgram(QStringLiteral(MCSIM_PROGRAM), {"/regserver"}, setting());
+        ASSERT_EQ(registered.status, 0) << registered.err.toStdString();
+    }
+
+    ProgramSetting setting() const
+    {
+        ProgramSetting s = ProgramSetting(m_home.path())
+                               .offscreen()
+                               .withVault(m_vault)
+                               .set("MCSIM_PRINTERS", "Office;Plotter")
+                               .set("MCSIM_SPOOL_FILE", m_spool);
+        if (!m_cupsServer.isEmpty())
+            s.set("CUPS_SERVER", m_cupsServer);
+        return s;
+    }
+    ProgramRun run(const QStringList &args) { return runProgram(QStringLiteral(MCTASK_PROGRAM), args, setting()); }
+    ProgramRun ok(const QStringList &args)
+    {
+        const ProgramRun r = run(args);
+        EXPECT_EQ(r.status, 0) << args.join(' ').toStdString() << "\n" << r.err.toStdString();
+        return r;
+    }
+    QStringList vaultFiles()
+    {
+        QStringList paths;
+        for (const QJsonValue &row : ok({"vault", "ls", "V:\\", "--json"}).json().array())
+            paths << row.toObject()["path"].toString();
+        return paths;
+    }
+    QList<QJsonObject> spool() const
+    {
+        QList<QJsonObject> records;
+        QFile file(m_spool);
+        if (file.open(QIODevice::ReadOnly))
+            for (const QByteArray &line : file.readAll().split('\n'))
+                if (!line.trimmed().isEmpty())
+                    records << QJsonDocument::fromJson(line).object();
+        return records;
+    }
+
+    QTemporaryDir m_home;
+    QTemporaryDir m_work;
+    QString m_vault;
+    QString m_spool;
+    QString m_cupsServer;
+};
+
+TEST_F(PrintRunTest, AnAssemblyPrintsWithItsDrawingsOnTheChosenPrinterAndPaperAndAddsNoFiles)
+{
+    QStringList add{"vault", "add"};
+    for (const char *name : {"gearbox.mcdasm", "shaft.mcdprt", "cover.mcdprt", "layout.mcddrw"})
+        add << QStringLiteral(MCTASK_SAMPLES "/") + name;
+    ok(add + QStringList{"--to", "Gearbox"});
+    ok({"vault", "ref", "V:\\Gearbox\\gearbox.mcdasm", "V:\\Gearbox\\shaft.mcdprt"});
+    ok({"vault", "ref", "V:\\Gearbox\\gearbox.mcdasm", "V:\\Gearbox\\layout.mcddrw"});
+
+    // Set up as a new task confirmed with "OK", then the administrator's choices.
+    ok({"task", "create", "Plot", "--kind", "print"});
+    ok({"task", "setup", "Plot"});
+    ok({"task", "set", "Plot", "__printer_prname=Plotter", "__printer_defpapsize:int=9",
+        "__printer_usedrwnfo:bool=false", "__printer_margintype:int=0", "__printer_autoselectrefstype:int=1"});
+    const QStringList before = vaultFiles();
+    ASSERT_EQ(before.size(), 4);
+
+    const ProgramRun launched = ok({"task", "launch", "Plot", "V:\\Gearbox\\gearbox.mcdasm"});
+    const QString id = launched.lastLine();
+    const ProgramRun ran = ok({"task", "run", id, "--json"});
+    EXPECT_EQ(ran.json().object()["status"], QJsonValue(7)) << ran.out.toStdString() << ran.err.toStdString();
+    EXPECT_FALSE(ran.out.contains("Adding files to vault...")) << ran.out.toStdString();
+    EXPECT_FALSE(ran.err.contains("Adding files to vault...")) << ran.err.toStdString();
+    EXPECT_EQ(vaultFiles(), before);
+
+    // The assembly and its drawing, not the part: one job each, as set up.
+    const QList<QJsonObject> jobs = spool();
+    QStringList documents;
+    for (const QJsonObject &job : jobs) {
+        documents << job["document"].toString().section(QRegularExpression("[\\\\/]"), -1);
+        EXPECT_EQ(job["printer"], QJsonValue("Plotter"));
+        EXPECT_EQ(job["paperSize"], QJsonValue(8)); // A3
+        EXPECT_EQ(job["orientation"], QJsonValue(2)); // landscape
+        EXPECT_EQ(job["copies"], QJsonValue(1));
+        EXPECT_EQ(job["usePrinterMargins"], QJsonValue(true));
+    }
+    documents.sort();
+    EXPECT_EQ(documents, (QStringList{"gearbox.mcdasm", "layout.mcddrw"}));
+
+    // The details list the printed items with their printer.
+    const ProgramRun details = ok({"task", "details", id});
+    EXPECT_TRUE(details.out.contains("Printer")) << details.out.toStdString();
+    const QStringList lines = details.out.split('\n');
+    for (const char *name : {"gearbox.mcdasm", "layout.mcddrw"}) {
+        const auto line = std::find_if(lines.begin(), lines.end(), [&](const QString &l) { return l.contains(name); });
+        ASSERT_NE(line, lines.end()) << name << "\n" << details.out.toStdString();
+        EXPECT_TRUE(line->contains("Plotter")) << line->toStdString();
+    }
+}
+
+TEST_F(PrintRunTest, JobsForAPrintQueueReachThePrivateCupsServerAsPdfs)
+{
+    PrivateCups cups("McPdf");
+    if (!cups.running())
+        GTEST_SKIP() << "cupsd cannot run here; the stand-in's printer list stands in for the queues "
+                        "(see the test above)";
+    m_cupsServer = cups.socket();
+    ok({"vault", "add", QStringLiteral(MCTASK_SAMPLES "/gearbox.mcdasm"), QStringLiteral(MCTASK_SAMPLES "/layout.mcddrw"),
+        "--to", "Gearbox"});
+    ok({"vault", "ref", "V:\\Gearbox\\gearbox.mcdasm", "V:\\Gearbox\\layout.mcddrw"});
+    ok({"task", "create", "Queue", "--kind", "print"});
+    ok({"task", "setup", "Queue"});
+    ok({"task", "set", "Queue", "__printer_prname=McPdf"});
+
+    const QString id = ok({"task", "launch", "Queue", "V:\\Gearbox\\gearbox.mcdasm", "--set", "__printer_copycount:int=2"})
+                           .lastLine();
+    const ProgramRun ran = ok({"task", "run", id, "--json"});
+    EXPECT_EQ(ran.json().object()["status"], QJsonValue(7)) << ran.out.toStdString() << ran.err.toStdString();
+
+    const QStringList jobs = cups.jobs(2);
+    ASSERT_EQ(jobs.size(), 2) << jobs.join(',').toStdString() << cups.log().toStdString();
+    for (const QString &job : jobs) {
+        QFile pdf(QDir(cups.outFolder()).filePath(job));
+        ASSERT_TRUE(pdf.open(QIODevice::ReadOnly)) << job.toStdString();
+        EXPECT_TRUE(pdf.read(5) == "%PDF-") << job.toStdString();
+    }
+    for (const QJsonObject &job : spool())
+        EXPECT_EQ(job["printer"], QJsonValue("McPdf"));
+}
+
+} // namespace
