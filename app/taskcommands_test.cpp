@@ -103,7 +103,7 @@ protected:
     QString m_vault;
 };
 
-TEST_F(TaskCommandsTest, CreateRegistersTheAddInStoresTheKindAndTemplateAndKeepsAPrintTaskWithoutPages)
+TEST_F(TaskCommandsTest, CreateRegistersTheAddInAndSetsUpEachKindFromItsTemplate)
 {
     const ProgramRun first = task("create", {"Convert", "--kind", "convert"});
     ASSERT_EQ(first.status, 0) << first.err.toStdString();
@@ -113,8 +113,7 @@ TEST_F(TaskCommandsTest, CreateRegistersTheAddInStoresTheKindAndTemplateAndKeeps
     const ProgramRun second = task("create", {"Print", "--kind", "print"});
     ASSERT_EQ(second.status, 0) << second.err.toStdString();
     EXPECT_FALSE(second.err.contains("registered")) << second.err.toStdString();
-    EXPECT_TRUE(second.err.contains("the set-up pages of this task kind are not available yet (E_NOTIMPL"))
-        << second.err.toStdString();
+    EXPECT_FALSE(second.err.contains("not available yet")) << second.err.toStdString();
     createTask("Script", "script");
 
     const QJsonObject convert = variables("Convert");
@@ -128,12 +127,8 @@ TEST_F(TaskCommandsTest, CreateRegistersTheAddInStoresTheKindAndTemplateAndKeeps
         EXPECT_TRUE(vars["__script"].toString().contains("Sub main", Qt::CaseInsensitive));
     EXPECT_NE(convert["__script"], print["__script"]);
     EXPECT_NE(print["__script"], script["__script"]);
-
-    // Setting up again reports the missing pages as a failure.
-    const ProgramRun setup = task("setup", {"Print"});
-    EXPECT_EQ(setup.status, 1);
-    EXPECT_TRUE(setup.err.contains("not available yet")) << setup.err.toStdString();
-    EXPECT_TRUE(setup.err.contains("E_NOTIMPL")) << setup.err.toStdString();
+    // The print pages stored their defaults.
+    EXPECT_EQ(print["__printer_defpapsize"], QJsonValue(10));
 }
 
 TEST_F(TaskCommandsTest, AnAddInThatCannotBeLoadedCreatesNothing)
