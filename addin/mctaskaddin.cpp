@@ -1,7 +1,7 @@
 #include "addin/mctaskaddin.h"
 
 #include "addin/taskcatalogue.h"
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "host/hostcall.h"
 #include "host/hosterror.h"
 #include "host/idoxtask.h"

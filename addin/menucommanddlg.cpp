@@ -1,7 +1,7 @@
 #include "addin/menucommanddlg.h"
 
 #include "addin/taskcatalogue.h"
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "common/translator.h"
 #include "common/widgets/prompter.h"
 #include "common/widgets/strwnd.h"

@@ -1,5 +1,5 @@
 #include "addin/module/moduleregistration.h"
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "app/cli.h"
 #include "app/taskhost.h"
 #include "app/vaultlocator.h"

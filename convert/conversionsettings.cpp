@@ -1,6 +1,6 @@
 #include "convert/conversionsettings.h"
 
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "convert/convoptions.h"
 #include "host/hostcall.h"
 #include "host/hosterror.h"

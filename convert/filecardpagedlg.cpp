@@ -1,6 +1,6 @@
 #include "convert/filecardpagedlg.h"
 
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "common/translator.h"
 #include "common/widgets/icons.h"
 #include "common/widgets/strwnd.h"

@@ -1,6 +1,6 @@
 #include "convert/outputfiledetailspagedlg.h"
 
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "common/errortexts.h"
 #include "common/translator.h"
 #include "common/widgets/prompter.h"

@@ -1,6 +1,6 @@
 #include "macro/macrobuilder.h"
 
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "host/hosterror.h"
 #include "host/idoxtask.h"
 #include "host/idoxvault.h"

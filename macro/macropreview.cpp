@@ -1,6 +1,6 @@
 #include "macro/macropreview.h"
 
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "host/hosterror.h"
 #include "host/idoxvault.h"
 

@@ -1,6 +1,6 @@
 #include "macro/outputnames.h"
 
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "common/translator.h"
 
 const std::vector<OutputPlaceholder> &outputPathPlaceholders()

@@ -1,6 +1,6 @@
 #include "print/papersizepage.h"
 
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "common/widgets/strwnd.h"
 #include "print/printsettings.h"
 

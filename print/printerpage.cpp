@@ -1,6 +1,6 @@
 #include "print/printerpage.h"
 
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "common/translator.h"
 #include "common/widgets/focusedit.h"
 #include "common/widgets/icons.h"

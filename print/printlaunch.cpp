@@ -1,6 +1,6 @@
 #include "print/printlaunch.h"
 
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "common/errortexts.h"
 #include "common/translator.h"
 #include "host/hosterror.h"

@@ -1,6 +1,6 @@
 #include "run/vaulthandover.h"
 
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 #include "host/hostcall.h"
 #include "host/hosterror.h"
 #include "host/idoxvault.h"

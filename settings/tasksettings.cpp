@@ -1,4 +1,4 @@
-#include "addin/tasksettings.h"
+#include "settings/tasksettings.h"
 
 #include "host/hosterror.h"
 
