@@ -1,6 +1,7 @@
 #pragma once
 
 #include "addin/taskpage.h"
+#include "common/translator.h"
 #include "host/doxcmd.h"
 
 #include <functional>
@@ -43,9 +44,6 @@ public:
     virtual HRESULT storeSelection(const std::shared_ptr<IDoxVault> &vault,
                                    const std::shared_ptr<IDoxTaskInstance> &instance, const DoxCmdDataArray &data) = 0;
 };
-
-// Translated text by number with the English fallback (section "TS").
-using TextLookup = std::function<QString(std::int32_t number, const QString &english)>;
 
 // Everything the dispatcher reaches beyond the host. The module supplies the
 // real ones; tests supply mocks.

@@ -110,3 +110,9 @@ QString tr_ts(int number, const QString &english)
 {
     return Translator::instance().text(number, english);
 }
+
+QString lookupText(const TextLookup &lookup, std::int32_t number, const char *english)
+{
+    const QString fallback = QString::fromLatin1(english);
+    return lookup ? lookup(number, fallback) : tr_ts(number, fallback);
+}

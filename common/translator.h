@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QString>
+#include <functional>
 #include <mutex>
 #include <optional>
 
@@ -53,6 +54,13 @@ private:
 
 // The add-in's text number in section "TS" of module "McTaskAddIn".
 QString tr_ts(int number, const QString &english);
+
+// A source of numbered texts with their English fallback; pages and the run
+// take one so that tests and the module can choose where texts come from.
+using TextLookup = std::function<QString(std::int32_t number, const QString &english)>;
+
+// The text from lookup when one is given, from tr_ts otherwise.
+QString lookupText(const TextLookup &lookup, std::int32_t number, const char *english);
 
 // Installs a translator for the lifetime of the guard (tests).
 class ScopedTranslator final

@@ -13,7 +13,7 @@ constexpr std::int32_t TitleTextId = 22;
 constexpr int MinimumWidth = 480;
 } // namespace
 
-QString CAdvancedConvOpDlg::title(const QString &formatName, const ConvOpTextLookup &text)
+QString CAdvancedConvOpDlg::title(const QString &formatName, const TextLookup &text)
 {
     const QString pattern = QStringLiteral("Advanced Scripting Options (%s)");
     QString format = text ? text(TitleTextId, pattern) : pattern;
@@ -22,7 +22,7 @@ QString CAdvancedConvOpDlg::title(const QString &formatName, const ConvOpTextLoo
 }
 
 CAdvancedConvOpDlg::CAdvancedConvOpDlg(IDoxVariables &holder, std::int32_t formatIndex, const QString &formatName,
-                                       QWidget *parent, bool interactive, ConvOpTextLookup text)
+                                       QWidget *parent, bool interactive, TextLookup text)
     : QDialog(parent)
 {
     setObjectName(QStringLiteral("AdvancedConvOpDlg"));

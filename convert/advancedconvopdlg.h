@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/translator.h"
 #include "convert/convoptions.h"
 
 #include <QDialog>
@@ -15,12 +16,12 @@ class CAdvancedConvOpDlg final : public QDialog
     Q_OBJECT
 public:
     CAdvancedConvOpDlg(IDoxVariables &holder, std::int32_t formatIndex, const QString &formatName, QWidget *parent,
-                       bool interactive, ConvOpTextLookup text = {});
+                       bool interactive, TextLookup text = {});
     ~CAdvancedConvOpDlg() override;
 
     CConvOpDlg *page() const { return m_page.get(); }
     // "Advanced Scripting Options (PDF)" from "PDF (*.pdf)".
-    static QString title(const QString &formatName, const ConvOpTextLookup &text);
+    static QString title(const QString &formatName, const TextLookup &text);
 
     void resetAll();
     void accept() override;

@@ -100,7 +100,7 @@ QStringList conversionSettingKeys()
     return {FileFormat, SourceRefs, OutputPath, OutputConfs, NamedConf, FileConfs, OutputSheets, NamedSheet, FileSheets};
 }
 
-std::vector<OutputFormatEntry> outputFormatList(bool withPrompt, const ConversionTextLookup &text)
+std::vector<OutputFormatEntry> outputFormatList(bool withPrompt, const TextLookup &text)
 {
     std::vector<OutputFormatEntry> list;
     for (const FormatText &format : Formats) {
@@ -175,7 +175,7 @@ HRESULT TemplateTabValues::save(IDoxVariables &holder) const
     return saver.result();
 }
 
-ConversionSettingsValues::ConversionSettingsValues(bool launchMode, ConversionTextLookup text)
+ConversionSettingsValues::ConversionSettingsValues(bool launchMode, TextLookup text)
     : configurations(TemplateTabValues::configurationKeys(), launchMode,
                      text ? text(DefaultTextId, QStringLiteral("Default")) : QStringLiteral("Default")),
       sheets(TemplateTabValues::sheetKeys(), launchMode,

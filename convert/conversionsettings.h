@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/translator.h"
 #include "host/hresult.h"
 
 #include <QString>
@@ -27,8 +28,6 @@ inline const QString FileSheets = QStringLiteral("FileSheets");
 // Every key the conversion settings page and its tabs write, in save order.
 QStringList conversionSettingKeys();
 
-// Translated text by number with the English fallback.
-using ConversionTextLookup = std::function<QString(std::int32_t number, const QString &english)>;
 
 // One entry of the output format list: its format index and display text.
 struct OutputFormatEntry {
@@ -53,7 +52,7 @@ QString withVaultPathPlaceholder(const QString &pathTemplate, const QString &vau
 
 // The output formats in list order; "<Prompt the user>" (index 0) first
 // only when withPrompt.
-std::vector<OutputFormatEntry> outputFormatList(bool withPrompt, const ConversionTextLookup &text);
+std::vector<OutputFormatEntry> outputFormatList(bool withPrompt, const TextLookup &text);
 
 // Bits of "SourceRefs", "OutputConfs"/"OutputSheets" and "FileConfs"/"FileSheets".
 namespace ConversionBits {
@@ -116,7 +115,7 @@ private:
 class ConversionSettingsValues final
 {
 public:
-    ConversionSettingsValues(bool launchMode, ConversionTextLookup text);
+    ConversionSettingsValues(bool launchMode, TextLookup text);
 
     HRESULT load(IDoxVariables &holder);
     HRESULT save(IDoxVariables &holder) const;

@@ -31,7 +31,7 @@ QIcon formatIcon(const OutputFormatEntry &format)
 
 } // namespace
 
-CConversionSettingsPageDlg::CConversionSettingsPageDlg(const PageContext &context, ConversionTextLookup text)
+CConversionSettingsPageDlg::CConversionSettingsPageDlg(const PageContext &context, TextLookup text)
     : m_context(context), m_text(text), m_values(context.launchMode, std::move(text))
 {
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "addin/taskpage.h"
+#include "common/translator.h"
 #include "convert/conversionsettings.h"
 
 #include <QPointer>
@@ -20,7 +21,7 @@ class StrWnd;
 class CConversionSettingsPageDlg final : public ConversionSettingsPage
 {
 public:
-    CConversionSettingsPageDlg(const PageContext &context, ConversionTextLookup text);
+    CConversionSettingsPageDlg(const PageContext &context, TextLookup text);
     ~CConversionSettingsPageDlg() override;
 
     HostWindow create(HostWindow parent) override;
@@ -44,7 +45,7 @@ private:
     void formatChanged();
 
     PageContext m_context;
-    ConversionTextLookup m_text;
+    TextLookup m_text;
     ConversionSettingsValues m_values;
     IDoxVariables *m_holder = nullptr; // where "Conversion Options..." reads and writes
     QPointer<QWidget> m_window;

@@ -169,7 +169,7 @@ bool hasConvOpPage(std::int32_t formatIndex)
     return convOpPageFor(formatIndex) != nullptr;
 }
 
-CConvOpDlg::CConvOpDlg(const ConvOpPageInfo &info, IDoxVariables &holder, ConvOpTextLookup text)
+CConvOpDlg::CConvOpDlg(const ConvOpPageInfo &info, IDoxVariables &holder, TextLookup text)
     : m_info(info), m_holder(holder), m_text(std::move(text))
 {
     for (const ConvOpKey &key : m_info.keys)
@@ -183,10 +183,8 @@ CConvOpDlg::~CConvOpDlg()
 
 QString CConvOpDlg::text(std::int32_t number, const char *english) const
 {
-    const QString fallback = QString::fromLatin1(english);
-    if (number == 0)
-        return fallback;
-    return m_text ? m_text(number, fallback) : tr_ts(number, fallback);
+    // Number 0: a text of the table with no translation of its own.
+    return number == 0 ? QString::fromLatin1(english) : lookupText(m_text, number, english);
 }
 
 std::int32_t CConvOpDlg::value(const QString &key) const

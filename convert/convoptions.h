@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/translator.h"
 #include "host/hresult.h"
 
 #include <QPointer>
@@ -14,8 +15,6 @@
 
 class IDoxVariables;
 
-// Translated text by number with the English fallback.
-using ConvOpTextLookup = std::function<QString(std::int32_t number, const QString &english)>;
 
 // One entry of an option combo: its text (string number 0: not translated)
 // and the preference code it stands for.
@@ -72,7 +71,7 @@ bool hasConvOpPage(std::int32_t formatIndex);
 class CConvOpDlg final
 {
 public:
-    CConvOpDlg(const ConvOpPageInfo &info, IDoxVariables &holder, ConvOpTextLookup text = {});
+    CConvOpDlg(const ConvOpPageInfo &info, IDoxVariables &holder, TextLookup text = {});
     ~CConvOpDlg();
 
     const ConvOpPageInfo &info() const { return m_info; }
@@ -97,7 +96,7 @@ private:
 
     const ConvOpPageInfo &m_info;
     IDoxVariables &m_holder;
-    ConvOpTextLookup m_text;
+    TextLookup m_text;
     std::map<QString, std::int32_t> m_values;
     QPointer<QWidget> m_window;
     bool m_showing = false;

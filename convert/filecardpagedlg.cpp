@@ -57,8 +57,7 @@ CFileCardPageDlg::~CFileCardPageDlg()
 
 QString CFileCardPageDlg::text(std::int32_t number, const char *english) const
 {
-    const QString fallback = QString::fromLatin1(english);
-    return m_text ? m_text(number, fallback) : tr_ts(number, fallback);
+    return lookupText(m_text, number, english);
 }
 
 QString CFileCardPageDlg::kindName(std::int32_t kind) const

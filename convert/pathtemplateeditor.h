@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/translator.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -19,8 +21,6 @@ class QPushButton;
 class PathTemplateEditor final : public QObject
 {
 public:
-    using TextLookup = std::function<QString(std::int32_t number, const QString &english)>;
-
     PathTemplateEditor(PlaceholderEdit *edit, QPushButton *button, QLabel *example, const TextLookup &text);
 
     // The vault root path, and the date of the example in the vault's style.

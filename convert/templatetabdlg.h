@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/translator.h"
+
 #include <QPointer>
 #include <QWidget>
 #include <functional>
@@ -17,7 +19,6 @@ class CTemplateTabDlg final
 {
 public:
     enum class Kind { Configurations, Sheets };
-    using TextLookup = std::function<QString(std::int32_t number, const QString &english)>;
 
     CTemplateTabDlg(Kind kind, TemplateTabValues &values, bool launchMode, const TextLookup &text);
     ~CTemplateTabDlg();

@@ -19,7 +19,7 @@ const std::vector<OutputPlaceholder> &outputPathPlaceholders()
     return placeholders;
 }
 
-OutputLabels OutputLabels::read(IDoxVariables &variables, LabelTextLookup text)
+OutputLabels OutputLabels::read(IDoxVariables &variables, TextLookup text)
 {
     if (!text)
         text = [](std::int32_t number, const QString &english) { return tr_ts(number, english); };

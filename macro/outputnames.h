@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/translator.h"
+
 #include <QString>
 #include <cstdint>
 #include <functional>
@@ -18,8 +20,6 @@ struct OutputPlaceholder {
 // The nine placeholders in the order the editors list them.
 const std::vector<OutputPlaceholder> &outputPathPlaceholders();
 
-// Translated text by number with the English fall-back.
-using LabelTextLookup = std::function<QString(std::int32_t number, const QString &english)>;
 
 inline constexpr std::int32_t kAllSheetsTextId = 170;
 inline constexpr std::int32_t kAllConfigurationsTextId = 171;
@@ -39,7 +39,7 @@ class OutputLabels final
 public:
     // Texts come from text (the add-in's translations when not given).
     // Throws HostError when a variable cannot be read.
-    static OutputLabels read(IDoxVariables &variables, LabelTextLookup text = {});
+    static OutputLabels read(IDoxVariables &variables, TextLookup text = {});
 
     QString SheetLabel(const QString &sheetName) const;
     QString ConfigurationLabel(const QString &configurationName) const;

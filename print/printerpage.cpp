@@ -66,8 +66,7 @@ CPrinterDlg::~CPrinterDlg()
 
 QString CPrinterDlg::text(std::int32_t number, const char *english) const
 {
-    const QString fallback = QString::fromLatin1(english);
-    return m_text ? m_text(number, fallback) : tr_ts(number, fallback);
+    return lookupText(m_text, number, english);
 }
 
 HostWindow CPrinterDlg::create(HostWindow parent)

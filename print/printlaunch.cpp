@@ -46,8 +46,7 @@ PrintLaunch::PrintLaunch(std::shared_ptr<IDoxVault> vault, std::shared_ptr<IDoxT
 
 QString PrintLaunch::text(std::int32_t number, const char *english) const
 {
-    const QString fallback = QString::fromLatin1(english);
-    return m_text ? m_text(number, fallback) : tr_ts(number, fallback);
+    return lookupText(m_text, number, english);
 }
 
 bool PrintLaunch::marginsTabExists() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/translator.h"
 #include "host/hresult.h"
 #include "run/filerecord.h"
 
@@ -36,9 +37,6 @@ public:
         std::int32_t version = 0;
         std::int32_t secondVersion = -1;
     };
-
-    // Caption lookup by text number; the English text when none is given.
-    using TextLookup = std::function<QString(int number, const QString &english)>;
 
     TaskDetailsModel(std::int32_t taskType, bool finished, TextLookup text = {});
 

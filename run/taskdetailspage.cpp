@@ -35,7 +35,7 @@ QIcon FileDetailsRow::image(int column, const VListCtrl &) const
     return {};
 }
 
-TaskDetailsPage::TaskDetailsPage(const PageContext &context, TaskDetailsModel::TextLookup text)
+TaskDetailsPage::TaskDetailsPage(const PageContext &context, TextLookup text)
     : m_context(context), m_model(context.taskType, context.finished, std::move(text))
 {
 }

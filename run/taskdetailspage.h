@@ -1,6 +1,7 @@
 #pragma once
 
 #include "addin/taskpage.h"
+#include "common/translator.h"
 #include "common/widgets/vlistctrl.h"
 #include "run/taskdetailsmodel.h"
 
@@ -29,7 +30,7 @@ private:
 class TaskDetailsPage final : public TaskPage
 {
 public:
-    TaskDetailsPage(const PageContext &context, TaskDetailsModel::TextLookup text);
+    TaskDetailsPage(const PageContext &context, TextLookup text);
     ~TaskDetailsPage() override;
 
     HostWindow create(HostWindow parent) override;

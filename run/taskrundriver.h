@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/translator.h"
 #include "host/doxcmd.h"
 #include "host/hresult.h"
 #include "macro/macrobuilder.h"
@@ -26,8 +27,6 @@ class HostError;
 class TaskRunDriver final
 {
 public:
-    using TextLookup = std::function<QString(std::int32_t number, const QString &english)>;
-
     static constexpr qint64 SuspendPollMs = 5000;
 
     TaskRunDriver(std::shared_ptr<TaskRunRecord> record, std::shared_ptr<CadConnection> cad, TextLookup text = {},

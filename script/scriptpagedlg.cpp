@@ -81,8 +81,7 @@ CScriptPageDlg::~CScriptPageDlg()
 
 QString CScriptPageDlg::text(std::int32_t number, const char *english) const
 {
-    const QString fallback = QString::fromLatin1(english);
-    return m_text ? m_text(number, fallback) : tr_ts(number, fallback);
+    return lookupText(m_text, number, english);
 }
 
 QString CScriptPageDlg::templateText(std::int32_t kind) const
