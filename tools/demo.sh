@@ -67,4 +67,31 @@ mctask vault ls 'V:\Parts\PDF'
 step "One output: its version, check-in comment, card and reference to its source"
 mctask vault show 'V:\Parts\PDF\layout_Sheet1.pdf'
 
+step "A \"Print Files\" task: an assembly and its drawing, to a print queue of the demo's own"
+mctask vault add "$root"/samples/gearbox.mcdasm --to Parts >/dev/null
+mctask vault ref 'V:\Parts\gearbox.mcdasm' 'V:\Parts\layout.mcddrw' >/dev/null
+if socket=$("$root/tools/privatecups.sh" start "$work/cups" McPdf); then
+  export CUPS_SERVER="$socket"
+  trap '"$root/tools/privatecups.sh" stop "$work/cups"' EXIT
+  printer=McPdf
+  echo "   a private CUPS server at $socket, its queue McPdf writes each job as a PDF"
+else
+  export MCSIM_PRINTERS="Office;Plotter"
+  printer=Plotter
+  echo "   cupsd cannot run here: the stand-in's own printer \"Plotter\" stands in for the queue"
+fi
+mctask task create "Print" --kind print
+# Its pages' defaults (A4, landscape), the printer, and the assembly's drawings
+# ticked along with it.
+mctask task setup "Print" >/dev/null
+mctask task set "Print" "__printer_prname=$printer" __printer_autoselectrefstype:int=1 >/dev/null
+id=$(mctask task launch "Print" 'V:\Parts\gearbox.mcdasm' | tail -1)
+mctask task run "$id" || true
+mctask task details "$id"
+if [ "$printer" = McPdf ]; then
+  for _ in $(seq 50); do [ "$(ls "$work/cups/out" | wc -l)" -ge 2 ] && break; sleep 0.2; done
+  echo "The queue's PDFs:"
+  ls -l "$work/cups/out"
+fi
+
 printf '\nDemo folder: %s (%ss)\n' "$work" "$(( $(date +%s) - started ))"

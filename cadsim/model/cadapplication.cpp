@@ -6,6 +6,8 @@
 #include "cadsim/model/modelobserver.h"
 #include "platform/printing/printers.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <algorithm>
 
 CadSettings CadSettings::fromEnvironment(const QProcessEnvironment &env)
@@ -23,10 +25,19 @@ CadSettings CadSettings::fromEnvironment(const QProcessEnvironment &env)
         }
     }
     settings.defaultPrinter = env.value(QStringLiteral("MCSIM_DEFAULT_PRINTER"));
+    settings.exportRecordFolder = env.value(QStringLiteral("MCSIM_EXPORT_RECORDS"), ExportRecords::defaultFolder());
     settings.spoolFile = env.value(QStringLiteral("MCSIM_SPOOL_FILE"));
+    if (settings.spoolFile.isEmpty()) {
+        // Prints are kept beside the export records, so that a run without
+        // the variable still prints.
+        const QString folder = QFileInfo(settings.exportRecordFolder.isEmpty() ? ExportRecords::defaultFolder()
+                                                                              : settings.exportRecordFolder)
+                                   .path();
+        if (QDir().mkpath(folder))
+            settings.spoolFile = QDir(folder).filePath(QStringLiteral("print-spool.jsonl"));
+    }
     if (env.contains(QStringLiteral("MCSIM_REVISION")))
         settings.revision = env.value(QStringLiteral("MCSIM_REVISION"));
-    settings.exportRecordFolder = env.value(QStringLiteral("MCSIM_EXPORT_RECORDS"), ExportRecords::defaultFolder());
     return settings;
 }
 

@@ -34,9 +34,10 @@ struct CadSettings
     QString revision = QStringLiteral("21.0.0");
     QString exportRecordFolder; // where what each export stated is kept; empty: nowhere
 
-    // MCSIM_PRINTERS ("name;name=failure text;..."), MCSIM_DEFAULT_PRINTER,
-    // MCSIM_SPOOL_FILE and MCSIM_REVISION, each when set; MCSIM_EXPORT_RECORDS,
-    // else the stand-in's folder under the per-user home.
+    // MCSIM_PRINTERS ("name;name=failure text;..."), MCSIM_DEFAULT_PRINTER
+    // and MCSIM_REVISION, each when set; MCSIM_EXPORT_RECORDS, else the
+    // stand-in's folder under the per-user home; MCSIM_SPOOL_FILE, else
+    // "print-spool.jsonl" beside that folder.
     static CadSettings fromEnvironment(const QProcessEnvironment &env);
 };
 

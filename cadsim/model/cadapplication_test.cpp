@@ -4,6 +4,7 @@
 
 #include <QProcessEnvironment>
 #include <QSet>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
@@ -257,6 +258,12 @@ TEST(CadSettings, ReadFromTheEnvironment)
     CadApplication app({}, s);
     EXPECT_EQ(app.defaultPrinter(), "Plotter");
     EXPECT_EQ(CadSettings::fromEnvironment(QProcessEnvironment()).revision, "21.0.0");
+
+    // Without a spool file of its own, prints go beside the export records.
+    QTemporaryDir scratch;
+    QProcessEnvironment records;
+    records.insert("MCSIM_EXPORT_RECORDS", scratch.filePath("mcsim/exports"));
+    EXPECT_EQ(CadSettings::fromEnvironment(records).spoolFile, scratch.filePath("mcsim/print-spool.jsonl"));
 }
 
 TEST(CadConstants, TableIsCompleteAndUnambiguous)
