@@ -440,7 +440,8 @@ int runLaunch(CommandContext &context)
                       QStringLiteral("Launches a task on vault files and folders as a user would, and prints the new\n"
                                      "instance's number as the last line. --set writes instance variables only.\n"
                                      "A page the add-in hands back is confirmed with \"OK\" (shown with --gui).\n"
-                                     "A print task prints without its dialog unless --gui shows it.")))
+                                     "A print task prints without its dialog unless --gui shows it.\n"
+                                     "With --gui and no FILE, the user picks files and folders first.")))
         return 0;
     const QStringList args = parser.positionalArguments();
     if (args.isEmpty())
