@@ -34,6 +34,8 @@ PrintUIDlg::PrintUIDlg(std::shared_ptr<IDoxVault> vault, std::shared_ptr<IDoxTas
     m_dialog = new QDialog(parent);
     m_ui = std::make_unique<Ui::PrintUIDlg>();
     m_ui->setupUi(m_dialog);
+    // There is no help system to open yet; a live button would do nothing.
+    m_ui->helpButton->setEnabled(false);
 }
 
 PrintUIDlg::~PrintUIDlg()
