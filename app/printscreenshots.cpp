@@ -5,6 +5,7 @@
 
 #include "addin/menucommanddlg.h"
 #include "app/setupdialog.h"
+#include "common/translator.h"
 #include "host/testing/faketask.h"
 #include "print/printpages.h"
 #include "print/printuidlg.h"
@@ -17,11 +18,6 @@
 #include <QTemporaryDir>
 
 namespace {
-
-QString english(std::int32_t, const QString &text)
-{
-    return text;
-}
 
 } // namespace
 
@@ -36,7 +32,7 @@ bool savePrintScreenshots(const QDir &folder, const SaveShot &save)
     {
         SetupDialog dialog;
         std::vector<std::unique_ptr<TaskPage>> pages;
-        CMenuCommandDlg menu(2, english);
+        CMenuCommandDlg menu(2, englishText);
         menu.create(&host);
         menu.load(props);
         dialog.addPage(QStringLiteral("Menu Command"), menu.window());
@@ -47,7 +43,7 @@ bool savePrintScreenshots(const QDir &folder, const SaveShot &save)
         PageContext context;
         context.taskType = 2;
         for (std::size_t i = 0; i < std::size(PrintSetupPages); ++i) {
-            pages.push_back(createPrintPage(PrintSetupPages[i], context, english));
+            pages.push_back(createPrintPage(PrintSetupPages[i], context, englishText));
             pages.back()->create(&host);
             pages.back()->load(props);
             dialog.addPage(captions[i], pages.back()->window());
@@ -85,7 +81,7 @@ bool savePrintScreenshots(const QDir &folder, const SaveShot &save)
     instance->set(QStringLiteral("__printer_prseltype"), Variant::fromI4(1));
     instance->set(QStringLiteral("__printer_prnamelist"), Variant::fromBStr(QStringLiteral("Office\r\nPlotter")));
     instance->set(QStringLiteral("__printer_prname"), Variant::fromBStr(QStringLiteral("Plotter")));
-    PrintUIDlg dialog(vault, instance, selection, english);
+    PrintUIDlg dialog(vault, instance, selection, englishText);
     dialog.initialise();
     dialog.window()->resize(700, 540);
     dialog.window()->findChild<QLineEdit *>(QStringLiteral("copiesEdit"))->setText(QStringLiteral("3"));

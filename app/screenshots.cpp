@@ -4,14 +4,15 @@
 #include "app/printscreenshots.h"
 #include "app/setupdialog.h"
 #include "app/vaultbrowser.h"
+#include "common/translator.h"
 #include "common/widgets/placeholderedit.h"
 #include "common/widgets/vlistctrl.h"
 #include "convert/advancedconvopdlg.h"
 #include "convert/conversionsettingspage.h"
 #include "convert/filecardpagedlg.h"
 #include "convert/outputfiledetailspagedlg.h"
-#include "host/testing/fakevault.h"
 #include "host/testing/faketask.h"
+#include "host/testing/fakevault.h"
 #include "run/taskdetailspage.h"
 #include "script/scriptpagedlg.h"
 #include "script/selectiondlg.h"
@@ -30,11 +31,6 @@
 #include <cstdio>
 
 namespace {
-
-QString english(std::int32_t, const QString &text)
-{
-    return text;
-}
 
 std::vector<InstalledProducts::Product> sampleProducts()
 {
@@ -76,7 +72,7 @@ bool saveLaunchWindows(const QDir &folder)
     vault->GetRootFolderPath(root);
 
     {
-        CSelectionDlg selection(vault, root, {}, english);
+        CSelectionDlg selection(vault, root, {}, englishText);
         selection.addEntry(root + QStringLiteral("\\Parts\\gear.mcdprt"), {2, DoxObject_File, 2, 1});
         selection.addEntry(root + QStringLiteral("\\Assemblies\\gearbox.mcdasm"), {4, DoxObject_File, 3, 1});
         selection.addEntry(root + QStringLiteral("\\Drawings"), {4, DoxObject_Folder, 0, 0});
@@ -115,7 +111,7 @@ bool saveLaunchWindows(const QDir &folder)
         context.instance = instance;
         context.taskType = 2;
         context.finished = true;
-        TaskDetailsPage details(context, english);
+        TaskDetailsPage details(context, englishText);
         QWidget *page = details.create(nullptr);
         page->setWindowTitle(QStringLiteral("Printed Files"));
         // Wide enough for every column (their widths add up to 16 tenths).
@@ -152,7 +148,7 @@ bool saveConvertPages(const QDir &folder)
     context.properties = props;
     context.taskType = 1;
 
-    CConversionSettingsPageDlg settings(context, english);
+    CConversionSettingsPageDlg settings(context, englishText);
     settings.create(nullptr);
     settings.load(*props);
     ok &= savePage(settings.window(), folder, QStringLiteral("conversion-settings-setup"));
@@ -160,13 +156,13 @@ bool saveConvertPages(const QDir &folder)
     ok &= savePage(settings.window(), folder, QStringLiteral("conversion-settings-setup-sheets"));
     context.conversionPage = &settings;
 
-    CFileCardPageDlg card(context, english);
+    CFileCardPageDlg card(context, englishText);
     card.create(nullptr);
     card.load(*props);
     card.selectRow(0);
     ok &= savePage(card.window(), folder, QStringLiteral("file-card"));
 
-    COutputFileDetailsPageDlg details(context, english);
+    COutputFileDetailsPageDlg details(context, englishText);
     details.create(nullptr);
     details.load(*props);
     ok &= savePage(details.window(), folder, QStringLiteral("output-file-details"));
@@ -180,7 +176,7 @@ bool saveConvertPages(const QDir &folder)
     launch.set(QStringLiteral("FileConfs"), Variant::fromI4(4));
     PageContext launchContext = context;
     launchContext.launchMode = true;
-    CConversionSettingsPageDlg atLaunch(launchContext, english);
+    CConversionSettingsPageDlg atLaunch(launchContext, englishText);
     atLaunch.create(nullptr);
     atLaunch.load(launch);
     ok &= savePage(atLaunch.window(), folder, QStringLiteral("conversion-settings-launch"));
@@ -189,7 +185,7 @@ bool saveConvertPages(const QDir &folder)
                                       {22, "VRML (*.wrl)"}, {2, "ACIS (*.sat)"}, {15, "Parasolid (*.x_t)"},
                                       {12, "IGES (*.igs)"}, {17, "STEP (*.step)"}, {18, "STL (*.stl)"},
                                       {19, "TIF (*.tif)"}}) {
-        CAdvancedConvOpDlg dialog(*props, index, QString::fromLatin1(name), nullptr, true, english);
+        CAdvancedConvOpDlg dialog(*props, index, QString::fromLatin1(name), nullptr, true, englishText);
         ok &= save(dialog, folder,
                    QStringLiteral("conversion-options-") + QString::fromLatin1(name).section(QLatin1Char(' '), 0, 0).toLower());
         dialog.hide();
@@ -214,10 +210,10 @@ int main(int argc, char **argv)
 
     // The two pages of an execute-script task inside the host's dialog.
     FakeTaskProperties script;
-    CMenuCommandDlg menuPage(3, english);
+    CMenuCommandDlg menuPage(3, englishText);
     menuPage.create(&host);
     menuPage.load(script);
-    CScriptPageDlg scriptPage(true, 3, english, sampleProducts);
+    CScriptPageDlg scriptPage(true, 3, englishText, sampleProducts);
     scriptPage.create(&host);
     scriptPage.load(script);
     {
@@ -233,7 +229,7 @@ int main(int argc, char **argv)
 
     // The pages alone, as a page of a conversion task shows its defaults.
     FakeTaskProperties convert;
-    CMenuCommandDlg convertMenu(1, english);
+    CMenuCommandDlg convertMenu(1, englishText);
     convertMenu.create(&host);
     convertMenu.load(convert);
     convertMenu.window()->setParent(nullptr);
@@ -244,7 +240,7 @@ int main(int argc, char **argv)
     // "Advanced Scripting Options" of a conversion task with its own macro.
     convert.set(QStringLiteral("__type"), Variant::fromI4(1));
     convert.set(QStringLiteral("__mc_version"), Variant::fromI4(2014));
-    CScriptPageDlg options(false, 1, english, sampleProducts);
+    CScriptPageDlg options(false, 1, englishText, sampleProducts);
     options.load(convert);
     options.editScript(options.editorText() + QStringLiteral("' changed\n"));
     QWidget *dialog = options.create(nullptr);

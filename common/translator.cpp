@@ -116,3 +116,8 @@ QString lookupText(const TextLookup &lookup, std::int32_t number, const char *en
     const QString fallback = QString::fromLatin1(english);
     return lookup ? lookup(number, fallback) : tr_ts(number, fallback);
 }
+
+QString englishText(std::int32_t, const QString &english)
+{
+    return english;
+}

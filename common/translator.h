@@ -62,6 +62,9 @@ using TextLookup = std::function<QString(std::int32_t number, const QString &eng
 // The text from lookup when one is given, from tr_ts otherwise.
 QString lookupText(const TextLookup &lookup, std::int32_t number, const char *english);
 
+// A TextLookup that keeps every English text as it is (tests, screenshots).
+QString englishText(std::int32_t number, const QString &english);
+
 // Installs a translator for the lifetime of the guard (tests).
 class ScopedTranslator final
 {

@@ -2,6 +2,7 @@
 
 #include "addin/mctaskaddin.h"
 #include "addin/module/setuppagefactory.h"
+#include "common/translator.h"
 #include "common/widgets/recordingprompter.h"
 #include "common/widgets/testing/widgetapp.h"
 #include "common/widgets/vlistctrl.h"
@@ -19,11 +20,6 @@
 
 namespace {
 
-QString english(std::int32_t, const QString &text)
-{
-    return text;
-}
-
 // A print task in the host's set-up dialog, with the module's pages.
 class PrintSetupTest : public ::testing::Test, private WithWidgetApp
 {
@@ -31,8 +27,8 @@ protected:
     PrintSetupTest() : m_prompts(prompter)
     {
         AddInServices services;
-        services.pages = std::make_shared<SetupPageFactory>(english);
-        services.text = english;
+        services.pages = std::make_shared<SetupPageFactory>(englishText);
+        services.text = englishText;
         addin = std::make_shared<CMcTaskAddIn>(std::move(services));
         props = std::make_shared<FakeTaskProperties>();
         props->taskName = "Plot Sheets";

@@ -1,6 +1,7 @@
 #include "addin/module/setuppagefactory.h"
 
 #include "addin/mctaskaddin.h"
+#include "common/translator.h"
 #include "common/widgets/recordingprompter.h"
 #include "common/widgets/testing/widgetapp.h"
 #include "host/testing/faketask.h"
@@ -14,11 +15,6 @@
 
 namespace {
 
-QString english(std::int32_t, const QString &text)
-{
-    return text;
-}
-
 // The add-in as the host holds it, with the module's pages, inside a host
 // window that is never shown.
 class SetupPagesTest : public ::testing::Test, private WithWidgetApp
@@ -27,8 +23,8 @@ protected:
     SetupPagesTest() : m_prompts(prompter)
     {
         AddInServices services;
-        services.pages = std::make_shared<SetupPageFactory>(english);
-        services.text = english;
+        services.pages = std::make_shared<SetupPageFactory>(englishText);
+        services.text = englishText;
         addin = std::make_shared<CMcTaskAddIn>(std::move(services));
         props = std::make_shared<FakeTaskProperties>();
     }
