@@ -2,8 +2,9 @@
 # A conversion of many files through the real programs: mctask as the task
 # host, the add-in, the stand-in Mecadra doing a small STEP export per file,
 # and the embedded vault. Prints the total, the stand-in's time inside macros
-# (it logs each run call, MCSIM_MACRO_TIMES) and the rest per file, which is
-# the add-in's own share together with the process starts and the channel.
+# (it logs each run call, MCSIM_MACRO_TIMES) and the rest per file, split
+# into Mecadra's starts and restarts, the time between files, and the time
+# after the last file.
 # Usage: bench/realrun.sh [BUILD_DIR] [FILES]   (defaults: build-release, 1000)
 set -euo pipefail
 [ -n "${REALRUN_TRACE:-}" ] && set -x
@@ -49,12 +50,29 @@ if [ "$status" -ne 0 ]; then
 fi
 
 outputs=$(mctask vault ls 'V:\Parts\STEP' --json | grep -o '"path"' | wc -l)
-macro_us=$(awk '{ s += $1 } END { print s + 0 }' "$MCSIM_MACRO_TIMES")
 runs=$(wc -l <"$MCSIM_MACRO_TIMES")
-awk -v files="$files" -v total="$total_ms" -v macro="$macro_us" -v runs="$runs" -v outputs="$outputs" 'BEGIN {
-  printf "files %d, macro runs %d, outputs in the vault %d\n", files, runs, outputs
-  printf "total                      %9.1f ms  %7.2f ms/file\n", total, total / files
-  printf "stand-in inside macros     %9.1f ms  %7.2f ms/file\n", macro / 1000, macro / 1000 / files
-  printf "the rest (add-in, starts, channel) %9.1f ms  %7.2f ms/file\n", total - macro / 1000, (total - macro / 1000) / files
-}'
+# Each line: microseconds inside the macro, the millisecond the call ended,
+# the stand-in's pid. Sorted by time, the gap before a call is the add-in's
+# time between two files (progress, the next macro, the call over the
+# channel), or a start of Mecadra when the pid changed. The time after the
+# last call closes Mecadra, adds the outputs to the vault and checks them in.
+sort -k2,2n "$MCSIM_MACRO_TIMES" | awk -v files="$files" -v total="$total_ms" -v begin="$start" \
+    -v runs="$runs" -v outputs="$outputs" '
+  { macro += $1 / 1000; startMs = $2 - $1 / 1000
+    if (NR == 1) first = startMs - begin
+    else if ($3 != pid) { restart += startMs - lastEnd; restarts++ }
+    else between += startMs - lastEnd
+    lastEnd = $2; pid = $3 }
+  END {
+    tail = begin + total - lastEnd
+    line = "%-44s %9.1f ms  %7.2f ms/file\n"
+    printf "files %d, macro runs %d, outputs in the vault %d, restarts of Mecadra %d\n", files, runs, outputs, restarts
+    printf line, "total", total, total / files
+    printf line, "stand-in inside macros", macro, macro / files
+    printf line, "the rest", total - macro, (total - macro) / files
+    printf line, "  first start of Mecadra", first, first / files
+    printf line, "  restarts of Mecadra (every 100 files+saves)", restart, restart / files
+    printf line, "  between files (add-in, channel, events)", between, between / files
+    printf line, "  after the last file (close, add, check in)", tail, tail / files
+  }'
 [ "$outputs" -eq "$files" ] || { echo "realrun: expected $files outputs" >&2; exit 1; }

@@ -245,6 +245,25 @@ void SqliteDb::endCallbacks(std::size_t first, bool committed)
         callback(committed);
 }
 
+UnflushedCommits::UnflushedCommits(SqliteDb &db) : m_db(db), m_guard(db.guard())
+{
+    if (!db.inTransaction()) {
+        db.exec("PRAGMA synchronous=NORMAL");
+        m_relaxed = true;
+    }
+}
+
+UnflushedCommits::~UnflushedCommits()
+{
+    if (!m_relaxed)
+        return;
+    try {
+        m_db.exec("PRAGMA synchronous=FULL");
+    } catch (...) {
+        // The connection is failing anyway; its next use reports it.
+    }
+}
+
 Transaction::Transaction(SqliteDb &db) : m_db(db), m_guard(db.guard()), m_firstCallback(db.m_endCallbacks.size())
 {
     // Savepoints share one name: SQLite releases and rolls back the

@@ -146,3 +146,22 @@ private:
     bool m_done = false;
     std::size_t m_firstCallback = 0;
 };
+
+// While it lives, commits of the connection are not flushed to disk (the
+// write-ahead log with synchronous=NORMAL): they survive a crash of the
+// program but a power loss may undo them, until the next flushed commit.
+// For frequent writes that are worth less than a flush, such as a run's
+// progress. Inside an open transaction it changes nothing.
+class UnflushedCommits final
+{
+public:
+    explicit UnflushedCommits(SqliteDb &db);
+    ~UnflushedCommits();
+    UnflushedCommits(const UnflushedCommits &) = delete;
+    UnflushedCommits &operator=(const UnflushedCommits &) = delete;
+
+private:
+    SqliteDb &m_db;
+    std::unique_lock<std::recursive_mutex> m_guard;
+    bool m_relaxed = false;
+};

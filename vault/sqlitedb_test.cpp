@@ -123,4 +123,31 @@ TEST(SqliteDbFile, AWriterWaitsForTheLockOrFailsClearly)
     now.commit();
 }
 
+// Only the scope's own commits skip the flush: every later commit of the
+// connection is flushed again, and a scope inside a transaction leaves the
+// transaction's setting alone.
+TEST(SqliteDbFile, UnflushedCommitsEndWithTheirScope)
+{
+    QTemporaryDir dir;
+    SqliteDb db(dir.path() + "/x.db");
+    const auto synchronous = [&] {
+        Statement s = db.prepare("PRAGMA synchronous");
+        s.step();
+        return s.integer(0);
+    };
+    const int full = synchronous();
+    ASSERT_EQ(full, 2);
+    {
+        const UnflushedCommits unflushed(db);
+        EXPECT_EQ(synchronous(), 1);
+    }
+    EXPECT_EQ(synchronous(), full);
+    Transaction t(db);
+    {
+        const UnflushedCommits unflushed(db);
+        EXPECT_EQ(synchronous(), full);
+    }
+    t.commit();
+}
+
 } // namespace

@@ -384,6 +384,9 @@ void TaskStore::setProgress(int instanceId, std::optional<std::int32_t> maximum,
     const auto guard = m_store->db().guard();
     requireInstance(instanceId);
     SqliteDb &db = m_store->db();
+    // Progress changes with every file; a flush to disk per step would cost
+    // more than the step. The run's results are committed flushed.
+    const UnflushedCommits unflushed(db);
     Transaction t(db);
     if (maximum)
         db.prepare("UPDATE instances SET progress_max = ? WHERE id = ?").bind(1, *maximum).bind(2, instanceId).exec();

@@ -7,7 +7,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
-#include <QSaveFile>
+#include <QTemporaryFile>
+
+#include <filesystem>
 
 namespace ExportRecords {
 
@@ -31,11 +33,20 @@ bool write(const QString &folder, const QString &nativeTarget, const QJsonObject
 {
     if (folder.isEmpty() || !QDir().mkpath(folder))
         return false;
-    QSaveFile file(recordPath(folder, nativeTarget));
-    if (!file.open(QIODevice::WriteOnly))
+    // Written beside and renamed over the old record, so a reader never sees
+    // half of one; not synced to disk, which would cost a flush per export.
+    QTemporaryFile file(QDir(folder).filePath(QStringLiteral("record-XXXXXX.tmp")));
+    if (!file.open())
         return false;
-    file.write(QJsonDocument(description).toJson(QJsonDocument::Indented));
-    return file.commit();
+    const QByteArray text = QJsonDocument(description).toJson(QJsonDocument::Indented);
+    if (file.write(text) != text.size() || !file.flush())
+        return false;
+    std::error_code error;
+    std::filesystem::rename(file.fileName().toStdString(), recordPath(folder, nativeTarget).toStdString(), error);
+    if (error)
+        return false;
+    file.setAutoRemove(false);
+    return true;
 }
 
 QJsonObject read(const QString &folder, const QString &nativeTarget)

@@ -1,5 +1,9 @@
 #include "cadsim/server/macrotimelog.h"
 
+#include "platform/clock.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
 #include <QElapsedTimer>
 #include <QFile>
 
@@ -19,10 +23,12 @@ public:
         timer.start();
         const MacroOutcome outcome = m_runner->run(nativePath, module, procedure);
         const qint64 micros = timer.nsecsElapsed() / 1000;
+        const qint64 endedMs = Clock::instance().now().toMSecsSinceEpoch();
         // One short append per call: lines of concurrent processes do not mix.
         QFile log(m_logPath);
         if (log.open(QIODevice::WriteOnly | QIODevice::Append))
-            log.write(QByteArray::number(micros) + '\n');
+            log.write(QByteArray::number(micros) + ' ' + QByteArray::number(endedMs) + ' '
+                      + QByteArray::number(QCoreApplication::applicationPid()) + '\n');
         return outcome;
     }
 
