@@ -1,6 +1,7 @@
 #include "cadsim/engine/fso.h"
 
 #include "base/codepage.h"
+#include "base/windowspath.h"
 #include "cadsim/engine/likematcher.h"
 
 #include <algorithm>
@@ -17,21 +18,13 @@ namespace cadsim {
 
 namespace {
 
-bool isSeparator(QChar c)
-{
-    return c == QLatin1Char('\\') || c == QLatin1Char('/');
-}
-
-// The path without trailing separators, and the index of its last separator (-1: none).
-std::pair<QString, qsizetype> splitAtLastSeparator(const QString &path)
+// FileSystemObject's path functions ignore trailing separators: "C:\\a\\b\\" names "b".
+QString withoutTrailingSeparators(const QString &path)
 {
     QString p = path;
-    while (p.size() > 1 && isSeparator(p.back()))
+    while (p.size() > 1 && WindowsPath::isSeparator(p.back()))
         p.chop(1);
-    qsizetype i = p.size() - 1;
-    while (i >= 0 && !isSeparator(p.at(i)))
-        --i;
-    return {p, i};
+    return p;
 }
 
 QString requiredString(ScriptArgs &args, std::size_t i)
@@ -249,41 +242,31 @@ FileSystemObject::FileSystemObject(PathResolver resolver) : m_resolve(std::move(
 
 QString FileSystemObject::fileName(const QString &path)
 {
-    const auto [p, i] = splitAtLastSeparator(path);
-    const QString name = p.mid(i + 1);
-    return name.size() == 2 && name.at(1) == QLatin1Char(':') ? QString() : name;
+    return WindowsPath::fileName(withoutTrailingSeparators(path));
 }
 
 QString FileSystemObject::parentFolder(const QString &path)
 {
-    const auto [p, i] = splitAtLastSeparator(path);
-    if (i < 0)
-        return QString();
-    QString parent = p.left(i);
-    if (parent.size() == 2 && parent.at(1) == QLatin1Char(':'))
-        parent += QLatin1Char('\\');
-    return parent;
+    const QString p = withoutTrailingSeparators(path);
+    // A drive or a name without a folder has no parent; "C:\\a" has "C:\\".
+    return WindowsPath::fileName(p).isEmpty() || WindowsPath::parent(p) == p ? QString() : WindowsPath::parent(p);
 }
 
 QString FileSystemObject::extension(const QString &path)
 {
-    const QString name = fileName(path);
-    const int dot = name.lastIndexOf(QLatin1Char('.'));
-    return dot < 0 ? QString() : name.mid(dot + 1);
+    return WindowsPath::extension(fileName(path));
 }
 
 QString FileSystemObject::baseName(const QString &path)
 {
-    const QString name = fileName(path);
-    const int dot = name.lastIndexOf(QLatin1Char('.'));
-    return dot < 0 ? name : name.left(dot);
+    return WindowsPath::baseName(fileName(path));
 }
 
 QString FileSystemObject::buildPath(const QString &path, const QString &name)
 {
     if (path.isEmpty())
         return name;
-    if (isSeparator(path.back()) || (!name.isEmpty() && isSeparator(name.front())))
+    if (WindowsPath::isSeparator(path.back()) || (!name.isEmpty() && WindowsPath::isSeparator(name.front())))
         return path + name;
     return path + QLatin1Char('\\') + name;
 }
@@ -378,7 +361,7 @@ ScriptValue FileSystemObject::copyOrMove(ScriptArgs &args, bool copy) const
 {
     const QString src = m_resolve(requiredString(args, 0));
     QString dstWin = requiredString(args, 1);
-    if (!dstWin.isEmpty() && isSeparator(dstWin.back()))
+    if (!dstWin.isEmpty() && WindowsPath::isSeparator(dstWin.back()))
         dstWin += fileName(requiredString(args, 0));
     const QString dst = m_resolve(dstWin);
     const bool overwrite = copy ? optionalBool(args, 2, true) : false;

@@ -18,6 +18,8 @@ TEST(FsoPathTest, WindowsPathPieces)
     EXPECT_EQ(FileSystemObject::parentFolder(QStringLiteral("C:\\x")), QStringLiteral("C:\\"));
     EXPECT_EQ(FileSystemObject::parentFolder(QStringLiteral("C:\\a\\b\\")), QStringLiteral("C:\\a"));
     EXPECT_EQ(FileSystemObject::parentFolder(QStringLiteral("name")), QString());
+    EXPECT_EQ(FileSystemObject::parentFolder(QStringLiteral("C:\\")), QString());
+    EXPECT_EQ(FileSystemObject::parentFolder(QStringLiteral("\\\\srv\\share\\f")), QStringLiteral("\\\\srv\\share"));
     EXPECT_EQ(FileSystemObject::extension(QStringLiteral("C:\\a.b\\c")), QString());
     EXPECT_EQ(FileSystemObject::baseName(QStringLiteral("C:\\a.tar.gz")), QStringLiteral("a.tar"));
     EXPECT_EQ(FileSystemObject::buildPath(QStringLiteral("C:\\"), QStringLiteral("x")), QStringLiteral("C:\\x"));
