@@ -393,6 +393,7 @@ ScriptValue fnVarType(Interpreter &, Args &a)
 
 // ---- numbers ------------------------------------------------------------------------------
 
+// The result of Abs, Int, Fix or Round in its argument's type; Decimals are done exactly by the callers.
 ScriptValue keepType(const ScriptValue &like, double v)
 {
     switch (like.type()) {
@@ -407,8 +408,6 @@ ScriptValue keepType(const ScriptValue &like, double v)
         return ScriptValue::fromSingle(v);
     case ValueType::Currency:
         return ScriptValue::fromCurrency(ScriptValue::fromDouble(v).toCurrency());
-    case ValueType::Decimal:
-        return ScriptValue::fromDecimal(v);
     default:
         return ScriptValue::fromDouble(v);
     }

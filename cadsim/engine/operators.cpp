@@ -64,8 +64,6 @@ ScriptValue numberOfRank(double v, int rank)
         return ScriptValue::fromLong(static_cast<std::int32_t>(v));
     if (rank == kSingle)
         return ScriptValue::fromSingle(v);
-    if (rank == kDecimal)
-        return ScriptValue::fromDecimal(v);
     if (rank == kCurrency)
         return ScriptValue::fromCurrency(ScriptValue::fromDouble(v).toCurrency());
     return ScriptValue::fromDouble(v);
