@@ -393,6 +393,7 @@ ScriptValue fnVarType(Interpreter &, Args &a)
 
 // ---- numbers ------------------------------------------------------------------------------
 
+// The result of Abs, Int, Fix or Round in its argument's type; Decimals are done exactly by the callers.
 ScriptValue keepType(const ScriptValue &like, double v)
 {
     switch (like.type()) {
@@ -407,18 +408,37 @@ ScriptValue keepType(const ScriptValue &like, double v)
         return ScriptValue::fromSingle(v);
     case ValueType::Currency:
         return ScriptValue::fromCurrency(ScriptValue::fromDouble(v).toCurrency());
-    case ValueType::Decimal:
-        return ScriptValue::fromDecimal(v);
     default:
         return ScriptValue::fromDouble(v);
     }
 }
 
-ScriptValue fnAbs(Interpreter &, Args &a) { return a[0].isNull() ? a[0] : keepType(a[0], std::fabs(a[0].toDouble())); }
-ScriptValue fnInt(Interpreter &, Args &a) { return a[0].isNull() ? a[0] : keepType(a[0], std::floor(a[0].toDouble())); }
-ScriptValue fnFix(Interpreter &, Args &a) { return a[0].isNull() ? a[0] : keepType(a[0], std::trunc(a[0].toDouble())); }
+bool isDecimal(const ScriptValue &v) { return v.type() == ValueType::Decimal; }
+
+ScriptValue fnAbs(Interpreter &, Args &a)
+{
+    if (isDecimal(a[0]))
+        return ScriptValue::fromDecimal(a[0].toDecimal().abs());
+    return a[0].isNull() ? a[0] : keepType(a[0], std::fabs(a[0].toDouble()));
+}
+ScriptValue fnInt(Interpreter &, Args &a)
+{
+    if (isDecimal(a[0]))
+        return ScriptValue::fromDecimal(a[0].toDecimal().floored());
+    return a[0].isNull() ? a[0] : keepType(a[0], std::floor(a[0].toDouble()));
+}
+ScriptValue fnFix(Interpreter &, Args &a)
+{
+    if (isDecimal(a[0]))
+        return ScriptValue::fromDecimal(a[0].toDecimal().truncated());
+    return a[0].isNull() ? a[0] : keepType(a[0], std::trunc(a[0].toDouble()));
+}
 ScriptValue fnSgn(Interpreter &, Args &a)
 {
+    if (isDecimal(a[0])) {
+        const Decimal d = a[0].toDecimal();
+        return ScriptValue::fromInteger(d.isZero() ? 0 : (d.isNegative() ? -1 : 1));
+    }
     const double d = a[0].toDouble();
     return ScriptValue::fromInteger(d > 0 ? 1 : (d < 0 ? -1 : 0));
 }
@@ -434,6 +454,8 @@ ScriptValue fnRound(Interpreter &, Args &a)
     const int digits = lngOr(a, 1, 0);
     if (digits < 0)
         throw ScriptError(ErrNo::InvalidCall);
+    if (isDecimal(a[0]))
+        return ScriptValue::fromDecimal(a[0].toDecimal().rounded(digits));
     const double f = std::pow(10.0, digits);
     const double v = std::nearbyint(a[0].toDouble() * f) / f;
     return keepType(a[0], v);
@@ -950,16 +972,7 @@ ScriptValue fnRandomize(Interpreter &in, Args &a)
 // Currency keeps four decimals, rounded half to even as VBA's conversions do.
 ScriptValue fnCCur(Interpreter &, Args &a) { return ScriptValue::fromCurrency(a[0].toCurrency()); }
 
-ScriptValue fnCDec(Interpreter &, Args &a)
-{
-    if (a[0].isString()) {
-        double d = 0;
-        if (!parseVbNumber(a[0].toString(), &d))
-            throw ScriptError(ErrNo::TypeMismatch);
-        return ScriptValue::fromDecimal(d);
-    }
-    return ScriptValue::fromDecimal(a[0].toDouble());
-}
+ScriptValue fnCDec(Interpreter &, Args &a) { return ScriptValue::fromDecimal(a[0].toDecimal()); }
 
 ScriptValue formatStyled(Args &a, NumberStyle style)
 {

@@ -64,8 +64,6 @@ ScriptValue numberOfRank(double v, int rank)
         return ScriptValue::fromLong(static_cast<std::int32_t>(v));
     if (rank == kSingle)
         return ScriptValue::fromSingle(v);
-    if (rank == kDecimal)
-        return ScriptValue::fromDecimal(v);
     if (rank == kCurrency)
         return ScriptValue::fromCurrency(ScriptValue::fromDouble(v).toCurrency());
     return ScriptValue::fromDouble(v);
@@ -93,6 +91,16 @@ ScriptValue currencyArithmetic(Op op, std::int64_t x, std::int64_t y)
     if (overflow)
         throw ScriptError(ErrNo::Overflow);
     return ScriptValue::fromCurrency(r);
+}
+
+ScriptValue decimalArithmetic(Op op, const Decimal &x, const Decimal &y)
+{
+    switch (op) {
+    case Op::Add: return ScriptValue::fromDecimal(x + y);
+    case Op::Sub: return ScriptValue::fromDecimal(x - y);
+    case Op::Mul: return ScriptValue::fromDecimal(x * y);
+    default: return ScriptValue::fromDecimal(x / y);
+    }
 }
 
 ScriptValue objectValue(const ScriptValue &v)
@@ -152,18 +160,18 @@ int compareValues(const ScriptValue &aIn, const ScriptValue &bIn, bool compareTe
         return c < 0 ? -1 : (c > 0 ? 1 : 0);
     }
     double x = 0, y = 0;
-    if (a.isString()) {
-        if (!isNumericString(a, &x))
-            return 1; // a string is greater than any number
-    } else {
+    if (a.isString() && !isNumericString(a, &x))
+        return 1; // a string is greater than any number
+    if (b.isString() && !isNumericString(b, &y))
+        return -1;
+    // Decimals compare exactly, with the other side made a Decimal (Dates stay Doubles).
+    if ((a.type() == ValueType::Decimal || b.type() == ValueType::Decimal) && a.type() != ValueType::Date
+        && b.type() != ValueType::Date)
+        return Decimal::compare(a.toDecimal(), b.toDecimal());
+    if (!a.isString())
         x = a.toDouble();
-    }
-    if (b.isString()) {
-        if (!isNumericString(b, &y))
-            return -1;
-    } else {
+    if (!b.isString())
         y = b.toDouble();
-    }
     return x < y ? -1 : (x > y ? 1 : 0);
 }
 
@@ -181,6 +189,8 @@ ScriptValue applyUnary(Op op, const ScriptValue &aIn)
             return ScriptValue::fromInteger(static_cast<std::int16_t>(-a.toLong()));
         if (rank == kCurrency)
             return currencyArithmetic(Op::Sub, 0, a.toCurrency());
+        if (rank == kDecimal)
+            return ScriptValue::fromDecimal(-a.toDecimal());
         return numberOfRank(-a.toDouble(), rank == kInteger ? (a.toDouble() == -32768 ? kLong : kInteger) : rank);
     }
     // Not
@@ -251,6 +261,8 @@ ScriptValue applyBinary(Op op, const ScriptValue &aIn, const ScriptValue &bIn, b
     int rank = resultRank(a, b);
     if (rank == kCurrency && (op == Op::Add || op == Op::Sub || op == Op::Mul))
         return currencyArithmetic(op, a.toCurrency(), b.toCurrency());
+    if (rank == kDecimal && (op == Op::Add || op == Op::Sub || op == Op::Mul || op == Op::Div))
+        return decimalArithmetic(op, a.toDecimal(), b.toDecimal());
     const double x = a.toDouble();
     const double y = b.toDouble();
     switch (op) {
@@ -265,8 +277,8 @@ ScriptValue applyBinary(Op op, const ScriptValue &aIn, const ScriptValue &bIn, b
     case Op::Div:
         if (y == 0)
             throw ScriptError(x == 0 ? ErrNo::Overflow : ErrNo::DivisionByZero);
-        // A quotient is a Double, except of Decimals and of two Singles or smaller.
-        if (rank == kDecimal || rank == kSingle)
+        // A quotient is a Double, except of two Singles or smaller (Decimals are done above).
+        if (rank == kSingle)
             return numberOfRank(x / y, rank);
         return ScriptValue::fromDouble(x / y);
     case Op::Pow: {

@@ -155,10 +155,42 @@ ScriptValue ScriptValue::fromCurrency(std::int64_t scaled)
 
 ScriptValue ScriptValue::fromDecimal(double d)
 {
-    if (!(std::fabs(d) <= 79228162514264337593543950335.0))
-        throw ScriptError(ErrNo::Overflow);
-    // Fifteen significant digits, so that sums of decimal fractions compare as written (0.1 + 0.2 = 0.3).
-    return ofFloatingType(ValueType::Decimal, d == 0 ? 0 : QString::number(d, 'g', 15).toDouble());
+    return fromDecimal(Decimal::fromDouble(d));
+}
+
+ScriptValue ScriptValue::fromDecimal(const Decimal &d)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Decimal;
+    v.m_decimalScale = static_cast<std::uint8_t>(d.scale());
+    v.m_decimalNegative = d.isNegative();
+    v.m_int = static_cast<std::int32_t>(d.high());
+    v.m_decimalLow = d.low();
+    return v;
+}
+
+Decimal ScriptValue::toDecimal() const
+{
+    switch (m_type) {
+    case ValueType::Decimal:
+        return Decimal::fromParts(m_decimalLow, static_cast<std::uint32_t>(m_int), m_decimalScale, m_decimalNegative);
+    case ValueType::Empty:
+        return Decimal();
+    case ValueType::Boolean:
+    case ValueType::Integer:
+    case ValueType::Long:
+        return Decimal::fromInt64(m_int);
+    case ValueType::Currency:
+        return Decimal::fromScaled(m_currency, 4);
+    case ValueType::Single:
+        return Decimal::fromDouble(m_double, 7);
+    case ValueType::String:
+        if (const std::optional<Decimal> d = Decimal::parse(m_string))
+            return *d;
+        return Decimal::fromDouble(toDouble()); // "True", or 13
+    default:
+        return Decimal::fromDouble(toDouble());
+    }
 }
 
 ScriptValue ScriptValue::fromDate(double oleDate)
@@ -289,9 +321,10 @@ bool ScriptValue::toBool() const
         return m_int != 0;
     case ValueType::Currency:
         return m_currency != 0;
+    case ValueType::Decimal:
+        return m_int != 0 || m_decimalLow != 0;
     case ValueType::Single:
     case ValueType::Double:
-    case ValueType::Decimal:
     case ValueType::Date:
         return m_double != 0;
     case ValueType::String: {
@@ -322,9 +355,10 @@ double ScriptValue::toDouble() const
         return m_int;
     case ValueType::Currency:
         return static_cast<double>(m_currency) / 10000.0;
+    case ValueType::Decimal:
+        return toDecimal().toDouble();
     case ValueType::Single:
     case ValueType::Double:
-    case ValueType::Decimal:
     case ValueType::Date:
         return m_double;
     case ValueType::String: {
@@ -348,6 +382,12 @@ std::int32_t ScriptValue::toLong() const
 {
     if (m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean)
         return m_int;
+    if (m_type == ValueType::Decimal) {
+        const std::int64_t whole = toDecimal().toInt64();
+        if (whole < -2147483648LL || whole > 2147483647LL)
+            throw ScriptError(ErrNo::Overflow);
+        return static_cast<std::int32_t>(whole);
+    }
     const double d = roundHalfEven(toDouble());
     if (!(d >= -2147483648.0 && d <= 2147483647.0))
         throw ScriptError(ErrNo::Overflow);
@@ -360,6 +400,13 @@ std::int64_t ScriptValue::toCurrency() const
         return m_currency;
     if (m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean)
         return static_cast<std::int64_t>(m_int) * 10000;
+    if (m_type == ValueType::Decimal)
+        return toDecimal().toCurrencyUnits();
+    if (m_type == ValueType::String) {
+        // Exact for all of Currency's 19 digits, which a Double does not hold.
+        if (const std::optional<Decimal> d = Decimal::parse(m_string))
+            return d->toCurrencyUnits();
+    }
     double whole = 0;
     double fraction = toDouble();
     fraction = std::modf(fraction, &whole);
@@ -372,7 +419,7 @@ std::int64_t ScriptValue::toCurrency() const
 std::int16_t ScriptValue::toInteger() const
 {
     const double d = m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean
-                             || m_type == ValueType::Empty
+                             || m_type == ValueType::Empty || m_type == ValueType::Decimal
                          ? static_cast<double>(toLong())
                          : roundHalfEven(toDouble());
     if (!(d >= -32768.0 && d <= 32767.0))
@@ -401,18 +448,8 @@ QString ScriptValue::toString() const
             s += QLatin1Char('.') + decimals;
         return m_currency < 0 ? QLatin1Char('-') + s : s;
     }
-    case ValueType::Decimal: {
-        // Never an exponent: fifteen significant digits in plain notation, up to 28 decimals.
-        const int magnitude = m_double == 0 ? 0 : static_cast<int>(std::floor(std::log10(std::fabs(m_double))));
-        QString s = QString::number(m_double, 'f', std::clamp(14 - magnitude, 0, 28));
-        if (s.contains(QLatin1Char('.'))) {
-            while (s.endsWith(QLatin1Char('0')))
-                s.chop(1);
-            if (s.endsWith(QLatin1Char('.')))
-                s.chop(1);
-        }
-        return s == QLatin1String("-0") ? QStringLiteral("0") : s;
-    }
+    case ValueType::Decimal:
+        return toDecimal().toString();
     case ValueType::Single:
     case ValueType::Double: {
         if (m_double == std::trunc(m_double) && std::fabs(m_double) < 1e15)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cadsim/engine/decimal96.h"
 #include "cadsim/engine/scripterror.h"
 
 #include <QString>
@@ -14,7 +15,7 @@ class ScriptObject;
 struct ScriptArray;
 
 // The type of a ScriptValue, as VarType reports it.
-enum class ValueType {
+enum class ValueType : std::uint16_t {
     Empty = 0,
     Null = 1,
     Integer = 2, // 16-bit
@@ -27,7 +28,7 @@ enum class ValueType {
     Object = 9,  // a null object is Nothing
     Error = 10,
     Boolean = 11,
-    Decimal = 14, // held as a Double: about 15 significant digits, not 28
+    Decimal = 14, // 96-bit integer, scale 0..28 and sign: see Decimal
     Record = 36, // a value of a user-defined type
     Array = 8192,
 };
@@ -55,7 +56,8 @@ public:
     static ScriptValue fromSingle(double v); // rounds to float precision, raises 6 out of range
     // Ten-thousandths: fromCurrency(12345) is 1.2345.
     static ScriptValue fromCurrency(std::int64_t scaled);
-    static ScriptValue fromDecimal(double v); // raises 6 past Decimal's range
+    static ScriptValue fromDecimal(double v); // 15 significant digits; raises 6 past Decimal's range
+    static ScriptValue fromDecimal(const Decimal &v);
     static ScriptValue fromDate(double oleDate);
     static ScriptValue fromString(const QString &v);
     // A byte string (StrConv's vbFromUnicode): two bytes to a character; an odd count is kept.
@@ -89,6 +91,8 @@ public:
     double toDouble() const;
     // Currency's ten-thousandths, rounded half to even; raises 6 past Currency's range.
     std::int64_t toCurrency() const;
+    // Exact from whole numbers, Currency and Decimal; a Double keeps 15 digits, a Single 7.
+    Decimal toDecimal() const;
     QString toString() const;
     // The bytes of a string as the text holds them (UTF-16LE), an odd count as made by fromBytes.
     QByteArray toBytes() const;
@@ -113,10 +117,15 @@ private:
     static constexpr std::int32_t kMissing = static_cast<std::int32_t>(0x80020004u);
 
     ValueType m_type = ValueType::Empty;
+    // Decimal: its scale and sign, with the mantissa's high 32 bits in m_int and low 64 bits in
+    // m_decimalLow, so that a Decimal takes no more room than other values.
+    std::uint8_t m_decimalScale = 0;
+    bool m_decimalNegative = false;
     std::int32_t m_int = 0; // Boolean (-1/0), Integer, Long, Error; String: 1 for an odd byte count
     union {
-        double m_double = 0;     // Single, Double, Decimal, Date
-        std::int64_t m_currency; // Currency
+        double m_double = 0;         // Single, Double, Date
+        std::int64_t m_currency;     // Currency
+        std::uint64_t m_decimalLow;  // Decimal
     };
     QString m_string;
     std::shared_ptr<ScriptObject> m_object;
