@@ -192,21 +192,6 @@ TEST_F(TaskRunRecordTest, ErrorLogKnownToTheVaultIsDropped)
     EXPECT_TRUE(m_record.records()[0].isErrorLog);
 }
 
-TEST_F(TaskRunRecordTest, PrintEntriesHaveNoPathAndTheCurrentSource)
-{
-    startRun(false, 2);
-    m_record.registerPrintEntry(QStringLiteral("Plotter"), QStringLiteral("Sheet2"));
-    ASSERT_EQ(m_record.records().size(), 1u);
-    const FileRecord &entry = m_record.records()[0];
-    EXPECT_TRUE(entry.path.isEmpty());
-    EXPECT_EQ(entry.info, QStringLiteral("Plotter"));
-    EXPECT_EQ(entry.conf, QStringLiteral("Sheet2"));
-    EXPECT_EQ(entry.source, m_source);
-    EXPECT_TRUE(entry.isPrintEntry);
-    EXPECT_FALSE(entry.isErrorLog);
-    EXPECT_EQ(m_vault->fileLookups, 0);
-}
-
 TEST_F(TaskRunRecordTest, CountsAndErrorsLookAtFilesOnDisk)
 {
     startRun(false);
