@@ -103,23 +103,6 @@ TEST(VaultStore, CheckInMakesANewVersionOnlyWhenNeeded)
     EXPECT_EQ(codeOf([&] { store.checkIn(added.id, QString()); }), E_DOX_FILE_NOT_LOCKED_BY_YOU);
 }
 
-TEST(VaultStore, AnUpdateMakesAVersionOnlyWhenTheBytesDiffer)
-{
-    TempVault vault;
-    VaultStore &store = *vault.store;
-    const int id = store.addFile(vault.outsideFile("a", "one"), QString(), QStringLiteral("a.txt"), {}).id;
-    const VaultStore::Update same = store.updateFrom(id, vault.outsideFile("b", "one"));
-    EXPECT_FALSE(same.changed);
-    EXPECT_EQ(same.version, 1);
-    const VaultStore::Update other = store.updateFrom(id, vault.outsideFile("c", "two"));
-    EXPECT_TRUE(other.changed);
-    EXPECT_EQ(other.version, 2);
-    EXPECT_EQ(store.readVersion(id, 0), QByteArray("two"));
-    EXPECT_EQ(TempVault::readFile(vault.root() + "/a.txt"), QByteArray("two"));
-    EXPECT_EQ(store.fileById(id)->lock, VaultLock::None);
-    EXPECT_EQ(codeOf([&] { store.updateFrom(id, vault.root() + "/missing"); }), E_DOX_IO_ERROR);
-}
-
 TEST(VaultStore, NewVersionsCarryLabelsCardsAndReferences)
 {
     TempVault vault;
@@ -363,18 +346,6 @@ TEST(VaultStore, ThreadsOfOneProcessShareAStore)
         thread.join();
     EXPECT_EQ(vault.store->filesUnder(VaultStore::RootFolderId).size(), 200u);
     EXPECT_EQ(vault.store->readVersion(vault.store->fileByPath("t3\\f49")->id, 1), QByteArray("3049"));
-}
-
-TEST(VaultStore, StoresEqualContentsOnce)
-{
-    TempVault vault;
-    VaultStore &store = *vault.store;
-    const int a = store.addFile(vault.outsideFile("a", "same"), "", "a.txt", {}).id;
-    const int b = store.addFile(vault.outsideFile("b", "same"), "", "b.txt", {}).id;
-    EXPECT_EQ(store.version(a, 1)->hash, store.version(b, 1)->hash);
-    Statement s = store.db().prepare("SELECT COUNT(*) FROM blobs");
-    ASSERT_TRUE(s.step());
-    EXPECT_EQ(s.integer(0), 1);
 }
 
 } // namespace
