@@ -40,16 +40,6 @@ QSet<QString> optionPlaceholders(const QString &text)
     return names;
 }
 
-// Every "<Name>" of a text (the operator "<>" has no name and is not one).
-QSet<QString> anglePlaceholders(const QString &text)
-{
-    QSet<QString> names;
-    static const QRegularExpression re(QStringLiteral("<([A-Za-z]+)>"));
-    for (const QRegularExpressionMatch &m : re.globalMatch(text))
-        names.insert(m.captured(1));
-    return names;
-}
-
 // The body of one procedure, from its declaration to its "End Sub"/"End Function".
 QString procedureBody(const QString &text, const QString &name)
 {
@@ -140,17 +130,6 @@ TEST(MacroTemplates, HaveNoStrayOptionDelimiters)
         EXPECT_FALSE(text.contains(QLatin1Char(']'))) << "stray ]";
         EXPECT_FALSE(text.contains(QLatin1Char('{'))) << "a { placeholder";
     }
-}
-
-TEST(MacroTemplates, CarryTheFilePlaceholdersTheyNeed)
-{
-    // The add-in fills these per file; <Filename>, <Extension> and <Configuration> are the
-    // conversion macro's own and reach it inside the output path.
-    EXPECT_EQ(anglePlaceholders(loadedTemplate(ConversionTemplate)),
-              setOf({"Filepath", "VaultPath", "TaskInstanceGuid", "Filename", "Extension",
-                     "Configuration"}));
-    EXPECT_EQ(anglePlaceholders(loadedTemplate(PrintTemplate)),
-              setOf({"Filepath", "SelCfgOrSheet", "VaultPath", "TaskInstanceGuid"}));
 }
 
 TEST(MacroTemplates, MainHandlesErrorsFirst)
