@@ -497,23 +497,6 @@ TEST_F(AddInTest, CancelledSelectionStoresNothing)
     EXPECT_EQ(cmd.cancel, -1);
 }
 
-TEST_F(AddInTest, LaunchWithSelectionNeverShowsTheSelectionDialog)
-{
-    data = {DoxCmdData{1, 1, "V:\\p.mcdprt", {}, 1, 1}};
-    instance->set("__type", Variant::fromI4(1));
-    MockConversionPage *page = pages->makeConversion();
-    EXPECT_CALL(*page, load(_)).WillOnce(Return(S_OK));
-    EXPECT_CALL(*page, hasLaunchPrompt()).WillOnce(Return(true));
-    EXPECT_CALL(*dialogs, runSelectionDialog(_, _, _, _)).Times(0);
-    EXPECT_CALL(*store, storeSelection(_, _, data)).WillOnce(Return(S_OK));
-    DoxCmd cmd = command(DoxCmd_TaskLaunch, instance);
-    EXPECT_EQ(send(cmd), S_OK);
-    EXPECT_TRUE(pages->contexts.back().launchMode);
-    EXPECT_EQ(cmd.window, fakeWindow(5));
-    EXPECT_EQ(cmd.comment, "Conversion Settings");
-    EXPECT_EQ(cmd.extra, addin);
-}
-
 TEST_F(AddInTest, ConversionPageWithNothingToAskIsNotHandedBack)
 {
     data = {DoxCmdData{1, 1, "V:\\p.mcdprt", {}, 1, 1}};

@@ -75,16 +75,6 @@ TEST(TemplateLoader, EachFailingStepShowsItsMessageAndGivesEmptyText)
     }
 }
 
-TEST(TemplateLoader, DecodesTheCodePageAndAppendsOneLineFeed)
-{
-    FakeResources store;
-    // "Caf\xE9 \x80 \x93x\x94" is Café € “x” in Windows-1252.
-    store.data[PrintTemplate] = QByteArray("' Caf\xE9 \x80 \x93x\x94\r\n");
-    const LoadResult r = loadFrom(store, PrintTemplate);
-    EXPECT_TRUE(r.messages.isEmpty());
-    EXPECT_EQ(r.text, QStringLiteral("' Caf\u00E9 \u20AC \u201Cx\u201D\r\n\n"));
-}
-
 TEST(TemplateLoader, TakesOnlyTheReportedSizeOfALongerBlock)
 {
     // Resource blocks may be padded; the size says where the text ends.
