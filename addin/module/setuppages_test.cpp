@@ -56,25 +56,6 @@ private:
     ScopedPrompter m_prompts;
 };
 
-TEST_F(SetupPagesTest, ANewScriptTaskConfirmedWithOkStoresTheDefaultsAndNoMenuCommand)
-{
-    ASSERT_EQ(send(DoxCmd_TaskSetup, {}), S_OK);
-    ASSERT_EQ(props->setupPages.size(), 2u);
-    EXPECT_EQ(props->setupPages[0].caption, "Menu Command");
-    EXPECT_EQ(props->setupPages[1].caption, "Script");
-    EXPECT_EQ(page(0)->parentWidget(), &host);
-    EXPECT_EQ(page(1)->parentWidget(), &host);
-
-    ASSERT_EQ(send(DoxCmd_TaskSetupButton, "OK"), S_OK);
-    EXPECT_EQ(props->value("__script").bstr(), loadScriptTemplate(DefaultScriptTemplate, {}));
-    EXPECT_EQ(props->value("__type").toI4(), 3);
-    EXPECT_EQ(props->value("__mc_version").toI4(), 0);
-    EXPECT_EQ(props->value("__menucmd_display").type(), VarType::Bool);
-    EXPECT_FALSE(props->value("__menucmd_display").toBool());
-    EXPECT_EQ(props->menuCommandWrites, 1);
-    EXPECT_TRUE(props->menuCommands.empty());
-}
-
 TEST_F(SetupPagesTest, ChoosingPrintingOnTheScriptPageMakesAPrintTask)
 {
     ASSERT_EQ(send(DoxCmd_TaskSetup, {}), S_OK);
