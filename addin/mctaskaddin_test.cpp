@@ -298,28 +298,6 @@ TEST_F(AddInTest, SetupOfATaskWithoutTypeShowsMenuAndScriptPages)
     EXPECT_EQ(addin->taskType(), 3);
 }
 
-TEST_F(AddInTest, SetupBuildsTheConvertAndPrintPageListsInOrder)
-{
-    props->set("__type", Variant::fromI4(1));
-    pages->makeMenu();
-    pages->makeConversion();
-    DoxCmd cmd = command(DoxCmd_TaskSetup, props);
-    ASSERT_EQ(send(cmd), S_OK);
-    EXPECT_EQ(captions(), (QStringList{"Menu Command", "Conversion Settings", "File Card", "Output File Details"}));
-    EXPECT_EQ(pages->requested, (std::vector<PageId>{PageId::MenuCommand, PageId::ConversionSettings,
-                                                     PageId::FileCard, PageId::OutputFileDetails}));
-    EXPECT_FALSE(pages->contexts[1].launchMode);
-
-    props->set("__type", Variant::fromBStr("2"));
-    pages->requested.clear();
-    pages->makeMenu();
-    ASSERT_EQ(send(cmd), S_OK);
-    EXPECT_EQ(captions(),
-              (QStringList{"Menu Command", "Printer", "Paper Size and Orientation", "Margins", "Files"}));
-    EXPECT_EQ(pages->requested, (std::vector<PageId>{PageId::MenuCommand, PageId::Printer, PageId::PaperSize,
-                                                     PageId::Margins, PageId::PrintFiles}));
-}
-
 TEST_F(AddInTest, SetupReturnsHostFailuresUnchanged)
 {
     props->setFlagsResult = E_ACCESSDENIED;
@@ -395,18 +373,6 @@ TEST_F(SetupButtonTest, MissingPropertiesIsAPointerError)
     EXPECT_EQ(send(cmd), E_POINTER);
 }
 
-TEST_F(SetupButtonTest, RefusedMenuPageKeepsTheDialogOpenOnIt)
-{
-    setUpPages(3);
-    EXPECT_CALL(*menu, save(_)).WillOnce(Return(S_FALSE));
-    EXPECT_CALL(*script, save(_)).Times(0);
-    DoxCmd cmd = command(DoxCmd_TaskSetupButton, props, "OK");
-    EXPECT_EQ(send(cmd), S_OK);
-    EXPECT_EQ(cmd.cancel, -1);
-    EXPECT_EQ(cmd.comment, "Menu Command");
-    EXPECT_EQ(props->menuCommandWrites, 0);
-}
-
 TEST_F(SetupButtonTest, MenuPageHostFailureIsReturnedAtOnce)
 {
     setUpPages(3);
@@ -454,22 +420,6 @@ TEST_F(SetupButtonTest, UncheckedMenuCommandPublishesAnEmptyList)
     EXPECT_EQ(send(cmd), S_OK);
     EXPECT_EQ(props->menuCommandWrites, 1);
     EXPECT_TRUE(props->menuCommands.empty());
-}
-
-TEST_F(SetupButtonTest, InvalidPrintPageIsShownAndNothingIsSaved)
-{
-    setUpPages(2);
-    EXPECT_CALL(*menu, save(_)).WillOnce(Return(S_OK));
-    EXPECT_CALL(*printPages[2], takeControlValues()).WillOnce(Return(false));
-    EXPECT_CALL(*printPages[3], takeControlValues()).Times(0);
-    for (MockPage *p : printPages)
-        EXPECT_CALL(*p, save(_)).Times(0);
-    DoxCmd cmd = command(DoxCmd_TaskSetupButton, props, "OK");
-    EXPECT_EQ(send(cmd), S_OK);
-    EXPECT_EQ(cmd.cancel, -1);
-    EXPECT_EQ(cmd.comment, "Margins");
-    EXPECT_EQ(props->menuCommandWrites, 1);
-    EXPECT_EQ(props->menuCommands[0].commandId, 2);
 }
 
 TEST_F(SetupButtonTest, ValidPrintPagesSaveInOrderUntilTheFirstError)
@@ -536,21 +486,6 @@ TEST_F(AddInTest, LaunchNeedsVaultAndInstance)
     EXPECT_EQ(send(noExtra), E_POINTER);
 }
 
-TEST_F(AddInTest, LaunchWithoutSelectionAsksForFilesAndStoresThem)
-{
-    const DoxCmdData chosen{5, 2, "V:\\a.mcdprt", {}, 1, 3};
-    EXPECT_CALL(*dialogs, runSelectionDialog(fakeWindow(9), _, QString("V:"), _))
-        .WillOnce([&](HostWindow, const std::shared_ptr<IDoxVault> &, const QString &, DoxCmdDataArray &sel) {
-            sel = {chosen};
-            return S_OK;
-        });
-    EXPECT_CALL(*store, storeSelection(_, _, DoxCmdDataArray{chosen})).WillOnce(Return(S_OK));
-    DoxCmd cmd = command(DoxCmd_TaskLaunch, instance);
-    cmd.cancel = -1;
-    EXPECT_EQ(send(cmd), S_OK);
-    EXPECT_EQ(cmd.cancel, 0);
-}
-
 TEST_F(AddInTest, CancelledSelectionStoresNothing)
 {
     EXPECT_CALL(*dialogs, runSelectionDialog(_, _, _, _)).WillOnce(Return(S_FALSE));
@@ -560,23 +495,6 @@ TEST_F(AddInTest, CancelledSelectionStoresNothing)
     DoxCmd cmd = command(DoxCmd_TaskLaunch, instance);
     EXPECT_EQ(send(cmd), S_OK);
     EXPECT_EQ(cmd.cancel, -1);
-}
-
-TEST_F(AddInTest, LaunchWithSelectionNeverShowsTheSelectionDialog)
-{
-    data = {DoxCmdData{1, 1, "V:\\p.mcdprt", {}, 1, 1}};
-    instance->set("__type", Variant::fromI4(1));
-    MockConversionPage *page = pages->makeConversion();
-    EXPECT_CALL(*page, load(_)).WillOnce(Return(S_OK));
-    EXPECT_CALL(*page, hasLaunchPrompt()).WillOnce(Return(true));
-    EXPECT_CALL(*dialogs, runSelectionDialog(_, _, _, _)).Times(0);
-    EXPECT_CALL(*store, storeSelection(_, _, data)).WillOnce(Return(S_OK));
-    DoxCmd cmd = command(DoxCmd_TaskLaunch, instance);
-    EXPECT_EQ(send(cmd), S_OK);
-    EXPECT_TRUE(pages->contexts.back().launchMode);
-    EXPECT_EQ(cmd.window, fakeWindow(5));
-    EXPECT_EQ(cmd.comment, "Conversion Settings");
-    EXPECT_EQ(cmd.extra, addin);
 }
 
 TEST_F(AddInTest, ConversionPageWithNothingToAskIsNotHandedBack)
@@ -608,14 +526,6 @@ TEST_F(AddInTest, PrintLaunchPassesTheShowFlagAndHonoursItsAnswer)
     EXPECT_EQ(cmd2.cancel, -1);
 }
 
-TEST_F(AddInTest, ScriptLaunchStoresTheSelection)
-{
-    data = {DoxCmdData{1, 1, "V:\\p.mcdprt", {}, 1, 1}};
-    EXPECT_CALL(*store, storeSelection(_, _, data)).WillOnce(Return(S_OK));
-    DoxCmd cmd = command(DoxCmd_TaskLaunch, instance);
-    EXPECT_EQ(send(cmd), S_OK);
-}
-
 TEST_F(AddInTest, LaunchButtonSavesTheConversionPageIntoTheInstance)
 {
     data = {DoxCmdData{1, 1, "V:\\p.mcdprt", {}, 1, 1}};
@@ -645,15 +555,6 @@ TEST_F(AddInTest, RunSwitchesStartupAddInsAroundTheRunAndReportsTheEnd)
     DoxCmd cmd = command(DoxCmd_TaskRun, instance);
     EXPECT_EQ(send(cmd), E_ACCESSDENIED);
     EXPECT_EQ(cmd.cancel, 0);
-}
-
-TEST_F(AddInTest, CancelledRunSetsTheCancelFlagAndStillReports)
-{
-    EXPECT_CALL(*runDriver, run(_, _, _, _)).WillOnce(Return(S_FALSE));
-    EXPECT_CALL(*runDriver, finish(_, S_FALSE)).WillOnce(Return(S_FALSE));
-    DoxCmd cmd = command(DoxCmd_TaskRun, instance);
-    EXPECT_EQ(send(cmd), S_FALSE);
-    EXPECT_EQ(cmd.cancel, -1);
 }
 
 TEST_F(AddInTest, FailedOrThrowingRunStillRestoresStartupAddIns)

@@ -123,17 +123,6 @@ protected:
     QTemporaryDir m_work;
 };
 
-TEST_F(BareMacroCommandTest, CheckReportsWhatALoadWouldRefuse)
-{
-    const QString undeclared = write("undeclared.mcb", "Option Explicit\r\nSub main()\r\n    Dim n As Long\r\n"
-                                                       "    n = 1\r\n    Debug.Print n + count\r\nEnd Sub\r\n");
-    const ProgramRun bad = run({"macro", "check", undeclared});
-    EXPECT_EQ(bad.status, 1);
-    EXPECT_EQ(bad.out.trimmed(), undeclared + ":5:21: Variable not defined");
-    const QString fine = write("fine.mcb", "Option Explicit\r\nSub main()\r\n    Debug.Print VBA.Len(\"ab\")\r\nEnd Sub\r\n");
-    EXPECT_EQ(run({"macro", "check", fine}).status, 0);
-}
-
 TEST_F(BareMacroCommandTest, RunPrintsDebugOutputAndFailsWithTheRunCode)
 {
     const QString path = write("tool.mcb", "Sub main()\r\n    Debug.Print \"main\"; 1 + 1\r\nEnd Sub\r\n"

@@ -81,30 +81,15 @@ protected:
         return -1;
     }
 
-    // Acts on the dialog once the command has opened it; a failed step
-    // closes what is left open, so the command returns and the test ends.
-    static void whenOpen(std::function<void(QDialog &)> action)
-    {
-        QTimer::singleShot(0, [action] {
-            if (QTest::qWaitFor([] { return openDialog("taskSetupDialog") != nullptr; }, 5000)) {
-                QDialog *dialog = openDialog("taskSetupDialog");
-                EXPECT_TRUE(QTest::qWaitForWindowExposed(dialog));
-                action(*dialog);
-            } else {
-                ADD_FAILURE() << "the set-up dialog did not open";
-            }
-            if (QDialog *left = openDialog("taskSetupDialog"))
-                left->reject();
-        });
-    }
-
-    // Acts on a window that opens from another one's event loop.
+    // Acts on a window once the command (or another window) has opened it; a
+    // failed step closes what is left open, so the command returns and the test ends.
     static void soonOn(const QString &name, std::function<void(QDialog &)> action)
     {
         QTimer::singleShot(0, [name, action] {
-            if (QTest::qWaitFor([name] { return openDialog(name) != nullptr; }, 5000))
+            if (QTest::qWaitFor([name] { return openDialog(name) != nullptr; }, 5000)) {
+                EXPECT_TRUE(QTest::qWaitForWindowExposed(openDialog(name)));
                 action(*openDialog(name));
-            else
+            } else
                 ADD_FAILURE() << "no window " << name.toStdString();
             if (QDialog *left = openDialog(name))
                 left->reject();
@@ -148,7 +133,7 @@ protected:
 TEST_F(SetupGuiTest, TheAdministratorSetsAMenuCommandAfterARefusal)
 {
     bool acted = false;
-    whenOpen([&](QDialog &window) {
+    soonOn("taskSetupDialog", [&](QDialog &window) {
         QDialog *dialog = &window;
         auto *list = dialog->findChild<QListWidget *>("pageList");
         ASSERT_NE(list, nullptr);
@@ -204,7 +189,7 @@ TEST_F(SetupGuiTest, TheAdministratorSetsAMenuCommandAfterARefusal)
 
 TEST_F(SetupGuiTest, CancelSavesNothing)
 {
-    whenOpen([&](QDialog &window) {
+    soonOn("taskSetupDialog", [&](QDialog &window) {
         QDialog *dialog = &window;
         dialog->findChild<QCheckBox *>("displayCheck")->click();
         dialog->findChild<QDialogButtonBox *>("buttons")->button(QDialogButtonBox::Cancel)->click();

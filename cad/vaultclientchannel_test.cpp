@@ -19,26 +19,6 @@ protected:
     VaultClientListener m_listener{m_dir.path()};
 };
 
-TEST_F(VaultClientChannelTest, SendsCodeAndPathAsOneMessagePerCall)
-{
-    ASSERT_TRUE(m_listener.start());
-    const VaultClientChannel channel(m_dir.path());
-    const QString path = QStringLiteral("V:\\Projekt\\Teil.PDF");
-    for (int i = 0; i < 3; ++i)
-        channel.notify(1, path);
-    channel.notify(2, QString());
-
-    const auto messages = m_listener.messages();
-    ASSERT_EQ(messages.size(), 4u);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_TRUE(messages[i].valid);
-        EXPECT_EQ(messages[i].code, 1);
-        EXPECT_EQ(messages[i].path, path);
-    }
-    EXPECT_EQ(messages[3].code, 2);
-    EXPECT_EQ(messages[3].byteCount, 6);
-}
-
 TEST_F(VaultClientChannelTest, WithoutServerReturnsAndLeavesTheMutexFree)
 {
     VaultClientChannel(m_dir.path()).notify(1, QStringLiteral("V:\\a.pdf"));

@@ -79,16 +79,4 @@ TEST(VariantChange, DatesRoundTripThroughText)
     EXPECT_DOUBLE_EQ(changed(Variant::fromBStr("2023-03-15"), VarType::Date).date(), 45000.0);
 }
 
-TEST(VariantThrowingWrappers, RaiseTheConversionFailure)
-{
-    try {
-        (void)Variant::fromBStr("abc").toI4();
-        FAIL() << "no error raised";
-    } catch (const HostError &e) {
-        EXPECT_EQ(e.code(), DISP_E_TYPEMISMATCH);
-    }
-    EXPECT_TRUE(Variant::fromI4(1).toBool());
-    EXPECT_EQ(Variant::fromI2(5).toText(), "5");
-}
-
 } // namespace

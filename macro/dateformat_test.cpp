@@ -88,17 +88,6 @@ TEST(FormatDate, EveryStyleLaysOutTheDateAsDocumented)
     }
 }
 
-TEST(FormatDate, MonthNamesIncludingMars)
-{
-    const char *full[] = {"January", "February", "Mars", "April", "May", "June",
-                          "July", "August", "September", "October", "November", "December"};
-    const char *shortNames[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    for (int m = 1; m <= 12; ++m) {
-        EXPECT_EQ(format(at(2012, m, 5), 113, 2), QStringLiteral("05 %1 2012").arg(full[m - 1]));
-        EXPECT_EQ(format(at(2012, m, 5), 106, 2), QStringLiteral("05 %1 2012").arg(shortNames[m - 1]));
-    }
-}
-
 TEST(FormatDate, UnknownStylesFallBackToTheLongLayoutForEveryPart)
 {
     const double date = at(2012, 3, 5, 9, 8, 7);
@@ -114,15 +103,6 @@ TEST(FormatDate, DatesOutsideTheCalendarShowMinusOne)
 {
     EXPECT_EQ(format(1e12, 8, 2), "-1  -001 -1:-1:-1:000");
     EXPECT_EQ(format(1e12, 120, 2), "-001--1--1");
-}
-
-TEST(TodayText, SlashesBecomeUnderscores)
-{
-    EXPECT_EQ(todayText(QDateTime(QDate(2012, 3, 5), QTime(23, 59, 59)), 103), "05_03_2012");
-    EXPECT_EQ(todayText(QDateTime(QDate(2012, 3, 5), QTime(0, 0)), 0), "Mar 05 2012");
-    EXPECT_EQ(todayText(QDateTime(QDate(2012, 3, 5), QTime(8, 0)), 111), "2012_03_05");
-    // The epoch itself is the date value 0, which has no text.
-    EXPECT_EQ(todayText(QDateTime(QDate(1899, 12, 30), QTime(0, 0)), 103), "");
 }
 
 } // namespace

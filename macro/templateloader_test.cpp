@@ -75,16 +75,6 @@ TEST(TemplateLoader, EachFailingStepShowsItsMessageAndGivesEmptyText)
     }
 }
 
-TEST(TemplateLoader, DecodesTheCodePageAndAppendsOneLineFeed)
-{
-    FakeResources store;
-    // "Caf\xE9 \x80 \x93x\x94" is Café € “x” in Windows-1252.
-    store.data[PrintTemplate] = QByteArray("' Caf\xE9 \x80 \x93x\x94\r\n");
-    const LoadResult r = loadFrom(store, PrintTemplate);
-    EXPECT_TRUE(r.messages.isEmpty());
-    EXPECT_EQ(r.text, QStringLiteral("' Caf\u00E9 \u20AC \u201Cx\u201D\r\n\n"));
-}
-
 TEST(TemplateLoader, TakesOnlyTheReportedSizeOfALongerBlock)
 {
     // Resource blocks may be padded; the size says where the text ends.
@@ -118,37 +108,6 @@ TEST(TemplateLoader, CompiledResourcesKnowOnlyTheThreeTemplates)
     }
     EXPECT_EQ(messages.size(), 3);
     EXPECT_EQ(messages.value(0), QStringLiteral("Could not find Script resource!"));
-}
-
-TEST(Windows1252, MapsEveryByteLikeTheWindowsConversion)
-{
-    // The 0x80-0x9F row is where the code page differs from Latin-1.
-    const char16_t row80[32] = {
-        0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-        0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-        0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
-    };
-    QByteArray all;
-    for (int b = 0; b < 256; ++b)
-        all.append(static_cast<char>(b));
-    const QString text = decodeWindows1252(all);
-    ASSERT_EQ(text.size(), 256);
-    for (int b = 0; b < 256; ++b) {
-        SCOPED_TRACE(b);
-        const char16_t expected = (b >= 0x80 && b < 0xA0) ? row80[b - 0x80] : char16_t(b);
-        EXPECT_EQ(text.at(b).unicode(), expected);
-    }
-}
-
-TEST(Windows1252, DecodesLongTextsAcrossBufferBoundaries)
-{
-    QByteArray bytes;
-    for (int i = 0; i < 5000; ++i)
-        bytes.append(i % 2 ? '\x80' : 'a');
-    const QString text = decodeWindows1252(bytes);
-    ASSERT_EQ(text.size(), 5000);
-    EXPECT_EQ(text.count(QChar(0x20AC)), 2500);
-    EXPECT_EQ(text.at(4999), QChar(0x20AC));
 }
 
 } // namespace

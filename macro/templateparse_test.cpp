@@ -110,15 +110,6 @@ TEST(MacroTemplatesInEngine, FilledTemplatesCompile)
     }
 }
 
-TEST(MacroTemplatesInEngine, AMissingIntegerSettingBreaksTheSyntax)
-{
-    // Integers stand bare in the macro: without a value the run call reports a compile error,
-    // which is how a task with a missing setting fails.
-    Settings settings = printSettings();
-    settings.erase(QStringLiteral("__printer_margintype"));
-    EXPECT_NE(syntaxError(fillTemplate(PrintTemplate, settings)), QString());
-}
-
 TEST(MacroTemplatesInEngine, AQuoteInATextSettingBreaksTheSyntax)
 {
     Settings settings = conversionSettings();

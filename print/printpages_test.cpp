@@ -164,14 +164,4 @@ TEST_F(PrintSetupTest, PrintersPerPaperSizeAreEditedInPlaceAndSavedUnderTheirKey
     EXPECT_EQ(props->value("__printer_prseltype").toI4(), 2);
 }
 
-TEST(PaperSizes, OnlyListedSizesAndDefaultHaveAPrinterKey)
-{
-    EXPECT_EQ(PaperSizes::printerKey(-1), "__printer_papsize_DEF");
-    EXPECT_EQ(PaperSizes::printerKey(0), "__printer_papsize_A");
-    EXPECT_EQ(PaperSizes::printerKey(10), "__printer_papsize_A4");
-    for (const std::int32_t code : {1, 11, 12, 13, -2})
-        EXPECT_TRUE(PaperSizes::printerKey(code).isEmpty()) << code;
-    EXPECT_EQ(PaperSizes::table().size(), 14u);
-}
-
 } // namespace

@@ -31,21 +31,6 @@ std::vector<QString> captionsOf(const TaskDetailsModel &model)
     return {captions.begin(), captions.end()};
 }
 
-TEST(TaskDetailsModelTest, UnfinishedInstanceShowsTheSelectionInThreeColumns)
-{
-    FakeTaskInstance instance;
-    instance.status = TaskStatus_Running; // started, not finished
-    instance.set("__selection_list", Variant::fromBStr(Selection));
-    instance.set("__output_list", Variant::fromBStr(ConvertOutputs));
-
-    TaskDetailsModel model(1, false);
-    EXPECT_EQ(model.load(instance, nullptr), S_OK);
-    EXPECT_EQ(captionsOf(model), (std::vector<QString>{"File Name", "Version", "Found in"}));
-    ASSERT_EQ(model.rows().size(), 2u);
-    EXPECT_EQ(model.rowTexts(0), (QStringList{"gear.mcdprt", "3/-", "V:\\Parts"}));
-    EXPECT_EQ(model.rowTexts(1), (QStringList{"plate.mcddrw", "-1/-", "V:\\Parts\\Sub"}));
-}
-
 TEST(TaskDetailsModelTest, FinishedRunsShowTheirOutputsInTheKindsColumns)
 {
     FakeTaskInstance convert;
@@ -68,14 +53,6 @@ TEST(TaskDetailsModelTest, FinishedRunsShowTheirOutputsInTheKindsColumns)
     EXPECT_EQ(printed.rowTexts(0), (QStringList{"plate.mcddrw", "Sheet1", "Office Laser", "2/-", "V:\\Parts"}));
     // Only a conversion's extra text is an output file.
     EXPECT_TRUE(printed.rows()[0].outputFile.isEmpty());
-
-    // An execute-script run keeps no output list: the page stays empty.
-    FakeTaskInstance script;
-    script.set("__selection_list", Variant::fromBStr(Selection));
-    TaskDetailsModel scripted(3, true);
-    EXPECT_EQ(scripted.load(script, nullptr), S_FALSE);
-    EXPECT_EQ(captionsOf(scripted), (std::vector<QString>{"File Name", "Configuration", "Version", "Found in"}));
-    EXPECT_TRUE(scripted.rows().empty());
 }
 
 TEST(TaskDetailsModelTest, SecondVersionsComeFromTheVaultsReferenceService)
@@ -111,21 +88,6 @@ TEST(TaskDetailsModelTest, ReadFailuresAndBrokenListsLeaveNoRows)
     garbled.set("__selection_list", Variant::fromBStr("<sels><sel>"));
     EXPECT_EQ(model.load(garbled, nullptr), S_OK);
     EXPECT_TRUE(model.rows().empty());
-}
-
-TEST(TaskDetailsModelTest, CaptionsAreTranslatedAndWidthsAreTenthsOfTheList)
-{
-    TaskDetailsModel model(1, true, [](int number, const QString &english) {
-        return QStringLiteral("%1:%2").arg(number).arg(english.toUpper());
-    });
-    EXPECT_EQ(model.columns()[0].caption, "116:SOURCE FILE");
-    EXPECT_EQ(model.columns()[4].caption, "122:OUTPUT FILE");
-    // 457 / 10 = 45 per tenth.
-    EXPECT_EQ(TaskDetailsModel::columnWidth(model.columns()[2], 457), 45);
-    EXPECT_EQ(TaskDetailsModel::columnWidth(model.columns()[4], 457), 360);
-    EXPECT_EQ(TaskDetailsModel::versionText(3, -1), "3/-");
-    EXPECT_EQ(TaskDetailsModel::versionText(3, 0), "3/0");
-    EXPECT_EQ(model.cellText(9, 0), QString());
 }
 
 } // namespace

@@ -209,29 +209,6 @@ TEST_F(RunDriverTest, ConversionAddsReferencesCardsAndChecksInEveryOutput)
                             AffectedObject{plate.objectId1, 1, plate.objectId2, 1}));
 }
 
-TEST_F(RunDriverTest, ExistingOutputIsReplacedOrVersionedAsTheTaskSays)
-{
-    const DoxCmdData part = source(QStringLiteral("Bracket.mcdprt"));
-    const int old = store->addFile(temp.outsideFile("old.pdf", "old"), "Out", "Bracket.pdf", {}).id;
-
-    ASSERT_EQ(run({part}), S_OK);
-    const auto versioned = file("Out/Bracket.pdf");
-    ASSERT_TRUE(versioned);
-    EXPECT_EQ(versioned->id, old);
-    ASSERT_EQ(store->versions(old).size(), 2u);
-    EXPECT_EQ(store->versions(old).back().comment, "Mecadra Task Add-in");
-    EXPECT_EQ(versioned->lock, VaultLock::None);
-
-    instance->set(QStringLiteral("ReplaceOutput"), Variant::fromBool(true));
-    ASSERT_EQ(run({part}), S_OK);
-    // A new file again: one version, none of the old file's history.
-    const auto replaced = file("Out/Bracket.pdf");
-    ASSERT_TRUE(replaced);
-    ASSERT_EQ(store->versions(replaced->id).size(), 1u);
-    EXPECT_EQ(store->versions(replaced->id).front().comment, "Mecadra Task Add-in");
-    EXPECT_EQ(store->readVersion(replaced->id), "export of V:\\Parts\\Bracket.mcdprt");
-}
-
 TEST_F(RunDriverTest, OutputsOutsideTheVaultAreNeitherAddedNorAffected)
 {
     QTemporaryDir elsewhere;
@@ -265,62 +242,6 @@ TEST_F(RunDriverTest, PrintRunCountsOneStepPerFileAndAddsNothing)
     EXPECT_EQ(list.size(), 2u);
     ASSERT_EQ(driver.Finish(*instance, S_OK), S_OK);
     EXPECT_EQ(instance->status, TaskStatus_FinishedOk);
-}
-
-TEST_F(RunDriverTest, ScriptRunWritesNoOutputList)
-{
-    instance->set(QStringLiteral("__type"), Variant::fromI4(3));
-    cad->outputsFor = [](const FileRecord &) { return QStringList{}; };
-    ASSERT_EQ(run({source(QStringLiteral("A.mcdprt"))}), S_OK);
-    EXPECT_FALSE(instance->has(QStringLiteral("__output_list")));
-    ASSERT_EQ(driver.Finish(*instance, S_OK), S_OK);
-    EXPECT_EQ(instance->status, TaskStatus_FinishedOk);
-}
-
-TEST_F(RunDriverTest, CancelBetweenFilesKeepsTheOutputsSoFar)
-{
-    cad->beforeMacro = [&](qsizetype n) {
-        if (n == 1)
-            instance->status = TaskStatus_CancelRequested;
-    };
-    const HRESULT hr = run({source(QStringLiteral("A.mcdprt")), source(QStringLiteral("B.mcdprt"))});
-    EXPECT_EQ(hr, S_FALSE);
-    EXPECT_EQ(cmd.cancel, -1);
-    EXPECT_EQ(cad->macros.size(), 1);
-    EXPECT_THAT(cad->closes, ElementsAre(true));
-    ASSERT_TRUE(file("Out/A.pdf"));
-    EXPECT_EQ(file("Out/A.pdf")->lock, VaultLock::None);
-
-    EXPECT_EQ(driver.Finish(*instance, hr), S_FALSE);
-    EXPECT_EQ(instance->status, TaskStatus_CancelRequested);
-    EXPECT_TRUE(instance->affected.empty());
-}
-
-TEST_F(RunDriverTest, SuspendPausesBeforeTheNextFileUntilResumed)
-{
-    std::vector<std::int32_t> statusesSeen;
-    cad->beforeMacro = [&](qsizetype n) {
-        if (n == 1)
-            instance->status = TaskStatus_SuspendRequested;
-    };
-    clock.setOnSleep([&](qint64) {
-        statusesSeen.push_back(instance->status);
-        if (clock.sleepCount() == 3)
-            instance->status = TaskStatus_ResumeRequested;
-    });
-    ASSERT_EQ(run({source(QStringLiteral("A.mcdprt")), source(QStringLiteral("B.mcdprt"))}), S_OK);
-    EXPECT_EQ(clock.sleepCount(), 3);
-    EXPECT_EQ(clock.totalSlept(), 3 * TaskRunDriver::SuspendPollMs);
-    EXPECT_THAT(statusesSeen, ElementsAre(TaskStatus_Suspended, TaskStatus_Suspended, TaskStatus_Suspended));
-    EXPECT_EQ(instance->status, TaskStatus_Running);
-    EXPECT_EQ(cad->macros.size(), 2);
-
-    // Cancelled while suspended: no further file.
-    instance->status = TaskStatus_Running;
-    cad->macros.clear();
-    clock.setOnSleep([&](qint64) { instance->status = TaskStatus_CancelRequested; });
-    EXPECT_EQ(run({source(QStringLiteral("C.mcdprt")), source(QStringLiteral("D.mcdprt"))}), S_FALSE);
-    EXPECT_EQ(cad->macros.size(), 1);
 }
 
 TEST_F(RunDriverTest, MacroFailureEndsTheLoopButKeepsWhatWasDone)

@@ -41,24 +41,6 @@ private:
     ScopedPrompter m_prompts;
 };
 
-TEST_F(ScriptPageTest, ANewScriptTaskSavesTheDefaultScriptGeneralAndTheDefaultVersion)
-{
-    auto script = page(true, 3);
-    ASSERT_EQ(script->load(props), S_OK);
-    EXPECT_EQ(script->editorText(), fakeTemplate(3));
-    EXPECT_EQ(script->selectedKind(), 3);
-    EXPECT_EQ(script->versionChoices()[script->selectedVersion()].text, "<Use default>");
-
-    ASSERT_EQ(script->save(props), S_OK);
-    EXPECT_EQ(props.writes(), QStringList({"__script", "__mc_version", "__type"}));
-    EXPECT_EQ(props.value("__script").type(), VarType::BStr);
-    EXPECT_EQ(props.value("__script").bstr(), fakeTemplate(3));
-    EXPECT_EQ(props.value("__mc_version").type(), VarType::I4);
-    EXPECT_EQ(props.value("__mc_version").toI4(), 0);
-    EXPECT_EQ(props.value("__type").toI4(), 3);
-    EXPECT_TRUE(prompter.messages.isEmpty());
-}
-
 TEST_F(ScriptPageTest, StoredValuesLoadAndAVersionNotInstalledFallsBackToTheDefault)
 {
     props.set("__script", Variant::fromBStr("Sub main\nEnd Sub"));

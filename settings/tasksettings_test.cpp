@@ -54,20 +54,6 @@ TEST(TaskSettingsRead, TextAndRealConversions)
     EXPECT_FLOAT_EQ(margin, 12.5f);
 }
 
-TEST(TaskSettingsWrite, WritesTheDocumentedTypes)
-{
-    FakeVariables vars;
-    ASSERT_EQ(writeBoolVariable(vars, "B", true), S_OK);
-    ASSERT_EQ(writeIntVariable(vars, "I", -3), S_OK);
-    ASSERT_EQ(writeTextVariable(vars, "T", "t"), S_OK);
-    ASSERT_EQ(writeRealVariable(vars, "R", 1.5f), S_OK);
-    EXPECT_EQ(vars.value("B"), Variant::fromBool(true));
-    EXPECT_EQ(vars.value("B").boolValue(), -1);
-    EXPECT_EQ(vars.value("I"), Variant::fromI4(-3));
-    EXPECT_EQ(vars.value("T"), Variant::fromBStr("t"));
-    EXPECT_EQ(vars.value("R"), Variant::fromR4(1.5f));
-}
-
 TEST(TaskSettingsThrowing, RaiseTheFailure)
 {
     FakeVariables vars;
@@ -96,14 +82,6 @@ TEST(VariableLoaderTest, AbsentKeysKeepDefaultsAndTheFirstFailureStopsTheLoad)
     EXPECT_EQ(b, 3); // absent: default kept
     EXPECT_EQ(c, 4); // failed: untouched
     EXPECT_EQ(d, 5); // after the failure: not read
-}
-
-TEST(VariableLoaderTest, AllAbsentIsSuccess)
-{
-    FakeVariables vars;
-    QString t = "default";
-    EXPECT_EQ(VariableLoader(vars).text("T", t).result(), S_OK);
-    EXPECT_EQ(t, "default");
 }
 
 TEST(VariableSaverTest, StopsAtTheFirstFailureKeepingEarlierWrites)

@@ -189,23 +189,6 @@ TEST_F(EmbeddedVaultTest, PickersAreCancelledUnlessSomeoneAnswers)
     EXPECT_EQ(vault->BrowseForFiles(nullptr, "Pick", "*.*", files, folders), E_DOX_FILE_NOT_FOUND);
 }
 
-TEST_F(EmbeddedVaultTest, HandsOutTheFiveBatchServices)
-{
-    std::shared_ptr<IDoxBatchAdd> add;
-    std::shared_ptr<IDoxBatchCheckIn> checkIn;
-    std::shared_ptr<IDoxCustomReferences> refs;
-    std::shared_ptr<IDoxBatchUpdate> update;
-    std::shared_ptr<IDoxBatchListing> listing;
-    EXPECT_EQ(createVaultUtility(*vault, DoxUtil_BatchAdd, add), S_OK);
-    EXPECT_EQ(createVaultUtility(*vault, DoxUtil_BatchCheckIn, checkIn), S_OK);
-    EXPECT_EQ(createVaultUtility(*vault, DoxUtil_CustomReferences, refs), S_OK);
-    EXPECT_EQ(createVaultUtility(*vault, DoxUtil_BatchUpdate, update), S_OK);
-    EXPECT_EQ(createVaultUtility(*vault, DoxUtil_BatchListing, listing), S_OK);
-    EXPECT_EQ(createVaultUtility(*vault, DoxUtil_BatchAdd, listing), E_NOINTERFACE);
-    HostObjectPtr other;
-    EXPECT_EQ(vault->CreateUtility(99, other), E_NOTIMPL);
-}
-
 TEST(EmbeddedVaultInMemory, WorksWithoutADatabaseFile)
 {
     QTemporaryDir dir;

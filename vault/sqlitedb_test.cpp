@@ -80,49 +80,6 @@ TEST_F(SqliteDbTest, FailuresCarryTheDatabaseCodeAndSqlitesMessage)
     EXPECT_EQ(errorOf([] { SqliteDb bad(QStringLiteral("/nonexistent/dir/x.db")); }).code(), E_DOX_CANT_OPEN_DATABASE);
 }
 
-TEST_F(SqliteDbTest, NestedTransactionsRollBackOnlyTheirOwnPart)
-{
-    {
-        Transaction outer(db);
-        db.exec("INSERT INTO t (k) VALUES ('outer')");
-        {
-            Transaction inner(db);
-            db.exec("INSERT INTO t (k) VALUES ('inner')");
-        } // not committed
-        {
-            Transaction kept(db);
-            db.exec("INSERT INTO t (k) VALUES ('kept')");
-            kept.commit();
-        }
-        outer.commit();
-    }
-    EXPECT_EQ(count(db), 2);
-    {
-        Transaction dropped(db);
-        db.exec("INSERT INTO t (k) VALUES ('dropped')");
-    }
-    EXPECT_EQ(count(db), 2);
-    EXPECT_FALSE(db.inTransaction());
-}
-
-TEST(SqliteDbFile, AWriterWaitsForTheLockOrFailsClearly)
-{
-    QTemporaryDir dir;
-    const QString path = dir.path() + "/x.db";
-    SqliteDb first(path);
-    first.exec("CREATE TABLE t (k TEXT)");
-    SqliteDb second(path, 0);
-    Transaction holding(first);
-    const HostError busy = errorOf([&] { Transaction t(second); });
-    EXPECT_EQ(busy.code(), E_DOX_DATABASE_ACCESS);
-    EXPECT_TRUE(busy.context().contains(QLatin1String("locked"))) << busy.what();
-    // Readers are not held up by the writer (WAL).
-    EXPECT_TRUE(second.prepare("SELECT COUNT(*) FROM t").step());
-    holding.commit();
-    Transaction now(second);
-    now.commit();
-}
-
 // Only the scope's own commits skip the flush: every later commit of the
 // connection is flushed again, and a scope inside a transaction leaves the
 // transaction's setting alone.

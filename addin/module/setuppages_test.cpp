@@ -56,56 +56,6 @@ private:
     ScopedPrompter m_prompts;
 };
 
-TEST_F(SetupPagesTest, ANewScriptTaskConfirmedWithOkStoresTheDefaultsAndNoMenuCommand)
-{
-    ASSERT_EQ(send(DoxCmd_TaskSetup, {}), S_OK);
-    ASSERT_EQ(props->setupPages.size(), 2u);
-    EXPECT_EQ(props->setupPages[0].caption, "Menu Command");
-    EXPECT_EQ(props->setupPages[1].caption, "Script");
-    EXPECT_EQ(page(0)->parentWidget(), &host);
-    EXPECT_EQ(page(1)->parentWidget(), &host);
-
-    ASSERT_EQ(send(DoxCmd_TaskSetupButton, "OK"), S_OK);
-    EXPECT_EQ(props->value("__script").bstr(), loadScriptTemplate(DefaultScriptTemplate, {}));
-    EXPECT_EQ(props->value("__type").toI4(), 3);
-    EXPECT_EQ(props->value("__mc_version").toI4(), 0);
-    EXPECT_EQ(props->value("__menucmd_display").type(), VarType::Bool);
-    EXPECT_FALSE(props->value("__menucmd_display").toBool());
-    EXPECT_EQ(props->menuCommandWrites, 1);
-    EXPECT_TRUE(props->menuCommands.empty());
-}
-
-TEST_F(SetupPagesTest, ATickedBoxWithAMenuTextPublishesTheMenuCommand)
-{
-    ASSERT_EQ(send(DoxCmd_TaskSetup, {}), S_OK);
-    page(0)->findChild<QCheckBox *>("displayCheck")->setChecked(true);
-    page(0)->findChild<QLineEdit *>("menuTextEdit")->setText("Run my macro");
-    ASSERT_EQ(send(DoxCmd_TaskSetupButton, "OK"), S_OK);
-    EXPECT_EQ(props->menuCommands,
-              (std::vector<TaskMenuCommand>{
-                  {3, "Run my macro", TaskMenuCommandFlags, "Executes script on selected documents"}}));
-    EXPECT_TRUE(props->value("__menucmd_display").toBool());
-
-    // Opening the set-up again shows what the host holds.
-    ASSERT_EQ(send(DoxCmd_TaskSetup, {}), S_OK);
-    EXPECT_TRUE(page(0)->findChild<QCheckBox *>("displayCheck")->isChecked());
-    EXPECT_EQ(page(0)->findChild<QLineEdit *>("menuTextEdit")->text(), "Run my macro");
-}
-
-TEST_F(SetupPagesTest, ARefusedMenuCommandKeepsTheDialogOnItsPageAndSavesNothing)
-{
-    ASSERT_EQ(send(DoxCmd_TaskSetup, {}), S_OK);
-    page(0)->findChild<QCheckBox *>("displayCheck")->setChecked(true);
-    page(0)->findChild<QLineEdit *>("menuTextEdit")->setText("   ");
-    DoxCmd answered;
-    ASSERT_EQ(send(DoxCmd_TaskSetupButton, "OK", &answered), S_OK);
-    EXPECT_EQ(answered.cancel, -1);
-    EXPECT_EQ(answered.comment, "Menu Command");
-    EXPECT_EQ(prompter.messages, QStringList({"Please enter menu command."}));
-    EXPECT_TRUE(props->writes().isEmpty());
-    EXPECT_EQ(props->menuCommandWrites, 0);
-}
-
 TEST_F(SetupPagesTest, ChoosingPrintingOnTheScriptPageMakesAPrintTask)
 {
     ASSERT_EQ(send(DoxCmd_TaskSetup, {}), S_OK);

@@ -213,14 +213,6 @@ TEST_F(CadApplicationTest, CloseAllDestroysEveryDocument)
         EXPECT_TRUE(e.startsWith("destroyed:")) << e.toStdString();
 }
 
-TEST_F(CadApplicationTest, RemovedObserversHearNothing)
-{
-    app.removeObserver(&observer);
-    std::int32_t errors = 0;
-    open("S:\\bracket.mcdprt", cad::mcDocPART, errors);
-    EXPECT_TRUE(observer.events.isEmpty());
-}
-
 TEST_F(CadApplicationTest, DocumentsOutliveTheirApplicationSafely)
 {
     std::int32_t errors = 0;

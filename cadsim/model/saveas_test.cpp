@@ -86,16 +86,6 @@ TEST_F(SaveAsTest, PartExportStatesSourceConfigurationFormatAndPreferences)
     EXPECT_EQ(observer.events.last(), "saving:bracket.mcdprt:C:\\out\\bracket_0.IGS:absent");
 }
 
-TEST_F(SaveAsTest, SavingEventComesBeforeTheBytesEvenWhenOverwriting)
-{
-    ModelDocPtr part = open("S:\\shaft.mcdprt");
-    ASSERT_FALSE(save(*part, "C:\\out\\shaft.stl").isEmpty());
-    ASSERT_FALSE(save(*part, "C:\\out\\shaft.step").isEmpty());
-    const QStringList saves = observer.events.filter("saving:");
-    EXPECT_EQ(saves, (QStringList{"saving:shaft.mcdprt:C:\\out\\shaft.stl:absent",
-                                  "saving:shaft.mcdprt:C:\\out\\shaft.step:absent"}));
-}
-
 TEST_F(SaveAsTest, DrawingPdfFollowsTheExportData)
 {
     ModelDocPtr drawing = open("S:\\layout.mcddrw");
@@ -192,17 +182,6 @@ TEST_F(SaveAsTest, MissingFolderOrUnmappedDriveIsAGenericError)
     EXPECT_EQ(errors, cad::mcGenericSaveError);
     EXPECT_TRUE(save(*part, "Q:\\shaft.pdf").isEmpty());
     EXPECT_EQ(errors, cad::mcGenericSaveError);
-}
-
-TEST_F(SaveAsTest, ImportedDocumentNamesTheFileItCameFrom)
-{
-    std::int32_t loadErrors = -1;
-    ModelDocPtr doc = app.loadFile4("S:\\flange.igs", "", loadErrors);
-    ASSERT_TRUE(doc);
-    const QJsonObject d = save(*doc, "C:\\out\\flange.pdf");
-    EXPECT_EQ(d["source"].toString(), "S:\\flange.igs");
-    EXPECT_TRUE(d["imported"].toBool());
-    EXPECT_EQ(d["preferences"].toObject().size(), 5);
 }
 
 TEST_F(SaveAsTest, NativeSaveWritesADocumentThatOpensAgain)

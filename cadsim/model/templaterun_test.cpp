@@ -205,21 +205,6 @@ TEST_F(TemplateRun, ViewerFormatTakesThePatternOfTheTypeAndTheSelectedSheets)
     EXPECT_TRUE(convertLog().isEmpty()) << convertLog().join('\n').toStdString();
 }
 
-TEST_F(TemplateRun, ThreeConfigurationsGetNumberedOrNamedOutputs)
-{
-    convertOptions("STEP AP203/214 (*.step)", 2, 4);
-    ASSERT_TRUE(run("convert.mcb", "S:\\bracket.mcdprt"));
-    EXPECT_EQ(outputs(), (QStringList{"bracket_0.step", "bracket_1.step", "bracket_2.step"}));
-    EXPECT_EQ(list(exported("C:\\Out\\bracket_0.step")["configurations"]), QStringList{"Default"});
-    EXPECT_EQ(list(exported("C:\\Out\\bracket_2.step")["configurations"]), QStringList{"A/B\\C"});
-
-    set("OutputPath", "C:\\Out\\Named\\<Filename>-<Configuration>");
-    ASSERT_TRUE(run("convert.mcb", "S:\\bracket.mcdprt"));
-    EXPECT_EQ(QDir(native("C:\\Out\\Named")).entryList(QDir::Files, QDir::Name),
-              (QStringList{"bracket-ABC.step", "bracket-Default.step", "bracket-Machined.step"}));
-    EXPECT_TRUE(convertLog().isEmpty()) << convertLog().join('\n').toStdString();
-}
-
 TEST_F(TemplateRun, NamedConfigurationsMatchWithLikeAndOptionsReachTheExport)
 {
     convertOptions("IGES (*.igs)", 8, 4);

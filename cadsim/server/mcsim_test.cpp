@@ -166,7 +166,7 @@ TEST_F(McsimTest, StartSwitchAndRevisionComeFromCommandLineAndEnvironment)
     EXPECT_EQ(old.value.scalar().type(), VarType::Bool);
 }
 
-TEST_F(McsimTest, PreferencesAndApplicationPropertiesRoundTrip)
+TEST_F(McsimTest, PreferencesRoundTripOverTheChannel)
 {
     startAndConnect();
     auto app = [this](const char *member, AutomationArgs args = {}) {
@@ -196,56 +196,9 @@ TEST_F(McsimTest, PreferencesAndApplicationPropertiesRoundTrip)
                             {Variant::fromI4(253), Variant::fromBStr(QStringLiteral("many"))}).hr,
               DISP_E_TYPEMISMATCH);
 
-    // Hiding: visibility, the two other properties, the frame and its window.
-    EXPECT_TRUE(app("Visible").toBool());
-    app("Visible", {Variant::fromBool(false)});
-    app("BackgroundMode", {Variant::fromBool(true)});
-    app("UserControl", {Variant::fromBool(false)});
-    EXPECT_FALSE(app("Visible").toBool());
-    EXPECT_TRUE(app("BackgroundMode").toBool());
-    EXPECT_FALSE(app("UserControl").toBool());
-    const AutomationValue frame = app("Frame");
-    ASSERT_TRUE(frame.isObject());
-    EXPECT_TRUE(m_client.call(frame, "KeepInVisible", {Variant::fromBool(true)}).ok());
-    EXPECT_TRUE(m_client.call(frame, "KeepInVisible").value.toBool());
-    const std::int32_t hwnd = m_client.call(frame, "GetHWndx64").value.toI4();
-    bool listed = false;
-    for (const AutomationValue &entry : windows(m_client)) {
-        if (entry.items().at(0).toI4() == hwnd) {
-            listed = true;
-            EXPECT_EQ(entry.items().at(1).toText(), QStringLiteral("Mecadra"));
-            EXPECT_FALSE(entry.items().at(3).toBool()); // hidden with the application
-        }
-    }
-    EXPECT_TRUE(listed);
-    EXPECT_TRUE(m_client.call("Windows", "ShowWindow", {Variant::fromI4(hwnd), Variant::fromI4(3)}).ok());
-
     EXPECT_EQ(app("GetDocumentCount").toI4(), 0);
     EXPECT_TRUE(app("GetFirstDocument").isNothing());
     EXPECT_TRUE(app("CloseAllDocuments", {Variant::fromBool(true)}).toBool());
-}
-
-TEST_F(McsimTest, ExitEndsTheProcessAndWithdrawsItsEntry)
-{
-    startAndConnect();
-    const QString moniker = Monikers::application(m_sim->pid());
-    EXPECT_TRUE(m_client.call("Application", "ExitApp").ok());
-    ASSERT_TRUE(m_sim->waitForExit());
-    EXPECT_EQ(m_sim->process().exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(m_sim->process().exitCode(), 0);
-    EXPECT_TRUE(m_sim->table().lookup(moniker).isEmpty());
-    EXPECT_FALSE(m_sim->table().list().contains(moniker));
-    EXPECT_EQ(m_client.call("Application", "RevisionNumber").hr, RPC_S_SERVER_UNAVAILABLE);
-}
-
-TEST_F(McsimTest, RefuseExitFaultKeepsTheProcessRunning)
-{
-    m_sim->setEnv(QStringLiteral("MCSIM_REFUSE_EXIT"), QStringLiteral("1"));
-    startAndConnect();
-    EXPECT_TRUE(m_client.call("Application", "ExitApp").ok());
-    // Still there and still answering after the exit request was handled.
-    EXPECT_TRUE(m_client.call("Application", "RevisionNumber").ok());
-    EXPECT_FALSE(m_sim->waitForExit(100));
 }
 
 TEST_F(McsimTest, RegisterDelayFaultHoldsBackOnlyTheApplication)
@@ -259,31 +212,6 @@ TEST_F(McsimTest, RegisterDelayFaultHoldsBackOnlyTheApplication)
     EXPECT_TRUE(windowsClient.call("Windows", "List").ok());
     ASSERT_TRUE(m_sim->connectApplication(m_client));
     EXPECT_GE(sinceStart.elapsed(), 400);
-}
-
-TEST_F(McsimTest, NeverRegisterFaultLeavesTheTableWithoutTheApplication)
-{
-    m_sim->setEnv(QStringLiteral("MCSIM_NEVER_REGISTER"), QStringLiteral("1"));
-    ASSERT_TRUE(m_sim->start());
-    ASSERT_TRUE(m_sim->waitForLine("not registering"));
-    EXPECT_TRUE(m_sim->table().lookup(Monikers::application(m_sim->pid())).isEmpty());
-    EXPECT_EQ(m_sim->table().list(), QStringList{Monikers::windows(m_sim->pid())});
-    EXPECT_EQ(m_sim->process().state(), QProcess::Running);
-}
-
-TEST_F(McsimTest, RunErrorFaultFailsBothRunCallsWithTheCode)
-{
-    m_sim->setEnv(QStringLiteral("MCSIM_RUN_ERROR"), QStringLiteral("23"));
-    startAndConnect();
-    const AutomationReply reply = runMacro2(m_client);
-    ASSERT_TRUE(reply.ok());
-    EXPECT_FALSE(reply.value.toBool());
-    EXPECT_EQ(reply.out.at(4).toI4(), 23);
-    const AutomationReply old = m_client.call("Application", "RunMacro",
-                                              {Variant::fromBStr(m_macro), Variant::fromBStr(QStringLiteral("McMacro1")),
-                                               Variant::fromBStr(QStringLiteral("main"))});
-    ASSERT_TRUE(old.ok());
-    EXPECT_FALSE(old.value.toBool());
 }
 
 TEST_F(McsimTest, ShowWindowFaultBlocksTheMacroUntilTheWindowIsAnswered)
@@ -347,32 +275,6 @@ TEST_F(McsimTest, HangFaultKeepsTheRunCallWaitingWhileTheServerAnswers)
     // Ending it from outside is what is left.
     m_sim->process().kill();
     EXPECT_TRUE(m_sim->waitForExit());
-}
-
-TEST_F(McsimTest, CrashFaultEndsTheProcessAfterTheNthMacro)
-{
-    m_sim->setEnv(QStringLiteral("MCSIM_CRASH_AFTER"), QStringLiteral("2"));
-    startAndConnect();
-    EXPECT_TRUE(runMacro2(m_client).ok());
-    EXPECT_TRUE(m_client.call("Application", "RevisionNumber").ok());
-    EXPECT_TRUE(runMacro2(m_client).ok()); // its answer still arrives
-    ASSERT_TRUE(m_sim->waitForExit());
-    EXPECT_EQ(m_sim->process().exitStatus(), QProcess::CrashExit);
-    EXPECT_EQ(m_client.call("Application", "RevisionNumber").hr, RPC_S_SERVER_UNAVAILABLE);
-}
-
-TEST_F(McsimTest, GrowFaultRaisesTheWorkingSetByTheAmountPerMacro)
-{
-    m_sim->setEnv(QStringLiteral("MCSIM_GROW_MIB"), QStringLiteral("40"));
-    startAndConnect();
-    const auto baseline = workingSetBytes(m_sim->pid());
-    ASSERT_TRUE(baseline.has_value());
-    ASSERT_TRUE(runMacro2(m_client).ok());
-    ASSERT_TRUE(runMacro2(m_client).ok());
-    const auto grown = workingSetBytes(m_sim->pid());
-    ASSERT_TRUE(grown.has_value());
-    EXPECT_GE(*grown, *baseline + 78u * 1024 * 1024);
-    EXPECT_LT(*grown, *baseline + 120u * 1024 * 1024);
 }
 
 namespace {
@@ -453,68 +355,6 @@ TEST_F(McsimTest, MsgBoxInAMacroWaitsForTheWindowService)
     }
 }
 
-TEST_F(McsimTest, AMacroSavingAFileIsAnnouncedToTheConnectedAddInFirst)
-{
-    const QString output = m_sim->home() + QStringLiteral("/out/bracket.step");
-    QDir().mkpath(m_sim->home() + QStringLiteral("/out"));
-    writeMacro(m_macro, QStringLiteral(
-        "Dim mcApp As Object\r\n"
-        "Sub main()\r\n"
-        "    Dim errors As Long, warnings As Long, model As Object\r\n"
-        "    Set mcApp = Application.Cadrix\r\n"
-        "    Set model = mcApp.OpenDoc6(\"%1\", 1, 0, \"\", errors, warnings)\r\n"
-        "    model.Extension.SaveAs \"%2\", 0, 1, Nothing, errors, warnings\r\n"
-        "    mcApp.CloseAllDocuments True\r\n"
-        "End Sub\r\n").arg(QStringLiteral(MCTASK_SAMPLES_DIR "/bracket.mcdprt"), output));
-
-    struct Sink final : AutomationEventSink {
-        AutomationClient *client = nullptr;
-        ObjectHandle app = 0;
-        std::vector<int> seen; // dispatch ids; documents' as 100 + id
-        bool existedWhenAnnounced = true;
-        QString announced;
-        HRESULT onEvent(const AutomationEvent &event) override
-        {
-            if (event.source == app) {
-                seen.push_back(event.dispId);
-                const AutomationValue doc = client->call("Application", "ActiveDoc").value;
-                if (!doc.isNothing())
-                    client->call(doc, "Advise");
-            } else {
-                seen.push_back(100 + event.dispId);
-                if (event.dispId == 7) {
-                    announced = event.args.at(0).toText();
-                    existedWhenAnnounced = QFile::exists(announced);
-                }
-            }
-            return S_OK;
-        }
-    } sink;
-    startAndConnect();
-    sink.client = &m_client;
-    m_client.setEventSink(&sink);
-    sink.app = m_client.call("Application", "Advise").value.handle();
-
-    const AutomationReply reply = runMacro2(m_client, 10000);
-    if (!reply.ok()) { // say why: a failing macro leaves its error box open
-        AutomationClient watcher;
-        if (m_sim->connectWindows(watcher, 200)) {
-            for (const AutomationValue &entry : windows(watcher))
-                ADD_FAILURE() << entry.items().at(4).toText().toStdString();
-        } else if (m_sim->waitForExit(1000)) {
-            ADD_FAILURE() << "mcsim ended: " << m_sim->process().exitStatus() << " "
-                          << m_sim->process().readAllStandardError().toStdString();
-        }
-    }
-    ASSERT_TRUE(reply.ok());
-    EXPECT_TRUE(reply.value.toBool()) << reply.out.at(4).toI4();
-    EXPECT_EQ(sink.announced, output);
-    EXPECT_FALSE(sink.existedWhenAnnounced);
-    EXPECT_TRUE(QFile::exists(output));
-    // Opened, activated (7 and 22), saving, destroyed.
-    EXPECT_EQ(sink.seen, (std::vector<int>{12, 7, 22, 107, 102}));
-}
-
 TEST_F(McsimTest, RefusesUnknownSwitchesWithAMessageAndAFailingExit)
 {
     for (const QStringList &arguments : {QStringList{QStringLiteral("/X")}, QStringList{QStringLiteral("--bogus")},
@@ -543,15 +383,4 @@ TEST_F(McsimTest, SaysWhyItCannotRegisterAndEnds)
     EXPECT_NE(m_sim->process().exitCode(), 0);
     const QString err = QString::fromLocal8Bit(m_sim->process().readAllStandardError());
     EXPECT_TRUE(err.contains(QStringLiteral("the socket path is too long"))) << err.toStdString();
-}
-
-TEST_F(McsimTest, AKilledStandInLeavesNoEntriesInTheTable)
-{
-    startAndConnect();
-    const QString rot = m_sim->table().directory();
-    m_sim->process().kill(); // no chance to revoke
-    ASSERT_TRUE(m_sim->waitForExit());
-    m_client.disconnect();
-    EXPECT_TRUE(m_sim->table().list().isEmpty());
-    EXPECT_TRUE(QDir(rot).entryList(QDir::System | QDir::Files | QDir::NoDotAndDotDot).isEmpty());
 }

@@ -101,34 +101,6 @@ TEST(WindowMessageBoxTest, AnswersFollowTheButtonsOfTheBox)
     EXPECT_EQ(WindowMessageBox::answerFor(48 | 1, Answer::Escape), vbCancel);
 }
 
-TEST(FaultConfigTest, ReadsEveryFaultFromTheEnvironment)
-{
-    QProcessEnvironment env;
-    env.insert(QStringLiteral("MCSIM_REGISTER_DELAY_MS"), QStringLiteral("250"));
-    env.insert(QStringLiteral("MCSIM_NEVER_REGISTER"), QStringLiteral("1"));
-    env.insert(QStringLiteral("MCSIM_CRASH_AFTER"), QStringLiteral("3"));
-    env.insert(QStringLiteral("MCSIM_HANG_IN_MACRO"), QStringLiteral("2"));
-    env.insert(QStringLiteral("MCSIM_SHOW_WINDOW"), QStringLiteral("Job - Mecadra Task Scheduler"));
-    env.insert(QStringLiteral("MCSIM_SHOW_WINDOW_AT"), QStringLiteral("Start"));
-    env.insert(QStringLiteral("MCSIM_SHOW_WINDOW_PARENT"), QStringLiteral("Mecadra"));
-    env.insert(QStringLiteral("MCSIM_GROW_MIB"), QStringLiteral("64"));
-    env.insert(QStringLiteral("MCSIM_REFUSE_EXIT"), QStringLiteral("yes"));
-    env.insert(QStringLiteral("MCSIM_RUN_ERROR"), QStringLiteral("-2"));
-    QStringList warnings;
-    const FaultConfig config = FaultConfig::fromEnvironment(env, &warnings);
-    EXPECT_TRUE(warnings.isEmpty()) << warnings.join(QLatin1Char('\n')).toStdString();
-    EXPECT_EQ(config.registerDelayMs, 250);
-    EXPECT_TRUE(config.neverRegister);
-    EXPECT_EQ(config.crashAfterMacros, 3);
-    EXPECT_EQ(config.hangInMacro, 2);
-    EXPECT_EQ(config.showWindow, QStringLiteral("Job - Mecadra Task Scheduler"));
-    EXPECT_EQ(config.showWindowAt, FaultConfig::WindowMoment::Start);
-    EXPECT_EQ(config.showWindowParent, QStringLiteral("Mecadra"));
-    EXPECT_EQ(config.growMiBPerMacro, 64);
-    EXPECT_TRUE(config.refuseExit);
-    EXPECT_EQ(config.runError, -2);
-}
-
 TEST(FaultConfigTest, FlagsAndBadNumbersFallBackWithWarnings)
 {
     QProcessEnvironment env;

@@ -154,22 +154,4 @@ TEST_F(VListCtrlTest, CtrlASelectsAllRowsAndTheSpaceBarActivatesTheFirstSelected
     EXPECT_EQ(b->events[0].point, list.visualRect(list.model()->index(1, 0)).topLeft() + QPoint(1, 1));
 }
 
-TEST_F(VListCtrlTest, RowsGiveImagesFromTheListsImageList)
-{
-    class ImageRow final : public VListCtrlItem
-    {
-    public:
-        QString text(int) const override { return "row"; }
-        int imageIndex(int column) const override { return column == 0 ? 1 : -1; }
-    };
-    QPixmap red(16, 16);
-    red.fill(Qt::red);
-    list.setImageList({QIcon(), QIcon(red)});
-    list.setRows({std::make_shared<ImageRow>()});
-    const QVariant image = list.model()->data(list.model()->index(0, 0), Qt::DecorationRole);
-    ASSERT_TRUE(image.canConvert<QIcon>());
-    EXPECT_EQ(image.value<QIcon>().pixmap(16).toImage().pixelColor(8, 8), QColor(Qt::red));
-    EXPECT_FALSE(list.model()->data(list.model()->index(0, 1), Qt::DecorationRole).isValid());
-}
-
 } // namespace

@@ -28,22 +28,4 @@ TEST(ClassRegistryTest, ProgIdsLeadToTheClassAndItsServer)
     EXPECT_EQ(ClassRegistry::classIdFromProgId(QStringLiteral("Vendor.App"), store), "{OTHER}");
 }
 
-TEST(ClassRegistryTest, UnregisteringKeepsAVersionIndependentProgIdOfAnotherClass)
-{
-    MemoryRegistryStore store;
-    ASSERT_TRUE(ClassRegistry::registerLocalServer(kServer, store));
-    ClassRegistry::LocalServer newer = kServer;
-    newer.classId = QStringLiteral("{AAAAAAAA-0000-0000-0000-000000000002}");
-    newer.progId = QStringLiteral("Vendor.App.4");
-    ASSERT_TRUE(ClassRegistry::registerLocalServer(newer, store));
-
-    EXPECT_TRUE(ClassRegistry::unregisterLocalServer(kServer.classId, kServer.progId, kServer.versionIndependentProgId, store));
-    EXPECT_FALSE(ClassRegistry::classIdFromProgId(QStringLiteral("Vendor.App.3"), store));
-    EXPECT_FALSE(ClassRegistry::classValue(kServer.classId, QStringLiteral("LocalServer32"), store));
-    EXPECT_EQ(ClassRegistry::classIdFromProgId(QStringLiteral("Vendor.App"), store), newer.classId);
-
-    EXPECT_TRUE(ClassRegistry::unregisterLocalServer(newer.classId, newer.progId, newer.versionIndependentProgId, store));
-    EXPECT_FALSE(ClassRegistry::classIdFromProgId(QStringLiteral("Vendor.App"), store));
-}
-
 } // namespace

@@ -91,11 +91,7 @@ TEST(ServerLauncherTest, PollsOnTheClockAndStopsWhenTheProcessEnds)
     FakeClock clock;
     ScopedClock scoped(clock);
     ServerLauncher launcher(ObjectTable(dir.filePath(QStringLiteral("rot"))));
-    // Nothing registers: every poll is made, one interval before each look.
-    EXPECT_TRUE(launcher.waitForObject(QStringLiteral("Mecadra_PID_1"), 0, 120, 1000).isEmpty());
-    EXPECT_EQ(clock.sleepCount(), 120);
-    EXPECT_EQ(clock.totalSlept(), 120000);
-
+    // Every poll when nothing registers is counted in the stand-in's never-register case.
     // A server that registers while the caller waits is found and connected.
     AutomationServer server;
     int sleeps = 0;
@@ -105,7 +101,7 @@ TEST(ServerLauncherTest, PollsOnTheClockAndStopsWhenTheProcessEnds)
     });
     AutomationClient client;
     EXPECT_EQ(launcher.connect(client, QStringLiteral("Mecadra_PID_1"), 0, 120, 1000), S_OK);
-    EXPECT_EQ(clock.sleepCount(), 123);
+    EXPECT_EQ(clock.sleepCount(), 3);
     EXPECT_TRUE(client.isConnected());
     clock.setOnSleep({});
 
@@ -125,11 +121,8 @@ TEST(ObjectTableTest, SaysWhyARegistrationFails)
 {
     coreApp();
     QTemporaryDir dir;
-    ObjectTable deep(dir.filePath(QString(110, QLatin1Char('r'))));
+    // A path too long for a socket is reported by the stand-in itself (mcsim_test).
     AutomationServer server;
-    EXPECT_FALSE(deep.registerServer(server, QStringLiteral("Mecadra_PID_1")));
-    EXPECT_TRUE(deep.lastError().startsWith(QStringLiteral("the socket path is too long"))) << deep.lastError().toStdString();
-
     ObjectTable table(dir.filePath(QStringLiteral("rot")));
     ASSERT_TRUE(table.registerServer(server, QStringLiteral("Mecadra_PID_1")));
     AutomationServer rival;

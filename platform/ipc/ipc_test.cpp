@@ -84,22 +84,6 @@ TEST(NamedMutexTest, ExcludesOtherHoldersUntilReleased)
     EXPECT_TRUE(other.tryLock());
 }
 
-TEST(NamedMutexTest, ReleasesOnDestructionAndFailsQuietlyWithoutALockFile)
-{
-    QTemporaryDir dir;
-    {
-        NamedMutex held(QStringLiteral("x"), dir.path());
-        ASSERT_TRUE(held.lock());
-    }
-    NamedMutex after(QStringLiteral("x"), dir.path());
-    EXPECT_TRUE(after.tryLock());
-
-    NamedMutex nowhere(QStringLiteral("x"), QStringLiteral("/proc/no-such-folder"));
-    EXPECT_FALSE(nowhere.isValid());
-    EXPECT_FALSE(nowhere.lock());
-    EXPECT_FALSE(nowhere.isLocked());
-}
-
 TEST(PipeTest, OneRequestOneReplyPerConnection)
 {
     QTemporaryDir dir;
