@@ -1,9 +1,10 @@
 #include "macro/expanddelimited.h"
 
+#include "base/leadinginteger.h"
+
 #include "macro/varianttext.h"
 
 #include <QHash>
-#include <limits>
 
 namespace {
 
@@ -55,28 +56,6 @@ QString ExpandDelimited(const QString &text, QChar open, QChar close, const Plac
     }
     out.append(QStringView(text).mid(copied));
     return out;
-}
-
-std::int32_t leadingInteger(const QString &text)
-{
-    qsizetype i = 0;
-    while (i < text.size() && (text[i] == QLatin1Char(' ') || (text[i] >= QLatin1Char('\t') && text[i] <= QLatin1Char('\r'))))
-        ++i;
-    bool negative = false;
-    if (i < text.size() && (text[i] == QLatin1Char('-') || text[i] == QLatin1Char('+'))) {
-        negative = text[i] == QLatin1Char('-');
-        ++i;
-    }
-    qint64 value = 0;
-    constexpr qint64 limit = qint64(std::numeric_limits<std::int32_t>::max()) + 1;
-    for (; i < text.size() && text[i] >= QLatin1Char('0') && text[i] <= QLatin1Char('9'); ++i) {
-        value = value * 10 + (text[i].unicode() - u'0');
-        if (value > limit)
-            value = limit;
-    }
-    if (negative)
-        return static_cast<std::int32_t>(-value);
-    return static_cast<std::int32_t>(std::min<qint64>(value, std::numeric_limits<std::int32_t>::max()));
 }
 
 std::optional<Variant> lookupTaskValue(const QString &name,

@@ -26,7 +26,3 @@ QString ExpandDelimited(const QString &text, QChar open, QChar close, const Plac
 // other names are asked for by name.
 std::optional<Variant> lookupTaskValue(const QString &name,
                                        const std::function<std::optional<Variant>(const Variant &)> &byNameOrNumber);
-
-// Reads a decimal integer as the C runtime does: leading blanks, an optional
-// sign, then digits; 0 without digits; clamped to the 32-bit range.
-std::int32_t leadingInteger(const QString &text);

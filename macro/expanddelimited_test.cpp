@@ -144,15 +144,6 @@ TEST(TaskValueLookup, HashNamesAreNumbers)
         EXPECT_EQ(keys[i], expected[i]) << "query " << i << ": " << describeVariant(keys[i]).toStdString();
 }
 
-TEST(TaskValueLookup, LeadingIntegerReadsLikeTheRuntime)
-{
-    EXPECT_EQ(leadingInteger(" \t42x"), 42);
-    EXPECT_EQ(leadingInteger("+5"), 5);
-    EXPECT_EQ(leadingInteger("- 5"), 0);
-    EXPECT_EQ(leadingInteger("99999999999"), 2147483647);
-    EXPECT_EQ(leadingInteger("-99999999999"), -2147483647 - 1);
-}
-
 // The pass done the plain way: look the token up, replace it all over the
 // whole text, carry on behind the inserted value. Valid as a reference for
 // texts where no token holds a second opener and no value holds a delimiter.

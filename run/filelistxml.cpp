@@ -1,10 +1,11 @@
 #include "run/filelistxml.h"
 
+#include "base/leadinginteger.h"
+
 #include <QDomDocument>
 #include <QXmlStreamReader>
 #include <QDomElement>
 
-#include <limits>
 
 namespace FileListXml {
 
@@ -55,11 +56,11 @@ FileRecord readSel(const QDomElement &sel)
         else if (tag == ExtraTag)
             record.info = elementText(child);
         else if (tag == VerTag)
-            record.version = toLong(elementText(child));
+            record.version = leadingInteger(elementText(child));
         else if (tag == DocIdTag)
-            record.docId = toLong(elementText(child));
+            record.docId = leadingInteger(elementText(child));
         else if (tag == ProjIdTag)
-            record.projId = toLong(elementText(child));
+            record.projId = leadingInteger(elementText(child));
     }
     return record;
 }
@@ -153,34 +154,6 @@ std::vector<FileRecord> read(const QString &xml)
     for (int i = 0; i < count; ++i)
         records.push_back(readSel(sels.at(i).toElement()));
     return records;
-}
-
-std::int32_t toLong(const QString &text)
-{
-    qsizetype at = 0;
-    const qsizetype size = text.size();
-    auto isBlank = [](QChar c) {
-        return c == u' ' || c == u'\t' || c == u'\n' || c == u'\v' || c == u'\f' || c == u'\r';
-    };
-    while (at < size && isBlank(text.at(at)))
-        ++at;
-    bool negative = false;
-    if (at < size && (text.at(at) == u'+' || text.at(at) == u'-')) {
-        negative = text.at(at) == u'-';
-        ++at;
-    }
-    constexpr std::int64_t Limit = std::int64_t(std::numeric_limits<std::int32_t>::max()) + 1;
-    std::int64_t value = 0;
-    for (; at < size && text.at(at) >= u'0' && text.at(at) <= u'9'; ++at) {
-        value = value * 10 + (text.at(at).unicode() - u'0');
-        if (value > Limit)
-            value = Limit; // keeps growing digits from overflowing
-    }
-    if (negative)
-        return static_cast<std::int32_t>(-value < std::numeric_limits<std::int32_t>::min()
-                                             ? std::numeric_limits<std::int32_t>::min()
-                                             : -value);
-    return static_cast<std::int32_t>(qMin<std::int64_t>(value, std::numeric_limits<std::int32_t>::max()));
 }
 
 } // namespace FileListXml

@@ -33,9 +33,4 @@ std::vector<FileRecord> read(const QString &xml);
 // building a tree.
 bool withinDepth(const QString &xml, int maxDepth);
 
-// A number as the C wide-string-to-long conversion reads it: leading blanks
-// skipped, an optional sign, digits up to the first non-digit, 0 when there
-// are none; clamped to the 32-bit range.
-std::int32_t toLong(const QString &text);
-
 } // namespace FileListXml

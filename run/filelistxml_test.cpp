@@ -184,19 +184,4 @@ TEST(FileListXmlTest, ValuesXmlCannotCarryFailTheWrite)
         EXPECT_FALSE(FileListXml::isXmlText(QStringLiteral("a") + bad + QStringLiteral("b")));
 }
 
-TEST(FileListXmlTest, NumbersFollowWideStringToLongRules)
-{
-    EXPECT_EQ(FileListXml::toLong(QStringLiteral("42")), 42);
-    EXPECT_EQ(FileListXml::toLong(QStringLiteral(" \t\n 17 ")), 17);
-    EXPECT_EQ(FileListXml::toLong(QStringLiteral("-3x9")), -3);
-    EXPECT_EQ(FileListXml::toLong(QStringLiteral("+8")), 8);
-    EXPECT_EQ(FileListXml::toLong(QStringLiteral("abc")), 0);
-    EXPECT_EQ(FileListXml::toLong(QStringLiteral("- 5")), 0);
-    EXPECT_EQ(FileListXml::toLong(QString()), 0);
-    EXPECT_EQ(FileListXml::toLong(QStringLiteral("0x1F")), 0);
-    EXPECT_EQ(FileListXml::toLong(QStringLiteral("99999999999999999999")), 2147483647);
-    EXPECT_EQ(FileListXml::toLong(QStringLiteral("-2147483648")), -2147483647 - 1);
-    EXPECT_EQ(FileListXml::toLong(QStringLiteral("-99999999999")), -2147483647 - 1);
-}
-
 } // namespace
