@@ -248,8 +248,9 @@ QString FileSystemObject::fileName(const QString &path)
 QString FileSystemObject::parentFolder(const QString &path)
 {
     const QString p = withoutTrailingSeparators(path);
+    const QString parent = WindowsPath::parent(p);
     // A drive or a name without a folder has no parent; "C:\\a" has "C:\\".
-    return WindowsPath::fileName(p).isEmpty() || WindowsPath::parent(p) == p ? QString() : WindowsPath::parent(p);
+    return WindowsPath::fileName(p).isEmpty() || parent == p ? QString() : parent;
 }
 
 QString FileSystemObject::extension(const QString &path)

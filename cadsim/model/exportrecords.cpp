@@ -1,5 +1,6 @@
 #include "cadsim/model/exportrecords.h"
 
+#include "platform/filesystem.h"
 #include "platform/home.h"
 
 #include <QCryptographicHash>
@@ -8,8 +9,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QTemporaryFile>
-
-#include <filesystem>
 
 namespace ExportRecords {
 
@@ -41,9 +40,7 @@ bool write(const QString &folder, const QString &nativeTarget, const QJsonObject
     const QByteArray text = QJsonDocument(description).toJson(QJsonDocument::Indented);
     if (file.write(text) != text.size() || !file.flush())
         return false;
-    std::error_code error;
-    std::filesystem::rename(file.fileName().toStdString(), recordPath(folder, nativeTarget).toStdString(), error);
-    if (error)
+    if (!FileSystem::instance().replace(file.fileName(), recordPath(folder, nativeTarget)))
         return false;
     file.setAutoRemove(false);
     return true;
