@@ -717,6 +717,31 @@ ScriptValue fnDateDiff(Interpreter &, Args &a)
 }
 
 
+// FormatDateTime's formats (vbGeneralDate ... vbShortTime), US English, and Format's medium date.
+enum class NamedDate { General = 0, Long = 1, Short = 2, LongTime = 3, ShortTime = 4, Medium };
+
+QString namedDateFormat(double d, NamedDate named)
+{
+    const QDate day = dateOf(ScriptValue::fromDate(d));
+    const int secs = secondsOf(ScriptValue::fromDate(d));
+    const QString hhmm = QStringLiteral("%1:%2").arg(secs / 3600, 2, 10, QLatin1Char('0')).arg(secs / 60 % 60, 2, 10, QLatin1Char('0'));
+    switch (named) {
+    case NamedDate::Long:
+        return QLocale::c().toString(day, QStringLiteral("dddd, MMMM d, yyyy"));
+    case NamedDate::Short:
+        return formatOleShortDate(d);
+    case NamedDate::LongTime:
+        return formatOleLongTime(d);
+    case NamedDate::ShortTime: // 24 hours
+        return hhmm;
+    case NamedDate::Medium:
+        return QLocale::c().toString(day, QStringLiteral("dd-MMM-yy"));
+    case NamedDate::General:
+        break;
+    }
+    return formatOleDate(d);
+}
+
 ScriptValue fnFormat(Interpreter &, Args &a)
 {
     // The common forms only: no format, "0.00"-style digits, and date patterns.
@@ -724,6 +749,27 @@ ScriptValue fnFormat(Interpreter &, Args &a)
     if (!given(a, 1))
         return s(v.toString());
     const QString f = a[1].toString();
+    // Named date and Boolean-style formats.
+    static const QHash<QString, NamedDate> dates = {
+        {QStringLiteral("general date"), NamedDate::General}, {QStringLiteral("long date"), NamedDate::Long},
+        {QStringLiteral("medium date"), NamedDate::Medium},   {QStringLiteral("short date"), NamedDate::Short},
+        {QStringLiteral("long time"), NamedDate::LongTime},   {QStringLiteral("short time"), NamedDate::ShortTime},
+    };
+    const auto date = dates.constFind(f.toLower());
+    if (date != dates.constEnd())
+        return v.isNull() ? v : s(namedDateFormat(dateArg(v), *date));
+    static const QHash<QString, std::pair<const char *, const char *>> flags = {
+        {QStringLiteral("yes/no"), {"Yes", "No"}}, {QStringLiteral("true/false"), {"True", "False"}},
+        {QStringLiteral("on/off"), {"On", "Off"}},
+    };
+    const auto flag = flags.constFind(f.toLower());
+    if (flag != flags.constEnd() && !v.isNull()) {
+        double number = 0;
+        if (v.isString() && !parseVbNumber(v.toString(), &number))
+            return s(v.toString());
+        number = v.isString() ? number : v.toDouble();
+        return s(QLatin1String(number != 0 ? flag->first : flag->second));
+    }
     if (v.type() == ValueType::Date || f.contains(QLatin1Char('y'), Qt::CaseInsensitive) || f.contains(QLatin1String("hh"), Qt::CaseInsensitive)) {
         const int secs = secondsOf(v);
         const QDateTime t(dateOf(v), QTime(secs / 3600, secs / 60 % 60, secs % 60));
@@ -944,23 +990,7 @@ ScriptValue fnFormatDateTime(Interpreter &, Args &a)
     const std::int32_t named = lngOr(a, 1, 0);
     if (named < 0 || named > 4)
         throw ScriptError(ErrNo::InvalidCall);
-    const double d = dateArg(a[0]);
-    switch (named) {
-    case 1: { // vbLongDate
-        const QDate day = dateOf(ScriptValue::fromDate(d));
-        return s(QLocale::c().toString(day, QStringLiteral("dddd, MMMM d, yyyy")));
-    }
-    case 2: // vbShortDate
-        return s(formatOleShortDate(d));
-    case 3: // vbLongTime
-        return s(formatOleLongTime(d));
-    case 4: { // vbShortTime, 24 hours
-        const int secs = secondsOf(ScriptValue::fromDate(d));
-        return s(QStringLiteral("%1:%2").arg(secs / 3600, 2, 10, QLatin1Char('0')).arg(secs / 60 % 60, 2, 10, QLatin1Char('0')));
-    }
-    default: // vbGeneralDate
-        return s(formatOleDate(d));
-    }
+    return s(namedDateFormat(dateArg(a[0]), static_cast<NamedDate>(named)));
 }
 
 // ---- colours ------------------------------------------------------------------------------
