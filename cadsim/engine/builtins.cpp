@@ -129,17 +129,22 @@ ScriptValue fnMid(Interpreter &, Args &a)
     return s(str(a, 0).mid(start - 1, n));
 }
 
+// The optional start that InStr and InStrB take first: the index of the text argument, and the
+// start (1 when left out).
+std::pair<std::size_t, std::int32_t> leadingStart(const Args &a)
+{
+    if (a.size() < 3)
+        return {0, 1};
+    const std::int32_t start = given(a, 0) ? lng(a, 0) : 1;
+    if (start < 1)
+        throw ScriptError(ErrNo::InvalidCall);
+    return {1, start};
+}
+
 ScriptValue fnInStr(Interpreter &in, Args &a)
 {
     // InStr([start,] text, find [, compare])
-    std::size_t first = 0;
-    std::int32_t start = 1;
-    if (a.size() >= 3) {
-        start = given(a, 0) ? lng(a, 0) : 1;
-        first = 1;
-    }
-    if (start < 1)
-        throw ScriptError(ErrNo::InvalidCall);
+    const auto [first, start] = leadingStart(a);
     if (a[first].isNull() || a[first + 1].isNull())
         return ScriptValue::null();
     const QString text = str(a, first);
@@ -1317,14 +1322,7 @@ ScriptValue fnMidB(Interpreter &, Args &a)
 ScriptValue fnInStrB(Interpreter &, Args &a)
 {
     // InStrB([start,] text, find): byte positions, binary comparison.
-    std::size_t first = 0;
-    std::int32_t start = 1;
-    if (a.size() >= 3) {
-        start = given(a, 0) ? lng(a, 0) : 1;
-        first = 1;
-    }
-    if (start < 1)
-        throw ScriptError(ErrNo::InvalidCall);
+    const auto [first, start] = leadingStart(a);
     if (a[first].isNull() || a[first + 1].isNull())
         return ScriptValue::null();
     const QByteArray text = a[first].toBytes();

@@ -93,26 +93,16 @@ ScriptValue ErrObject::invoke(const QString &member, CallKind kind, ScriptArgs &
         }
         return ScriptValue::fromLong(m_number);
     }
-    if (m == QLatin1String("description")) {
+    QString *text = m == QLatin1String("description") ? &m_description
+                    : m == QLatin1String("source")    ? &m_source
+                    : m == QLatin1String("helpfile")  ? &m_helpFile
+                                                      : nullptr;
+    if (text) {
         if (write) {
-            m_description = assigned.toString();
+            *text = assigned.toString();
             return {};
         }
-        return ScriptValue::fromString(m_description);
-    }
-    if (m == QLatin1String("source")) {
-        if (write) {
-            m_source = assigned.toString();
-            return {};
-        }
-        return ScriptValue::fromString(m_source);
-    }
-    if (m == QLatin1String("helpfile")) {
-        if (write) {
-            m_helpFile = assigned.toString();
-            return {};
-        }
-        return ScriptValue::fromString(m_helpFile);
+        return ScriptValue::fromString(*text);
     }
     if (m == QLatin1String("helpcontext")) {
         if (write) {
