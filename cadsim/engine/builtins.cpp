@@ -12,8 +12,10 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
+#include <QLocale>
 #include <QTime>
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -49,12 +51,34 @@ std::int32_t lngOr(const Args &a, std::size_t i, std::int32_t fallback)
     return given(a, i) ? a[i].toLong() : fallback;
 }
 
+// The compare argument: 0 binary, 1 text, 2 database (there is no database here, so text);
+// omitted, the module's Option Compare. Null raises 94, other numbers 5.
 Qt::CaseSensitivity compareMode(Interpreter &in, const Args &a, std::size_t i)
 {
-    const int mode = given(a, i) ? a[i].toLong() : (in.compareText() ? 1 : 0);
-    if (mode == -1)
+    if (!given(a, i))
         return in.compareText() ? Qt::CaseInsensitive : Qt::CaseSensitive;
+    const std::int32_t mode = a[i].toLong();
+    if (mode < 0 || mode > 2)
+        throw ScriptError(ErrNo::InvalidCall);
     return mode == 0 ? Qt::CaseSensitive : Qt::CaseInsensitive;
+}
+
+// The first day of the week (0 the system's, Sunday here; 1 Sunday ... 7 Saturday).
+int firstDayOfWeek(const Args &a, std::size_t i)
+{
+    const std::int32_t day = lngOr(a, i, 1);
+    if (day < 0 || day > 7)
+        throw ScriptError(ErrNo::InvalidCall);
+    return day == 0 ? 1 : day;
+}
+
+// The first week of the year (0 the system's, January 1 here; 1..3).
+int firstWeekOfYear(const Args &a, std::size_t i)
+{
+    const std::int32_t week = lngOr(a, i, 1);
+    if (week < 0 || week > 3)
+        throw ScriptError(ErrNo::InvalidCall);
+    return week == 0 ? 1 : week;
 }
 
 ScriptValue s(const QString &v)
@@ -75,6 +99,8 @@ ScriptValue fnLen(Interpreter &, Args &a)
 ScriptValue fnLeft(Interpreter &, Args &a)
 {
     const std::int32_t n = lng(a, 1);
+    if (a[0].isNull())
+        return a[0];
     if (n < 0)
         throw ScriptError(ErrNo::InvalidCall);
     return s(str(a, 0).left(n));
@@ -83,6 +109,8 @@ ScriptValue fnLeft(Interpreter &, Args &a)
 ScriptValue fnRight(Interpreter &, Args &a)
 {
     const std::int32_t n = lng(a, 1);
+    if (a[0].isNull())
+        return a[0];
     if (n < 0)
         throw ScriptError(ErrNo::InvalidCall);
     return s(str(a, 0).right(n));
@@ -90,30 +118,33 @@ ScriptValue fnRight(Interpreter &, Args &a)
 
 ScriptValue fnMid(Interpreter &, Args &a)
 {
-    const QString t = str(a, 0);
     const std::int32_t start = lng(a, 1);
     if (start < 1)
         throw ScriptError(ErrNo::InvalidCall);
-    if (given(a, 2)) {
-        const std::int32_t n = lng(a, 2);
-        if (n < 0)
-            throw ScriptError(ErrNo::InvalidCall);
-        return s(t.mid(start - 1, n));
-    }
-    return s(t.mid(start - 1));
+    const std::int32_t n = lngOr(a, 2, -1);
+    if (given(a, 2) && n < 0)
+        throw ScriptError(ErrNo::InvalidCall);
+    if (a[0].isNull())
+        return a[0];
+    return s(str(a, 0).mid(start - 1, n));
+}
+
+// The optional start that InStr and InStrB take first: the index of the text argument, and the
+// start (1 when left out).
+std::pair<std::size_t, std::int32_t> leadingStart(const Args &a)
+{
+    if (a.size() < 3)
+        return {0, 1};
+    const std::int32_t start = given(a, 0) ? lng(a, 0) : 1;
+    if (start < 1)
+        throw ScriptError(ErrNo::InvalidCall);
+    return {1, start};
 }
 
 ScriptValue fnInStr(Interpreter &in, Args &a)
 {
     // InStr([start,] text, find [, compare])
-    std::size_t first = 0;
-    std::int32_t start = 1;
-    if (a.size() >= 3) {
-        start = given(a, 0) ? lng(a, 0) : 1;
-        first = 1;
-    }
-    if (start < 1)
-        throw ScriptError(ErrNo::InvalidCall);
+    const auto [first, start] = leadingStart(a);
     if (a[first].isNull() || a[first + 1].isNull())
         return ScriptValue::null();
     const QString text = str(a, first);
@@ -128,6 +159,8 @@ ScriptValue fnInStr(Interpreter &in, Args &a)
 
 ScriptValue fnInStrRev(Interpreter &in, Args &a)
 {
+    if (a[0].isNull() || a[1].isNull())
+        return ScriptValue::null();
     const QString text = str(a, 0);
     const QString find = str(a, 1);
     const std::int32_t start = lngOr(a, 2, -1);
@@ -336,27 +369,9 @@ ScriptValue fnCDbl(Interpreter &, Args &a) { return ScriptValue::fromDouble(a[0]
 ScriptValue fnCSng(Interpreter &, Args &a) { return ScriptValue::fromSingle(a[0].toDouble()); }
 ScriptValue fnCBool(Interpreter &, Args &a) { return ScriptValue::fromBool(a[0].toBool()); }
 ScriptValue fnCVar(Interpreter &, Args &a) { return a[0]; }
-ScriptValue fnCByte(Interpreter &, Args &a)
-{
-    const std::int32_t n = a[0].toLong();
-    if (n < 0 || n > 255)
-        throw ScriptError(ErrNo::Overflow);
-    return ScriptValue::fromInteger(static_cast<std::int16_t>(n));
-}
+ScriptValue fnCByte(Interpreter &, Args &a) { return toByte(a[0]); }
 // Both branches are evaluated before the call, as in VBA.
 ScriptValue fnIIf(Interpreter &, Args &a) { return !a[0].isNull() && a[0].toBool() ? a[1] : a[2]; }
-ScriptValue fnCDate(Interpreter &, Args &a)
-{
-    if (a[0].isString()) {
-        const QDate d = QDate::fromString(a[0].toString().trimmed(), QStringLiteral("M/d/yyyy"));
-        if (d.isValid())
-            return ScriptValue::fromDate(oleDateFromParts(d.year(), d.month(), d.day()));
-        const QDate iso = QDate::fromString(a[0].toString().trimmed(), Qt::ISODate);
-        if (iso.isValid())
-            return ScriptValue::fromDate(oleDateFromParts(iso.year(), iso.month(), iso.day()));
-    }
-    return ScriptValue::fromDate(a[0].toDouble());
-}
 
 ScriptValue fnCStr(Interpreter &, Args &a)
 {
@@ -370,7 +385,6 @@ ScriptValue fnIsNull(Interpreter &, Args &a) { return ScriptValue::fromBool(a[0]
 ScriptValue fnIsArray(Interpreter &, Args &a) { return ScriptValue::fromBool(a[0].isArray()); }
 ScriptValue fnIsObject(Interpreter &, Args &a) { return ScriptValue::fromBool(a[0].isObject()); }
 ScriptValue fnIsMissing(Interpreter &, Args &a) { return ScriptValue::fromBool(a[0].isMissing()); }
-ScriptValue fnIsDate(Interpreter &, Args &a) { return ScriptValue::fromBool(a[0].type() == ValueType::Date); }
 
 ScriptValue fnIsNumeric(Interpreter &, Args &a)
 {
@@ -397,6 +411,8 @@ ScriptValue fnVarType(Interpreter &, Args &a)
 ScriptValue keepType(const ScriptValue &like, double v)
 {
     switch (like.type()) {
+    case ValueType::Byte:
+        return toByte(ScriptValue::fromDouble(v));
     case ValueType::Integer:
     case ValueType::Boolean:
         if (v >= -32768 && v <= 32767)
@@ -460,12 +476,18 @@ ScriptValue fnRound(Interpreter &, Args &a)
     const double v = std::nearbyint(a[0].toDouble() * f) / f;
     return keepType(a[0], v);
 }
-ScriptValue fnHex(Interpreter &, Args &a)
+// Hex and Oct: Integers (and Bytes) as 16 bits, the others as Long; Null stays Null.
+ScriptValue inBase(const ScriptValue &v, int base)
 {
-    const std::int32_t v = a[0].toLong();
-    const std::uint32_t u = a[0].type() == ValueType::Integer ? static_cast<std::uint16_t>(v) : static_cast<std::uint32_t>(v);
-    return s(QString::number(u, 16).toUpper());
+    if (v.isNull())
+        return v;
+    const std::int32_t n = v.toLong();
+    const bool small = v.type() == ValueType::Integer || v.type() == ValueType::Byte;
+    const std::uint32_t u = small ? static_cast<std::uint16_t>(n) : static_cast<std::uint32_t>(n);
+    return s(QString::number(u, base).toUpper());
 }
+
+ScriptValue fnHex(Interpreter &, Args &a) { return inBase(a[0], 16); }
 
 // ---- arrays -------------------------------------------------------------------------------
 
@@ -567,25 +589,66 @@ ScriptValue fnTimer(Interpreter &in, Args &)
     return ScriptValue::fromDouble((n - std::floor(n)) * 86400.0);
 }
 
+ScriptValue dateFromText(const ScriptValue &v);
+
+// A date argument: a date, a number, or text that reads as a date.
+double dateArg(const ScriptValue &v)
+{
+    return v.isString() ? dateFromText(v).toDouble() : v.toDouble();
+}
 QDate dateOf(const ScriptValue &v)
 {
-    return QDate(1899, 12, 30).addDays(static_cast<qint64>(std::floor(v.toDouble())));
+    return QDate(1899, 12, 30).addDays(static_cast<qint64>(std::floor(dateArg(v))));
 }
 int secondsOf(const ScriptValue &v)
 {
-    const double d = v.toDouble();
+    const double d = dateArg(v);
     return static_cast<int>(std::lround((d - std::floor(d)) * 86400.0)) % 86400;
 }
-ScriptValue fnYear(Interpreter &, Args &a) { return ScriptValue::fromInteger(static_cast<std::int16_t>(dateOf(a[0]).year())); }
-ScriptValue fnMonth(Interpreter &, Args &a) { return ScriptValue::fromInteger(static_cast<std::int16_t>(dateOf(a[0]).month())); }
-ScriptValue fnDay(Interpreter &, Args &a) { return ScriptValue::fromInteger(static_cast<std::int16_t>(dateOf(a[0]).day())); }
-ScriptValue fnHour(Interpreter &, Args &a) { return ScriptValue::fromInteger(static_cast<std::int16_t>(secondsOf(a[0]) / 3600)); }
-ScriptValue fnMinute(Interpreter &, Args &a) { return ScriptValue::fromInteger(static_cast<std::int16_t>(secondsOf(a[0]) / 60 % 60)); }
-ScriptValue fnSecond(Interpreter &, Args &a) { return ScriptValue::fromInteger(static_cast<std::int16_t>(secondsOf(a[0]) % 60)); }
+
+// The date functions that give Null for a Null date.
+template<int (*part)(const ScriptValue &)>
+ScriptValue datePartOrNull(Interpreter &, Args &a)
+{
+    return a[0].isNull() ? a[0] : ScriptValue::fromInteger(static_cast<std::int16_t>(part(a[0])));
+}
+int yearOf(const ScriptValue &v) { return dateOf(v).year(); }
+int monthOf(const ScriptValue &v) { return dateOf(v).month(); }
+int dayOf(const ScriptValue &v) { return dateOf(v).day(); }
+int hourOf(const ScriptValue &v) { return secondsOf(v) / 3600; }
+int minuteOf(const ScriptValue &v) { return secondsOf(v) / 60 % 60; }
+int secondOf(const ScriptValue &v) { return secondsOf(v) % 60; }
+
+// Dates run from 1 January 100 to 31 December 9999; others raise 5.
+ScriptValue checkedDate(const QDate &d, double timeOfDay = 0)
+{
+    if (!d.isValid() || d.year() < 100 || d.year() > 9999)
+        throw ScriptError(ErrNo::InvalidCall);
+    return ScriptValue::fromDate(oleDateFromParts(d.year(), d.month(), d.day()) + timeOfDay);
+}
+
 ScriptValue fnDateSerial(Interpreter &, Args &a)
 {
-    const QDate d = QDate(lng(a, 0), 1, 1).addMonths(lng(a, 1) - 1).addDays(lng(a, 2) - 1);
-    return ScriptValue::fromDate(oleDateFromParts(d.year(), d.month(), d.day()));
+    // Each part is an Integer; months and days past their range carry into the next unit.
+    const auto part = [&a](std::size_t i) {
+        const std::int32_t v = lng(a, i);
+        if (v < -32768 || v > 32767)
+            throw ScriptError(ErrNo::Overflow);
+        return v;
+    };
+    std::int32_t year = part(0);
+    const std::int32_t month = part(1);
+    const std::int32_t day = part(2);
+    // Two-digit years: 0..29 are 2000..2029, 30..99 are 1930..1999.
+    if (year >= 0 && year <= 29)
+        year += 2000;
+    else if (year >= 30 && year <= 99)
+        year += 1900;
+    const std::int64_t months = static_cast<std::int64_t>(year) * 12 + (month - 1);
+    const std::int64_t y = months >= 0 ? months / 12 : -((-months + 11) / 12);
+    if (y < 1 || y > 9999)
+        throw ScriptError(ErrNo::InvalidCall);
+    return checkedDate(QDate(static_cast<int>(y), static_cast<int>(months - y * 12) + 1, 1).addDays(day - 1));
 }
 
 double secondsPerUnit(const QString &interval)
@@ -614,21 +677,35 @@ ScriptValue fnDateAdd(Interpreter &, Args &a)
 {
     const QString interval = str(a, 0);
     const std::int32_t n = lng(a, 1);
-    const double date = a[2].toDouble();
-    if (const double secs = secondsPerUnit(interval))
-        return ScriptValue::fromDate(date + n * secs / 86400.0);
+    if (a[2].isNull())
+        return a[2];
+    const double date = dateArg(a[2]);
+    if (const double secs = secondsPerUnit(interval)) {
+        const double sum = date + n * secs / 86400.0;
+        checkedDate(QDate(1899, 12, 30).addDays(static_cast<qint64>(std::floor(sum))));
+        return ScriptValue::fromDate(sum);
+    }
     const int months = monthsPerUnit(interval);
     if (!months)
         throw ScriptError(ErrNo::InvalidCall);
-    const QDate d = dateOf(a[2]).addMonths(static_cast<qint64>(n) * months);
-    return ScriptValue::fromDate(oleDateFromParts(d.year(), d.month(), d.day()) + (date - std::floor(date)));
+    return checkedDate(dateOf(a[2]).addMonths(static_cast<qint64>(n) * months), date - std::floor(date));
 }
 
 ScriptValue fnDateDiff(Interpreter &, Args &a)
 {
-    const QString interval = str(a, 0);
-    const double from = a[1].toDouble();
-    const double to = a[2].toDouble();
+    const QString interval = str(a, 0).toLower();
+    const double from = dateArg(a[1]);
+    const double to = dateArg(a[2]);
+    const int firstDay = firstDayOfWeek(a, 3);
+    firstWeekOfYear(a, 4);
+    if (interval == QLatin1String("w")) // whole weeks
+        return ScriptValue::fromLong(static_cast<std::int32_t>(std::trunc((std::floor(to) - std::floor(from)) / 7)));
+    if (interval == QLatin1String("ww")) {
+        // Weeks crossed: the first days of the week after from, up to to. Day 1 (31 Dec 1899) is
+        // a Sunday.
+        const auto week = [firstDay](double d) { return std::floor((std::floor(d) - firstDay) / 7); };
+        return ScriptValue::fromLong(static_cast<std::int32_t>(week(to) - week(from)));
+    }
     if (const double secs = secondsPerUnit(interval)) {
         // Whole units crossed, counted on the unit's boundaries.
         const double unit = secs / 86400.0;
@@ -644,10 +721,30 @@ ScriptValue fnDateDiff(Interpreter &, Args &a)
     return ScriptValue::fromLong(monthIndexTo - monthIndexFrom);
 }
 
-ScriptValue fnWeekday(Interpreter &, Args &a)
+
+// FormatDateTime's formats (vbGeneralDate ... vbShortTime), US English, and Format's medium date.
+enum class NamedDate { General = 0, Long = 1, Short = 2, LongTime = 3, ShortTime = 4, Medium };
+
+QString namedDateFormat(double d, NamedDate named)
 {
-    // 1 = Sunday
-    return ScriptValue::fromInteger(static_cast<std::int16_t>(dateOf(a[0]).dayOfWeek() % 7 + 1));
+    const QDate day = dateOf(ScriptValue::fromDate(d));
+    const int secs = secondsOf(ScriptValue::fromDate(d));
+    const QString hhmm = QStringLiteral("%1:%2").arg(secs / 3600, 2, 10, QLatin1Char('0')).arg(secs / 60 % 60, 2, 10, QLatin1Char('0'));
+    switch (named) {
+    case NamedDate::Long:
+        return QLocale::c().toString(day, QStringLiteral("dddd, MMMM d, yyyy"));
+    case NamedDate::Short:
+        return formatOleShortDate(d);
+    case NamedDate::LongTime:
+        return formatOleLongTime(d);
+    case NamedDate::ShortTime: // 24 hours
+        return hhmm;
+    case NamedDate::Medium:
+        return QLocale::c().toString(day, QStringLiteral("dd-MMM-yy"));
+    case NamedDate::General:
+        break;
+    }
+    return formatOleDate(d);
 }
 
 ScriptValue fnFormat(Interpreter &, Args &a)
@@ -657,6 +754,27 @@ ScriptValue fnFormat(Interpreter &, Args &a)
     if (!given(a, 1))
         return s(v.toString());
     const QString f = a[1].toString();
+    // Named date and Boolean-style formats.
+    static const QHash<QString, NamedDate> dates = {
+        {QStringLiteral("general date"), NamedDate::General}, {QStringLiteral("long date"), NamedDate::Long},
+        {QStringLiteral("medium date"), NamedDate::Medium},   {QStringLiteral("short date"), NamedDate::Short},
+        {QStringLiteral("long time"), NamedDate::LongTime},   {QStringLiteral("short time"), NamedDate::ShortTime},
+    };
+    const auto date = dates.constFind(f.toLower());
+    if (date != dates.constEnd())
+        return v.isNull() ? v : s(namedDateFormat(dateArg(v), *date));
+    static const QHash<QString, std::pair<const char *, const char *>> flags = {
+        {QStringLiteral("yes/no"), {"Yes", "No"}}, {QStringLiteral("true/false"), {"True", "False"}},
+        {QStringLiteral("on/off"), {"On", "Off"}},
+    };
+    const auto flag = flags.constFind(f.toLower());
+    if (flag != flags.constEnd() && !v.isNull()) {
+        double number = 0;
+        if (v.isString() && !parseVbNumber(v.toString(), &number))
+            return s(v.toString());
+        number = v.isString() ? number : v.toDouble();
+        return s(QLatin1String(number != 0 ? flag->first : flag->second));
+    }
     if (v.type() == ValueType::Date || f.contains(QLatin1Char('y'), Qt::CaseInsensitive) || f.contains(QLatin1String("hh"), Qt::CaseInsensitive)) {
         const int secs = secondsOf(v);
         const QDateTime t(dateOf(v), QTime(secs / 3600, secs / 60 % 60, secs % 60));
@@ -721,7 +839,7 @@ ScriptValue dateFromText(const ScriptValue &v)
     if (!v.isString())
         return ScriptValue::fromDate(v.toDouble());
     const QString t = v.toString().trimmed();
-    static const char *const dateForms[] = {"M/d/yyyy", "yyyy-MM-dd", "MMMM d, yyyy", "MMM d, yyyy", "d MMMM yyyy", "M/d/yy"};
+    static const char *const dateForms[] = {"M/d/yyyy", "yyyy-MM-dd", "MMMM d, yyyy", "MMM d, yyyy", "d MMMM yyyy", "d-MMM-yyyy", "M/d/yy", "d-MMM-yy"};
     static const char *const timeForms[] = {"h:mm:ss AP", "h:mm AP", "H:mm:ss", "H:mm", "h:mm:ssAP", "h:mmAP"};
     const QStringList words = t.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     // The date, the time, or both ("11/23/2026 9:05:00 AM").
@@ -756,20 +874,38 @@ ScriptValue dateFromText(const ScriptValue &v)
 
 ScriptValue fnDateValue(Interpreter &, Args &a)
 {
+    if (a[0].isNull())
+        return a[0];
     return ScriptValue::fromDate(std::floor(dateFromText(a[0]).toDouble()));
 }
 
 ScriptValue fnTimeValue(Interpreter &, Args &a)
 {
+    if (a[0].isNull())
+        return a[0];
     const double d = dateFromText(a[0]).toDouble();
     return ScriptValue::fromDate(std::fabs(d - std::trunc(d)));
 }
 
-// Weekday of a date counted from firstDay (1 = Sunday ... 7 = Saturday; 0 = the system's, Sunday).
+ScriptValue fnCDate(Interpreter &, Args &a) { return dateFromText(a[0]); }
+
+ScriptValue fnIsDate(Interpreter &, Args &a)
+{
+    if (a[0].type() == ValueType::Date)
+        return ScriptValue::fromBool(true);
+    if (!a[0].isString())
+        return ScriptValue::fromBool(false);
+    try {
+        dateFromText(a[0]);
+        return ScriptValue::fromBool(true);
+    } catch (const ScriptError &) {
+        return ScriptValue::fromBool(false);
+    }
+}
+
+// Weekday of a date counted from firstDay (1 = Sunday ... 7 = Saturday).
 int weekdayFrom(const QDate &d, int firstDay)
 {
-    if (firstDay == 0)
-        firstDay = 1;
     const int sundayBased = d.dayOfWeek() % 7 + 1; // 1 = Sunday
     return (sundayBased - firstDay + 7) % 7 + 1;
 }
@@ -788,13 +924,23 @@ int weekOfYear(const QDate &d, int firstDay, int firstWeek)
     return static_cast<int>(start.daysTo(d) / 7) + 1;
 }
 
+ScriptValue fnWeekday(Interpreter &, Args &a)
+{
+    const int firstDay = firstDayOfWeek(a, 1);
+    if (a[0].isNull())
+        return a[0];
+    return ScriptValue::fromInteger(static_cast<std::int16_t>(weekdayFrom(dateOf(a[0]), firstDay)));
+}
+
 ScriptValue fnDatePart(Interpreter &, Args &a)
 {
     const QString interval = str(a, 0).toLower();
+    const int firstDay = firstDayOfWeek(a, 2);
+    const int firstWeek = firstWeekOfYear(a, 3);
+    if (a[1].isNull())
+        return a[1];
     const ScriptValue date = dateFromText(a[1]);
     const QDate d = dateOf(date);
-    const int firstDay = lngOr(a, 2, 1);
-    const int firstWeek = lngOr(a, 3, 1);
     const int secs = secondsOf(date);
     int r = 0;
     if (interval == QLatin1String("yyyy"))
@@ -837,13 +983,355 @@ ScriptValue fnWeekdayName(Interpreter &, Args &a)
 {
     static const char *const names[] = {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
     const std::int32_t w = lng(a, 0);
-    int firstDay = lngOr(a, 2, 1);
-    if (firstDay == 0)
-        firstDay = 1;
-    if (w < 1 || w > 7 || firstDay < 1 || firstDay > 7)
+    const int firstDay = firstDayOfWeek(a, 2);
+    if (w < 1 || w > 7)
         throw ScriptError(ErrNo::InvalidCall);
     const QString name = QLatin1String(names[(w - 1 + firstDay - 1) % 7]);
     return s(given(a, 1) && a[1].toBool() ? name.left(3) : name);
+}
+
+ScriptValue fnFormatDateTime(Interpreter &, Args &a)
+{
+    const std::int32_t named = lngOr(a, 1, 0);
+    if (named < 0 || named > 4)
+        throw ScriptError(ErrNo::InvalidCall);
+    return s(namedDateFormat(dateArg(a[0]), static_cast<NamedDate>(named)));
+}
+
+// ---- colours ------------------------------------------------------------------------------
+
+ScriptValue fnRGB(Interpreter &, Args &a)
+{
+    // Red in the low byte; parts above 255 count as 255.
+    std::int32_t colour = 0;
+    for (std::size_t i = 3; i-- > 0;) {
+        const std::int32_t part = lng(a, i);
+        if (part < 0)
+            throw ScriptError(ErrNo::InvalidCall);
+        colour = colour * 256 + std::min<std::int32_t>(part, 255);
+    }
+    return ScriptValue::fromLong(colour);
+}
+
+ScriptValue fnQBColor(Interpreter &, Args &a)
+{
+    static const std::int32_t colours[16] = {0x000000, 0x800000, 0x008000, 0x808000, 0x000080, 0x800080,
+                                             0x008080, 0xC0C0C0, 0x808080, 0xFF0000, 0x00FF00, 0xFFFF00,
+                                             0x0000FF, 0xFF00FF, 0x00FFFF, 0xFFFFFF};
+    const std::int32_t n = lng(a, 0);
+    if (n < 0 || n > 15)
+        throw ScriptError(ErrNo::InvalidCall);
+    return ScriptValue::fromLong(colours[n]);
+}
+
+// ---- financial ----------------------------------------------------------------------------
+// Annuities: money paid out is negative, money received positive; type 1 pays at the start of
+// each period, 0 at its end.
+
+double num(const Args &a, std::size_t i)
+{
+    if (!given(a, i))
+        throw ScriptError(ErrNo::ArgumentNotOptional);
+    return a[i].toDouble();
+}
+
+double numOr(const Args &a, std::size_t i, double fallback)
+{
+    return given(a, i) ? a[i].toDouble() : fallback;
+}
+
+ScriptValue financial(double v)
+{
+    if (!std::isfinite(v))
+        throw ScriptError(ErrNo::InvalidCall);
+    return ScriptValue::fromDouble(v);
+}
+
+double annuityFV(double rate, double nper, double pmt, double pv, double type)
+{
+    if (rate == 0)
+        return -(pv + pmt * nper);
+    const double growth = std::pow(1 + rate, nper);
+    return -(pv * growth + pmt * (1 + rate * type) * (growth - 1) / rate);
+}
+
+double annuityPmt(double rate, double nper, double pv, double fv, double type)
+{
+    if (nper == 0)
+        throw ScriptError(ErrNo::InvalidCall);
+    if (rate == 0)
+        return -(pv + fv) / nper;
+    const double growth = std::pow(1 + rate, nper);
+    return -(fv + pv * growth) * rate / ((1 + rate * type) * (growth - 1));
+}
+
+// The interest part of payment per (1-based).
+double annuityIPmt(double rate, double per, double nper, double pv, double fv, double type)
+{
+    if (per < 1 || per > nper)
+        throw ScriptError(ErrNo::InvalidCall);
+    if (type != 0 && per == 1)
+        return 0;
+    const double pmt = annuityPmt(rate, nper, pv, fv, type);
+    const double interest = annuityFV(rate, per - 1, pmt, pv, type) * rate;
+    return type != 0 ? interest / (1 + rate) : interest;
+}
+
+ScriptValue fnFV(Interpreter &, Args &a)
+{
+    return financial(annuityFV(num(a, 0), num(a, 1), num(a, 2), numOr(a, 3, 0), numOr(a, 4, 0)));
+}
+
+ScriptValue fnPV(Interpreter &, Args &a)
+{
+    const double rate = num(a, 0), nper = num(a, 1), pmt = num(a, 2), fv = numOr(a, 3, 0), type = numOr(a, 4, 0);
+    if (rate == 0)
+        return financial(-(fv + pmt * nper));
+    const double growth = std::pow(1 + rate, nper);
+    return financial(-(fv + pmt * (1 + rate * type) * (growth - 1) / rate) / growth);
+}
+
+ScriptValue fnPmt(Interpreter &, Args &a)
+{
+    return financial(annuityPmt(num(a, 0), num(a, 1), num(a, 2), numOr(a, 3, 0), numOr(a, 4, 0)));
+}
+
+ScriptValue fnNPer(Interpreter &, Args &a)
+{
+    const double rate = num(a, 0), pmt = num(a, 1), pv = num(a, 2), fv = numOr(a, 3, 0), type = numOr(a, 4, 0);
+    if (rate == 0) {
+        if (pmt == 0)
+            throw ScriptError(ErrNo::InvalidCall);
+        return financial(-(pv + fv) / pmt);
+    }
+    const double due = pmt * (1 + rate * type);
+    const double ratio = (due - fv * rate) / (due + pv * rate);
+    if (ratio <= 0 || rate <= -1)
+        throw ScriptError(ErrNo::InvalidCall);
+    return financial(std::log(ratio) / std::log(1 + rate));
+}
+
+ScriptValue fnIPmt(Interpreter &, Args &a)
+{
+    return financial(annuityIPmt(num(a, 0), num(a, 1), num(a, 2), num(a, 3), numOr(a, 4, 0), numOr(a, 5, 0)));
+}
+
+ScriptValue fnPPmt(Interpreter &, Args &a)
+{
+    const double rate = num(a, 0), per = num(a, 1), nper = num(a, 2), pv = num(a, 3), fv = numOr(a, 4, 0),
+                 type = numOr(a, 5, 0);
+    const double interest = annuityIPmt(rate, per, nper, pv, fv, type);
+    return financial(annuityPmt(rate, nper, pv, fv, type) - interest);
+}
+
+// Newton's method from guess; VBA gives up with 5 after 20 tries.
+template<typename F>
+double solveRate(double guess, F presentValue)
+{
+    double rate = guess;
+    for (int attempt = 0; attempt < 20; ++attempt) {
+        const double h = 1e-7;
+        const double value = presentValue(rate);
+        if (std::fabs(value) < 1e-7)
+            return rate;
+        const double slope = (presentValue(rate + h) - value) / h;
+        if (slope == 0 || !std::isfinite(slope))
+            break;
+        rate -= value / slope;
+        if (!std::isfinite(rate) || rate <= -1)
+            break;
+    }
+    throw ScriptError(ErrNo::InvalidCall);
+}
+
+ScriptValue fnRate(Interpreter &, Args &a)
+{
+    const double nper = num(a, 0), pmt = num(a, 1), pv = num(a, 2), fv = numOr(a, 3, 0), type = numOr(a, 4, 0);
+    if (nper <= 0)
+        throw ScriptError(ErrNo::InvalidCall);
+    return financial(solveRate(numOr(a, 5, 0.1), [&](double r) { return annuityFV(r, nper, pmt, pv, type) - fv; }));
+}
+
+// The numbers of an array argument of NPV, IRR and MIRR.
+std::vector<double> cashFlows(const ScriptValue &v)
+{
+    if (!v.isArray() || !v.array())
+        throw ScriptError(ErrNo::TypeMismatch);
+    std::vector<double> flows;
+    flows.reserve(v.array()->items.size());
+    for (const ScriptValue &item : v.array()->items)
+        flows.push_back(item.toDouble());
+    return flows;
+}
+
+double netPresentValue(double rate, const std::vector<double> &flows)
+{
+    double sum = 0;
+    for (std::size_t i = 0; i < flows.size(); ++i)
+        sum += flows[i] / std::pow(1 + rate, static_cast<double>(i + 1));
+    return sum;
+}
+
+// A series to value needs a payment and a receipt.
+void requireBothSigns(const std::vector<double> &flows)
+{
+    const bool paid = std::any_of(flows.begin(), flows.end(), [](double f) { return f < 0; });
+    const bool received = std::any_of(flows.begin(), flows.end(), [](double f) { return f > 0; });
+    if (!paid || !received)
+        throw ScriptError(ErrNo::InvalidCall);
+}
+
+ScriptValue fnNPV(Interpreter &, Args &a)
+{
+    const double rate = num(a, 0);
+    if (rate == -1)
+        throw ScriptError(ErrNo::InvalidCall);
+    const std::vector<double> flows = cashFlows(a[1]);
+    requireBothSigns(flows);
+    return financial(netPresentValue(rate, flows));
+}
+
+ScriptValue fnIRR(Interpreter &, Args &a)
+{
+    const std::vector<double> flows = cashFlows(a[0]);
+    requireBothSigns(flows);
+    return financial(solveRate(numOr(a, 1, 0.1), [&flows](double r) { return netPresentValue(r, flows); }));
+}
+
+ScriptValue fnMIRR(Interpreter &, Args &a)
+{
+    const std::vector<double> flows = cashFlows(a[0]);
+    requireBothSigns(flows);
+    const double financeRate = num(a, 1), reinvestRate = num(a, 2);
+    if (financeRate == -1 || reinvestRate == -1)
+        throw ScriptError(ErrNo::InvalidCall);
+    std::vector<double> paid, received;
+    for (const double f : flows) {
+        paid.push_back(f < 0 ? f : 0);
+        received.push_back(f > 0 ? f : 0);
+    }
+    const auto n = static_cast<double>(flows.size());
+    const double gains = -netPresentValue(reinvestRate, received) * std::pow(1 + reinvestRate, n);
+    const double costs = netPresentValue(financeRate, paid) * (1 + financeRate);
+    return financial(std::pow(gains / costs, 1 / (n - 1)) - 1);
+}
+
+ScriptValue fnSLN(Interpreter &, Args &a)
+{
+    const double life = num(a, 2);
+    if (life == 0)
+        throw ScriptError(ErrNo::InvalidCall);
+    return financial((num(a, 0) - num(a, 1)) / life);
+}
+
+ScriptValue fnSYD(Interpreter &, Args &a)
+{
+    const double cost = num(a, 0), salvage = num(a, 1), life = num(a, 2), period = num(a, 3);
+    if (life <= 0 || period <= 0 || period > life || salvage < 0)
+        throw ScriptError(ErrNo::InvalidCall);
+    return financial((cost - salvage) * (life - period + 1) * 2 / (life * (life + 1)));
+}
+
+// ---- ranges -------------------------------------------------------------------------------
+
+ScriptValue fnPartition(Interpreter &, Args &a)
+{
+    for (std::size_t i = 0; i < 4; ++i) {
+        if (a[i].isNull())
+            return a[i];
+    }
+    const std::int64_t number = lng(a, 0);
+    const std::int64_t start = lng(a, 1);
+    const std::int64_t stop = lng(a, 2);
+    const std::int64_t interval = lng(a, 3);
+    if (start < 0 || stop <= start || interval < 1)
+        throw ScriptError(ErrNo::InvalidCall);
+    // Both ends padded to the width of stop plus one, so that the texts sort as the ranges do.
+    const int width = static_cast<int>(QString::number(stop).size()) + 1;
+    const auto end = [width](std::optional<std::int64_t> v) {
+        return v ? QStringLiteral("%1").arg(*v, width) : QString(width, QLatin1Char(' '));
+    };
+    std::optional<std::int64_t> lower;
+    std::optional<std::int64_t> upper;
+    if (interval == 1) {
+        lower = upper = number;
+    } else if (number < start) {
+        upper = start - 1;
+    } else if (number > stop) {
+        lower = stop + 1;
+    } else {
+        lower = start + (number - start) / interval * interval;
+        upper = std::min(*lower + interval - 1, stop);
+    }
+    return s(end(lower) + QLatin1Char(':') + end(upper));
+}
+
+// ---- byte strings -------------------------------------------------------------------------
+
+ScriptValue fnAscB(Interpreter &, Args &a)
+{
+    str(a, 0); // 94 for Null
+    const QByteArray bytes = a[0].toBytes();
+    if (bytes.isEmpty())
+        throw ScriptError(ErrNo::InvalidCall);
+    return ScriptValue::fromInteger(static_cast<std::int16_t>(static_cast<unsigned char>(bytes.at(0))));
+}
+
+ScriptValue fnChrB(Interpreter &, Args &a)
+{
+    const std::int32_t c = lng(a, 0);
+    if (c < 0 || c > 255)
+        throw ScriptError(ErrNo::InvalidCall);
+    return ScriptValue::fromBytes(QByteArray(1, static_cast<char>(c)));
+}
+
+// LeftB, RightB and MidB count bytes of the string as it is held (two to a character).
+ScriptValue bytePart(Args &a, std::int32_t start, std::int32_t length)
+{
+    return ScriptValue::fromBytes(a[0].toBytes().mid(start, length));
+}
+
+ScriptValue fnLeftB(Interpreter &, Args &a)
+{
+    const std::int32_t n = lng(a, 1);
+    if (n < 0)
+        throw ScriptError(ErrNo::InvalidCall);
+    return a[0].isNull() ? a[0] : bytePart(a, 0, n);
+}
+
+ScriptValue fnRightB(Interpreter &, Args &a)
+{
+    const std::int32_t n = lng(a, 1);
+    if (n < 0)
+        throw ScriptError(ErrNo::InvalidCall);
+    if (a[0].isNull())
+        return a[0];
+    const auto size = static_cast<std::int32_t>(a[0].byteLength());
+    return bytePart(a, std::max(0, size - n), n);
+}
+
+ScriptValue fnMidB(Interpreter &, Args &a)
+{
+    const std::int32_t start = lng(a, 1);
+    const std::int32_t n = lngOr(a, 2, -1);
+    if (start < 1 || (given(a, 2) && n < 0))
+        throw ScriptError(ErrNo::InvalidCall);
+    return a[0].isNull() ? a[0] : bytePart(a, start - 1, n);
+}
+
+ScriptValue fnInStrB(Interpreter &, Args &a)
+{
+    // InStrB([start,] text, find): byte positions, binary comparison.
+    const auto [first, start] = leadingStart(a);
+    if (a[first].isNull() || a[first + 1].isNull())
+        return ScriptValue::null();
+    const QByteArray text = a[first].toBytes();
+    const QByteArray find = a[first + 1].toBytes();
+    if (start > text.size() + 1)
+        return ScriptValue::fromLong(0);
+    if (find.isEmpty())
+        return ScriptValue::fromLong(start);
+    return ScriptValue::fromLong(static_cast<std::int32_t>(text.indexOf(find, start - 1) + 1));
 }
 
 // ---- more text ----------------------------------------------------------------------------
@@ -897,12 +1385,7 @@ ScriptValue fnStr(Interpreter &, Args &a)
     return s(strOfNumber(n.type() == ValueType::Boolean ? QString::number(n.toLong()) : n.toString()));
 }
 
-ScriptValue fnOct(Interpreter &, Args &a)
-{
-    const std::int32_t v = a[0].toLong();
-    const std::uint32_t u = a[0].type() == ValueType::Integer ? static_cast<std::uint16_t>(v) : static_cast<std::uint32_t>(v);
-    return s(QString::number(u, 8));
-}
+ScriptValue fnOct(Interpreter &, Args &a) { return inBase(a[0], 8); }
 
 ScriptValue fnLenB(Interpreter &, Args &a)
 {
@@ -1084,6 +1567,9 @@ ScriptValue fnGetObject(Interpreter &in, Args &a)
     return in.getObject(given(a, 0) ? a[0].toString() : QString(), given(a, 1) ? a[1].toString() : QString());
 }
 ScriptValue fnDoEvents(Interpreter &, Args &) { return ScriptValue::fromInteger(0); }
+// The stand-in has no loudspeaker, and Mecadra starts no macro with arguments of its own.
+ScriptValue fnBeep(Interpreter &, Args &) { return {}; }
+ScriptValue fnCommand(Interpreter &, Args &) { return s(QString()); }
 ScriptValue fnEnviron(Interpreter &, Args &a)
 {
     if (!a[0].isString())
@@ -1247,6 +1733,31 @@ const QHash<QString, Builtin> &table()
         {QStringLiteral("cbyte"), {fnCByte, 1, 1}},
         {QStringLiteral("iif"), {fnIIf, 3, 3}},
         {QStringLiteral("cdate"), {fnCDate, 1, 1}},
+        {QStringLiteral("cvdate"), {fnCDate, 1, 1}},
+        {QStringLiteral("rgb"), {fnRGB, 3, 3}},
+        {QStringLiteral("partition"), {fnPartition, 4, 4}},
+        {QStringLiteral("fv"), {fnFV, 3, 5}},
+        {QStringLiteral("pv"), {fnPV, 3, 5}},
+        {QStringLiteral("pmt"), {fnPmt, 3, 5}},
+        {QStringLiteral("nper"), {fnNPer, 3, 5}},
+        {QStringLiteral("ipmt"), {fnIPmt, 4, 6}},
+        {QStringLiteral("ppmt"), {fnPPmt, 4, 6}},
+        {QStringLiteral("rate"), {fnRate, 3, 6}},
+        {QStringLiteral("npv"), {fnNPV, 2, 2}},
+        {QStringLiteral("irr"), {fnIRR, 1, 2}},
+        {QStringLiteral("mirr"), {fnMIRR, 3, 3}},
+        {QStringLiteral("sln"), {fnSLN, 3, 3}},
+        {QStringLiteral("syd"), {fnSYD, 4, 4}},
+        {QStringLiteral("ascb"), {fnAscB, 1, 1}},
+        {QStringLiteral("chrb"), {fnChrB, 1, 1}},
+        {QStringLiteral("leftb"), {fnLeftB, 2, 2}},
+        {QStringLiteral("rightb"), {fnRightB, 2, 2}},
+        {QStringLiteral("midb"), {fnMidB, 2, 3}},
+        {QStringLiteral("instrb"), {fnInStrB, 2, 4}},
+        {QStringLiteral("beep"), {fnBeep, 0, 0}},
+        {QStringLiteral("command"), {fnCommand, 0, 0}},
+        {QStringLiteral("qbcolor"), {fnQBColor, 1, 1}},
+        {QStringLiteral("formatdatetime"), {fnFormatDateTime, 1, 2}},
         {QStringLiteral("isempty"), {fnIsEmpty, 1, 1}},
         {QStringLiteral("isnull"), {fnIsNull, 1, 1}},
         {QStringLiteral("isarray"), {fnIsArray, 1, 1}},
@@ -1273,12 +1784,12 @@ const QHash<QString, Builtin> &table()
         {QStringLiteral("date"), {fnDate, 0, 0}},
         {QStringLiteral("time"), {fnTime, 0, 0}},
         {QStringLiteral("timer"), {fnTimer, 0, 0}},
-        {QStringLiteral("year"), {fnYear, 1, 1}},
-        {QStringLiteral("month"), {fnMonth, 1, 1}},
-        {QStringLiteral("day"), {fnDay, 1, 1}},
-        {QStringLiteral("hour"), {fnHour, 1, 1}},
-        {QStringLiteral("minute"), {fnMinute, 1, 1}},
-        {QStringLiteral("second"), {fnSecond, 1, 1}},
+        {QStringLiteral("year"), {datePartOrNull<yearOf>, 1, 1}},
+        {QStringLiteral("month"), {datePartOrNull<monthOf>, 1, 1}},
+        {QStringLiteral("day"), {datePartOrNull<dayOf>, 1, 1}},
+        {QStringLiteral("hour"), {datePartOrNull<hourOf>, 1, 1}},
+        {QStringLiteral("minute"), {datePartOrNull<minuteOf>, 1, 1}},
+        {QStringLiteral("second"), {datePartOrNull<secondOf>, 1, 1}},
         {QStringLiteral("dateserial"), {fnDateSerial, 3, 3}},
         {QStringLiteral("dateadd"), {fnDateAdd, 3, 3}},
         {QStringLiteral("datediff"), {fnDateDiff, 3, 5}},
@@ -1359,6 +1870,9 @@ const QStringList &builtinParameterNames(const QString &lowerName)
         {QStringLiteral("datepart"), {"interval", "date", "firstdayofweek", "firstweekofyear"}},
         {QStringLiteral("weekday"), {"date", "firstdayofweek"}},
         {QStringLiteral("weekdayname"), {"weekday", "abbreviate", "firstdayofweek"}},
+        {QStringLiteral("formatdatetime"), {"date", "namedformat"}},
+        {QStringLiteral("rgb"), {"red", "green", "blue"}},
+        {QStringLiteral("dateserial"), {"year", "month", "day"}},
         {QStringLiteral("monthname"), {"month", "abbreviate"}},
         {QStringLiteral("format"), {"expression", "format", "firstdayofweek", "firstweekofyear"}},
         {QStringLiteral("formatnumber"), {"expression", "numdigitsafterdecimal", "includeleadingdigit", "useparensfornegativenumbers", "groupdigits"}},

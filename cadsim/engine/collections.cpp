@@ -47,7 +47,7 @@ public:
                 k = key.toString().toLower();
                 for (const auto &e : m_items) {
                     if (!k.isEmpty() && e.first == k)
-                        throw ScriptError(457, QStringLiteral("This key is already associated with an element of this collection"));
+                        throw ScriptError(457);
                 }
             }
             m_items.emplace_back(k, required(args, 0));
@@ -117,7 +117,7 @@ public:
             return ScriptValue::fromBool(find(required(args, 0)) >= 0);
         if (m == QLatin1String("add")) {
             if (find(required(args, 0)) >= 0)
-                throw ScriptError(457, QStringLiteral("This key is already associated with an element of this collection"));
+                throw ScriptError(457);
             m_items.emplace_back(required(args, 0), required(args, 1));
             return {};
         }

@@ -347,6 +347,52 @@ TEST_F(EngineFixture, ObjectsGetByRefResultsKindsAndCollections)
     doc->child.reset(); // the macro made the document its own child
 }
 
+// An object whose method names its parameters, and records the arguments it gets.
+class NamedParameters final : public ScriptObject {
+public:
+    QString typeName() const override { return QStringLiteral("Exporter"); }
+    ScriptValue invoke(const QString &, CallKind, ScriptArgs &args) override
+    {
+        QStringList seen;
+        for (const ScriptValue *a : args)
+            seen << (a->isMissing() ? QStringLiteral("-") : a->toString());
+        calls << seen.join(QLatin1Char(','));
+        return {};
+    }
+    const QStringList &parameterNames(const QString &member) const override
+    {
+        static const QStringList names = {QStringLiteral("path"), QStringLiteral("format"), QStringLiteral("quiet")};
+        static const QStringList none;
+        return member.compare(QLatin1String("export"), Qt::CaseInsensitive) == 0 ? names : none;
+    }
+    QStringList calls;
+};
+
+TEST_F(EngineFixture, NamedArgumentsOfObjectsGoWhereTheMemberSays)
+{
+    auto exporter = std::make_shared<NamedParameters>();
+    host.globals.insert(QStringLiteral("exporter"), ScriptValue::fromObject(exporter));
+    const QString text = QStringLiteral(
+        "Sub main()\n"
+        "  exporter.Export Quiet:=True, Path:=\"a.pdf\"\n"
+        "  exporter.Export \"b.pdf\", Quiet:=False\n"
+        "  exporter.Export \"c.pdf\", 2\n"
+        "  exporter.Other Quiet:=1, Path:=2\n"
+        "  On Error Resume Next\n"
+        "  exporter.Export Colour:=1\n"
+        "  Debug.Print Err.Number\n"
+        "  Err.Clear\n"
+        "  exporter.Export \"d.pdf\", Path:=\"e.pdf\"\n"
+        "  Debug.Print Err.Number\n"
+        "End Sub\n");
+    const MacroResult r = runText(text);
+    ASSERT_TRUE(r.ok) << r.message.toStdString() << " line " << r.line;
+    // Members without parameter names take named arguments in the order written, as before.
+    EXPECT_EQ(exporter->calls, (QStringList{QStringLiteral("a.pdf,-,True"), QStringLiteral("b.pdf,-,False"),
+                                            QStringLiteral("c.pdf,2"), QStringLiteral("1,2")}));
+    EXPECT_EQ(output, (QStringList{QStringLiteral(" 448 "), QStringLiteral(" 448 ")}));
+}
+
 TEST_F(EngineFixture, NothingAndMissingApplicationFailAtRunTime)
 {
     const MacroResult r = runText(QStringLiteral("Dim o As Object\nSub main()\n  Debug.Print o.Name\nEnd Sub\n"));

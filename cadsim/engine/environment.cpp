@@ -76,7 +76,37 @@ const QHash<QString, ScriptValue> &vbaConstants()
             {"vbThursday", 5}, {"vbFriday", 6}, {"vbSaturday", 7},
             {"vbUseSystem", 0}, {"vbFirstJan1", 1}, {"vbFirstFourDays", 2}, {"vbFirstFullWeek", 3},
             {"vbMethod", 1}, {"vbGet", 2}, {"vbLet", 4}, {"vbSet", 8},
+            {"vbDefaultButton4", 768}, {"vbMsgBoxHelpButton", 16384}, {"vbMsgBoxSetForeground", 65536},
+            {"vbMsgBoxRight", 524288}, {"vbMsgBoxRtlReading", 1048576},
+            {"vbDatabaseCompare", 2},
+            {"vbGeneralDate", 0}, {"vbLongDate", 1}, {"vbShortDate", 2}, {"vbLongTime", 3}, {"vbShortTime", 4},
+            {"vbBlack", 0x000000}, {"vbRed", 0x0000FF}, {"vbGreen", 0x00FF00}, {"vbYellow", 0x00FFFF},
+            {"vbBlue", 0xFF0000}, {"vbMagenta", 0xFF00FF}, {"vbCyan", 0xFFFF00}, {"vbWhite", 0xFFFFFF},
+            {"vbVolume", 8}, {"vbAlias", 64},
+            {"vbWide", 4}, {"vbNarrow", 8}, {"vbKatakana", 16}, {"vbHiragana", 32},
+            {"vbHide", 0}, {"vbNormalFocus", 1}, {"vbMinimizedFocus", 2}, {"vbMaximizedFocus", 3},
+            {"vbNormalNoFocus", 4}, {"vbMinimizedNoFocus", 6},
+            {"vbCalGreg", 0}, {"vbCalHijri", 1},
+            {"vbKeyLButton", 1}, {"vbKeyRButton", 2}, {"vbKeyCancel", 3}, {"vbKeyMButton", 4},
+            {"vbKeyBack", 8}, {"vbKeyTab", 9}, {"vbKeyClear", 12}, {"vbKeyReturn", 13}, {"vbKeyShift", 16},
+            {"vbKeyControl", 17}, {"vbKeyMenu", 18}, {"vbKeyPause", 19}, {"vbKeyCapital", 20},
+            {"vbKeyEscape", 27}, {"vbKeySpace", 32}, {"vbKeyPageUp", 33}, {"vbKeyPageDown", 34},
+            {"vbKeyEnd", 35}, {"vbKeyHome", 36}, {"vbKeyLeft", 37}, {"vbKeyUp", 38}, {"vbKeyRight", 39},
+            {"vbKeyDown", 40}, {"vbKeySelect", 41}, {"vbKeyPrint", 42}, {"vbKeyExecute", 43},
+            {"vbKeySnapshot", 44}, {"vbKeyInsert", 45}, {"vbKeyDelete", 46}, {"vbKeyHelp", 47},
+            {"vbKeyNumlock", 144}, {"vbKeyScrollLock", 145},
+            {"vbKeyMultiply", 106}, {"vbKeyAdd", 107}, {"vbKeySeparator", 108}, {"vbKeySubtract", 109},
+            {"vbKeyDecimal", 110}, {"vbKeyDivide", 111},
         });
+        // Key codes of letters, digits, the number pad and the function keys.
+        for (char c = 'A'; c <= 'Z'; ++c)
+            t.insert(QStringLiteral("vbkey") + QChar::fromLatin1(c).toLower(), ScriptValue::fromLong(c));
+        for (int d = 0; d <= 9; ++d) {
+            t.insert(QStringLiteral("vbkey%1").arg(d), ScriptValue::fromLong(48 + d));
+            t.insert(QStringLiteral("vbkeynumpad%1").arg(d), ScriptValue::fromLong(96 + d));
+        }
+        for (int f = 1; f <= 16; ++f)
+            t.insert(QStringLiteral("vbkeyf%1").arg(f), ScriptValue::fromLong(111 + f));
         t.insert(QStringLiteral("vbcrlf"), ScriptValue::fromString(QStringLiteral("\r\n")));
         t.insert(QStringLiteral("vbnewline"), ScriptValue::fromString(QStringLiteral("\r\n")));
         t.insert(QStringLiteral("vblf"), ScriptValue::fromString(QStringLiteral("\n")));

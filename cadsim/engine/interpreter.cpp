@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cmath>
 
 namespace cadsim {
@@ -113,8 +114,9 @@ ScriptValue Interpreter::initialValue(DeclType type) const
 {
     switch (type) {
     case DeclType::Integer:
-    case DeclType::Byte:
         return ScriptValue::fromInteger(0);
+    case DeclType::Byte:
+        return ScriptValue::fromByte(0);
     case DeclType::Long:
         return ScriptValue::fromLong(0);
     case DeclType::Double:
@@ -197,12 +199,8 @@ ScriptValue Interpreter::coerce(const ScriptValue &value, DeclType type, bool is
         return v.copied();
     case DeclType::Integer:
         return ScriptValue::fromInteger(v.toInteger());
-    case DeclType::Byte: {
-        const int n = v.toInteger();
-        if (n < 0 || n > 255)
-            throw ScriptError(ErrNo::Overflow);
-        return ScriptValue::fromInteger(static_cast<std::int16_t>(n));
-    }
+    case DeclType::Byte:
+        return toByte(v);
     case DeclType::Long:
         return ScriptValue::fromLong(v.toLong());
     case DeclType::Double:
@@ -329,7 +327,7 @@ ScriptValue Interpreter::call(const QString &procedure, std::vector<ScriptValue>
 {
     const Procedure *proc = m_module.procedureIndex.value(procedure.toLower());
     if (!proc)
-        throw ScriptError(35, QStringLiteral("Sub or Function not defined"));
+        throw ScriptError(35);
     const char here = 0;
     const char *const outer = m_stackTop;
     if (!outer)
@@ -370,7 +368,7 @@ ScriptValue Interpreter::invokeProcedure(const Procedure &proc, const std::vecto
                 }
             }
             if (!found)
-                throw ScriptError(448, QStringLiteral("Named argument not found"));
+                throw ScriptError(448);
             continue;
         }
         if (paramArrayParam && i + 1 >= proc.params.size()) {
@@ -1289,7 +1287,7 @@ ScriptValue Interpreter::callByName(const Expr &nameExpr, const std::vector<Arg>
                 // InStrRev(s, t, Compare:=vbTextCompare): the value goes to its parameter's place.
                 const qsizetype at = builtinParameterNames(name).indexOf(a.name);
                 if (at < 0)
-                    throw ScriptError(448, QStringLiteral("Named argument not found"));
+                    throw ScriptError(448);
                 if (values.size() <= static_cast<std::size_t>(at))
                     values.resize(static_cast<std::size_t>(at) + 1, ScriptValue::missing());
                 else if (!values[static_cast<std::size_t>(at)].isMissing())
@@ -1305,7 +1303,7 @@ ScriptValue Interpreter::callByName(const Expr &nameExpr, const std::vector<Arg>
         return b->fn(*this, values);
     }
     if (hadParens && !args.empty())
-        throw ScriptError(35, QStringLiteral("Sub or Function not defined"));
+        throw ScriptError(35);
     // A variable used before it was given a value (no Option Explicit).
     return implicitVariable(name).slot();
 }
@@ -1336,21 +1334,48 @@ ScriptValue Interpreter::evalMember(const Expr &e, CallKind kind, const std::vec
         throw ScriptError(ErrNo::ObjectRequired);
     if (!target.object())
         throw ScriptError(ErrNo::ObjectVariableNotSet);
-    const std::size_t n = (args ? args->size() : 0) + (assigned ? 1 : 0);
+    // Named arguments go to their parameter's place where the member says which that is; other
+    // members take them in the order written.
+    std::vector<const Arg *> ordered;
+    const bool reorder = args && std::any_of(args->begin(), args->end(), [](const Arg &a) { return !a.name.isEmpty(); })
+                         && !target.object()->parameterNames(e.name).isEmpty();
+    if (reorder) {
+        const QStringList &parameterNames = target.object()->parameterNames(e.name);
+        for (const Arg &a : *args) {
+            if (a.name.isEmpty()) {
+                ordered.push_back(&a);
+                continue;
+            }
+            const qsizetype at = parameterNames.indexOf(a.name);
+            if (at < 0)
+                throw ScriptError(448);
+            if (ordered.size() <= static_cast<std::size_t>(at))
+                ordered.resize(static_cast<std::size_t>(at) + 1, nullptr);
+            else if (ordered[static_cast<std::size_t>(at)])
+                throw ScriptError(448, QStringLiteral("Named argument already specified"));
+            ordered[static_cast<std::size_t>(at)] = &a;
+        }
+    }
+    const std::size_t n = (reorder ? ordered.size() : (args ? args->size() : 0)) + (assigned ? 1 : 0);
     std::vector<ScriptValue> temps;
     temps.reserve(n);
     ScriptArgs ptrs;
     ptrs.reserve(n);
-    if (args) {
-        for (const Arg &a : *args) {
-            ScriptValue *ref = a.value ? addressOf(*a.value) : nullptr;
-            if (ref) {
-                ptrs.push_back(ref);
-            } else {
-                temps.push_back(a.value ? eval(*a.value) : ScriptValue::missing());
-                ptrs.push_back(&temps.back());
-            }
+    const auto pass = [&](const Arg *a) {
+        ScriptValue *ref = a && a->value ? addressOf(*a->value) : nullptr;
+        if (ref) {
+            ptrs.push_back(ref);
+        } else {
+            temps.push_back(a && a->value ? eval(*a->value) : ScriptValue::missing());
+            ptrs.push_back(&temps.back());
         }
+    };
+    if (reorder) {
+        for (const Arg *a : ordered)
+            pass(a);
+    } else if (args) {
+        for (const Arg &a : *args)
+            pass(&a);
     }
     if (assigned) {
         temps.push_back(*assigned);

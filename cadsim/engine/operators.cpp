@@ -12,11 +12,13 @@ namespace cadsim {
 namespace {
 
 // Result types of arithmetic, least precise first; Date is above all of them.
-enum Rank { kInteger, kLong, kSingle, kDouble, kCurrency, kDecimal, kDate };
+enum Rank { kByte, kInteger, kLong, kSingle, kDouble, kCurrency, kDecimal, kDate };
 
 int numericRank(const ScriptValue &v)
 {
     switch (v.type()) {
+    case ValueType::Byte:
+        return kByte;
     case ValueType::Empty:
     case ValueType::Boolean:
     case ValueType::Integer:
@@ -58,7 +60,10 @@ ScriptValue numberOfRank(double v, int rank)
         return ScriptValue::fromDate(v);
     if (std::isnan(v) || std::isinf(v))
         throw ScriptError(ErrNo::Overflow);
-    if (rank == kInteger && v >= -32768 && v <= 32767)
+    // A Byte, Integer or Long result that overflows becomes the next wider type.
+    if (rank == kByte && v >= 0 && v <= 255)
+        return ScriptValue::fromByte(static_cast<std::uint8_t>(v));
+    if (rank <= kInteger && v >= -32768 && v <= 32767)
         return ScriptValue::fromInteger(static_cast<std::int16_t>(v));
     if (rank <= kLong && v >= -2147483648.0 && v <= 2147483647.0)
         return ScriptValue::fromLong(static_cast<std::int32_t>(v));
@@ -136,8 +141,10 @@ ScriptValue bitwise(Op op, const ScriptValue &a, const ScriptValue &b)
     case Op::Eqv: r = ~(x ^ y); break;
     default: r = ~x | y; break;
     }
-    const bool small = numericRank(a) == kInteger && numericRank(b) == kInteger;
-    return small ? ScriptValue::fromInteger(static_cast<std::int16_t>(r)) : ScriptValue::fromLong(r);
+    const int rank = std::max(numericRank(a), numericRank(b));
+    if (rank == kByte)
+        return ScriptValue::fromByte(static_cast<std::uint8_t>(r));
+    return rank == kInteger ? ScriptValue::fromInteger(static_cast<std::int16_t>(r)) : ScriptValue::fromLong(r);
 }
 
 bool isNumericString(const ScriptValue &v, double *out)
@@ -168,6 +175,21 @@ int compareValues(const ScriptValue &aIn, const ScriptValue &bIn, bool compareTe
     if ((a.type() == ValueType::Decimal || b.type() == ValueType::Decimal) && a.type() != ValueType::Date
         && b.type() != ValueType::Date)
         return Decimal::compare(a.toDecimal(), b.toDecimal());
+    const ValueType ta = a.type();
+    const ValueType tb = b.type();
+    // A Double compared with a Single is rounded to Single precision; a Single or Double compared
+    // with Currency becomes Currency.
+    if ((ta == ValueType::Single && tb == ValueType::Double) || (ta == ValueType::Double && tb == ValueType::Single)) {
+        const float fx = static_cast<float>(a.toDouble());
+        const float fy = static_cast<float>(b.toDouble());
+        return fx < fy ? -1 : (fx > fy ? 1 : 0);
+    }
+    if ((ta == ValueType::Currency && (tb == ValueType::Currency || tb == ValueType::Single || tb == ValueType::Double))
+        || (tb == ValueType::Currency && (ta == ValueType::Single || ta == ValueType::Double))) {
+        const std::int64_t cx = a.toCurrency();
+        const std::int64_t cy = b.toCurrency();
+        return cx < cy ? -1 : (cx > cy ? 1 : 0);
+    }
     if (!a.isString())
         x = a.toDouble();
     if (!b.isString())
@@ -191,7 +213,10 @@ ScriptValue applyUnary(Op op, const ScriptValue &aIn)
             return currencyArithmetic(Op::Sub, 0, a.toCurrency());
         if (rank == kDecimal)
             return ScriptValue::fromDecimal(-a.toDecimal());
-        return numberOfRank(-a.toDouble(), rank == kInteger ? (a.toDouble() == -32768 ? kLong : kInteger) : rank);
+        // A negated Byte is an Integer.
+        if (rank <= kInteger)
+            return numberOfRank(-a.toDouble(), a.toDouble() == -32768 ? kLong : kInteger);
+        return numberOfRank(-a.toDouble(), rank);
     }
     // Not
     if (a.type() == ValueType::Boolean)
@@ -202,6 +227,8 @@ ScriptValue applyUnary(Op op, const ScriptValue &aIn)
             return ScriptValue::fromBool(!a.toBool());
         return ScriptValue::fromLong(~a.toLong());
     }
+    if (numericRank(a) == kByte)
+        return ScriptValue::fromByte(static_cast<std::uint8_t>(~a.toLong()));
     if (numericRank(a) == kInteger)
         return ScriptValue::fromInteger(static_cast<std::int16_t>(~a.toInteger()));
     return ScriptValue::fromLong(~a.toLong());
@@ -295,7 +322,7 @@ ScriptValue applyBinary(Op op, const ScriptValue &aIn, const ScriptValue &bIn, b
             throw ScriptError(ErrNo::DivisionByZero);
         const double v = op == Op::IntDiv ? static_cast<double>(static_cast<std::int64_t>(l) / r)
                                           : static_cast<double>(static_cast<std::int64_t>(l) % r);
-        return numberOfRank(v, rank == kInteger ? kInteger : kLong);
+        return numberOfRank(v, rank <= kInteger ? rank : kLong);
     }
     default:
         break;

@@ -8,6 +8,8 @@ namespace {
 ScriptValue converted(const ScriptValue &value, const ScriptValue &current)
 {
     switch (current.type()) {
+    case ValueType::Byte:
+        return toByte(value);
     case ValueType::Integer:
         return ScriptValue::fromInteger(value.toInteger());
     case ValueType::Long:

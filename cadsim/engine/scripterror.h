@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <exception>
 
 namespace cadsim {
@@ -24,6 +25,12 @@ public:
     void setPos(SourcePos pos) { m_pos = pos; }
     const char *what() const noexcept override;
 
+    // What Err.Raise states besides the number; empty for the engine's own errors.
+    const QString &source() const { return m_source; }
+    const QString &helpFile() const { return m_helpFile; }
+    std::int32_t helpContext() const { return m_helpContext; }
+    void setRaisedDetails(QString source, QString helpFile, std::int32_t helpContext);
+
     // The standard description of a run-time error number ("Type mismatch" for 13).
     static QString standardDescription(int number);
 
@@ -31,6 +38,9 @@ private:
     int m_number;
     QString m_description;
     SourcePos m_pos;
+    QString m_source;
+    QString m_helpFile;
+    std::int32_t m_helpContext = 0;
     mutable QByteArray m_what;
 };
 

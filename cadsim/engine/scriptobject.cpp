@@ -12,4 +12,10 @@ ScriptValue ScriptObject::defaultValue(ScriptArgs &)
     throw ScriptError(ErrNo::NoSuchMember);
 }
 
+const QStringList &ScriptObject::parameterNames(const QString &) const
+{
+    static const QStringList none;
+    return none;
+}
+
 } // namespace cadsim

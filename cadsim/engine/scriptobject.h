@@ -3,6 +3,7 @@
 #include "cadsim/engine/value.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
@@ -34,6 +35,9 @@ public:
     virtual std::vector<ScriptValue> enumerate();
     // The default member used when the object itself is called or converted ("obj(1)").
     virtual ScriptValue defaultValue(ScriptArgs &args);
+    // Parameter names (lower case, in order) of a member that takes named arguments; empty for
+    // members that take them by position only.
+    virtual const QStringList &parameterNames(const QString &member) const;
 };
 
 } // namespace cadsim

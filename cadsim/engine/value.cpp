@@ -62,6 +62,14 @@ bool parseVbNumber(const QString &text, double *out)
     return true;
 }
 
+ScriptValue toByte(const ScriptValue &v)
+{
+    const std::int32_t n = v.toLong();
+    if (n < 0 || n > 255)
+        throw ScriptError(ErrNo::Overflow);
+    return ScriptValue::fromByte(static_cast<std::uint8_t>(n));
+}
+
 double oleDateFromParts(int year, int month, int day, int hour, int minute, int second)
 {
     const QDate base(1899, 12, 30);
@@ -70,28 +78,53 @@ double oleDateFromParts(int year, int month, int day, int hour, int minute, int 
     return days >= 0 ? days + frac : days - frac;
 }
 
+namespace {
+
+// The whole days and the seconds of the day of an OLE date, the seconds rounded.
+void splitOleDate(double oleDate, double *days, int *secs)
+{
+    *days = std::trunc(oleDate);
+    *secs = static_cast<int>(std::lround(std::fabs(oleDate - *days) * 86400.0));
+    if (*secs >= 86400) {
+        *secs -= 86400;
+        *days += oleDate < 0 ? -1 : 1;
+    }
+}
+
+} // namespace
+
+QString formatOleShortDate(double oleDate)
+{
+    double days = 0;
+    int secs = 0;
+    splitOleDate(oleDate, &days, &secs);
+    const QDate date = QDate(1899, 12, 30).addDays(static_cast<qint64>(days));
+    return QStringLiteral("%1/%2/%3").arg(date.month()).arg(date.day()).arg(date.year());
+}
+
+QString formatOleLongTime(double oleDate)
+{
+    double days = 0;
+    int secs = 0;
+    splitOleDate(oleDate, &days, &secs);
+    const int h = secs / 3600;
+    return QStringLiteral("%1:%2:%3 %4")
+        .arg(h % 12 == 0 ? 12 : h % 12)
+        .arg((secs / 60) % 60, 2, 10, QLatin1Char('0'))
+        .arg(secs % 60, 2, 10, QLatin1Char('0'))
+        .arg(h < 12 ? QStringLiteral("AM") : QStringLiteral("PM"));
+}
+
 QString formatOleDate(double oleDate)
 {
-    double days = std::trunc(oleDate);
-    double frac = std::fabs(oleDate - days);
-    int secs = static_cast<int>(std::lround(frac * 86400.0));
-    if (secs >= 86400) {
-        secs -= 86400;
-        days += oleDate < 0 ? -1 : 1;
-    }
-    const QDate date = QDate(1899, 12, 30).addDays(static_cast<qint64>(days));
-    const QString datePart = QStringLiteral("%1/%2/%3").arg(date.month()).arg(date.day()).arg(date.year());
-    const int h = secs / 3600;
-    const QString timePart = QStringLiteral("%1:%2:%3 %4")
-                                 .arg(h % 12 == 0 ? 12 : h % 12)
-                                 .arg((secs / 60) % 60, 2, 10, QLatin1Char('0'))
-                                 .arg(secs % 60, 2, 10, QLatin1Char('0'))
-                                 .arg(h < 12 ? QStringLiteral("AM") : QStringLiteral("PM"));
+    double days = 0;
+    int secs = 0;
+    splitOleDate(oleDate, &days, &secs);
     if (days == 0 && secs != 0)
-        return timePart;
+        return formatOleLongTime(oleDate);
     if (secs == 0)
-        return datePart;
-    return datePart + QLatin1Char(' ') + timePart;
+        return formatOleShortDate(oleDate);
+    return formatOleShortDate(oleDate) + QLatin1Char(' ') + formatOleLongTime(oleDate);
 }
 
 ScriptValue ScriptValue::null()
@@ -121,6 +154,14 @@ ScriptValue ScriptValue::fromLong(std::int32_t i)
 {
     ScriptValue v;
     v.m_type = ValueType::Long;
+    v.m_int = i;
+    return v;
+}
+
+ScriptValue ScriptValue::fromByte(std::uint8_t i)
+{
+    ScriptValue v;
+    v.m_type = ValueType::Byte;
     v.m_int = i;
     return v;
 }
@@ -177,6 +218,7 @@ Decimal ScriptValue::toDecimal() const
     case ValueType::Empty:
         return Decimal();
     case ValueType::Boolean:
+    case ValueType::Byte:
     case ValueType::Integer:
     case ValueType::Long:
         return Decimal::fromInt64(m_int);
@@ -187,7 +229,7 @@ Decimal ScriptValue::toDecimal() const
     case ValueType::String:
         if (const std::optional<Decimal> d = Decimal::parse(m_string))
             return *d;
-        return Decimal::fromDouble(toDouble()); // "True", or 13
+        return Decimal::fromDouble(toDouble()); // raises 13 for text that is no number
     default:
         return Decimal::fromDouble(toDouble());
     }
@@ -296,6 +338,7 @@ bool ScriptValue::isNumeric() const
 {
     switch (m_type) {
     case ValueType::Empty:
+    case ValueType::Byte:
     case ValueType::Integer:
     case ValueType::Long:
     case ValueType::Single:
@@ -316,6 +359,7 @@ bool ScriptValue::toBool() const
     case ValueType::Empty:
         return false;
     case ValueType::Boolean:
+    case ValueType::Byte:
     case ValueType::Integer:
     case ValueType::Long:
         return m_int != 0;
@@ -350,6 +394,7 @@ double ScriptValue::toDouble() const
     case ValueType::Empty:
         return 0;
     case ValueType::Boolean:
+    case ValueType::Byte:
     case ValueType::Integer:
     case ValueType::Long:
         return m_int;
@@ -362,13 +407,10 @@ double ScriptValue::toDouble() const
     case ValueType::Date:
         return m_double;
     case ValueType::String: {
+        // "True" and "False" are no numbers: CInt("True") raises 13, as in VBA.
         double d = 0;
         if (parseVbNumber(m_string, &d))
             return d;
-        if (m_string.trimmed().compare(QLatin1String("True"), Qt::CaseInsensitive) == 0)
-            return -1;
-        if (m_string.trimmed().compare(QLatin1String("False"), Qt::CaseInsensitive) == 0)
-            return 0;
         typeMismatch();
     }
     case ValueType::Null:
@@ -380,7 +422,7 @@ double ScriptValue::toDouble() const
 
 std::int32_t ScriptValue::toLong() const
 {
-    if (m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean)
+    if (m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean || m_type == ValueType::Byte)
         return m_int;
     if (m_type == ValueType::Decimal) {
         const std::int64_t whole = toDecimal().toInt64();
@@ -398,7 +440,7 @@ std::int64_t ScriptValue::toCurrency() const
 {
     if (m_type == ValueType::Currency)
         return m_currency;
-    if (m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean)
+    if (m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean || m_type == ValueType::Byte)
         return static_cast<std::int64_t>(m_int) * 10000;
     if (m_type == ValueType::Decimal)
         return toDecimal().toCurrencyUnits();
@@ -419,7 +461,7 @@ std::int64_t ScriptValue::toCurrency() const
 std::int16_t ScriptValue::toInteger() const
 {
     const double d = m_type == ValueType::Long || m_type == ValueType::Integer || m_type == ValueType::Boolean
-                             || m_type == ValueType::Empty || m_type == ValueType::Decimal
+                             || m_type == ValueType::Byte || m_type == ValueType::Empty || m_type == ValueType::Decimal
                          ? static_cast<double>(toLong())
                          : roundHalfEven(toDouble());
     if (!(d >= -32768.0 && d <= 32767.0))
@@ -434,6 +476,7 @@ QString ScriptValue::toString() const
         return QString();
     case ValueType::Boolean:
         return m_int ? QStringLiteral("True") : QStringLiteral("False");
+    case ValueType::Byte:
     case ValueType::Integer:
     case ValueType::Long:
         return QString::number(m_int);
@@ -563,6 +606,7 @@ QString ScriptValue::typeName() const
     switch (m_type) {
     case ValueType::Empty: return QStringLiteral("Empty");
     case ValueType::Null: return QStringLiteral("Null");
+    case ValueType::Byte: return QStringLiteral("Byte");
     case ValueType::Integer: return QStringLiteral("Integer");
     case ValueType::Long: return QStringLiteral("Long");
     case ValueType::Single: return QStringLiteral("Single");

@@ -29,6 +29,7 @@ enum class ValueType : std::uint16_t {
     Error = 10,
     Boolean = 11,
     Decimal = 14, // 96-bit integer, scale 0..28 and sign: see Decimal
+    Byte = 17,    // 0..255
     Record = 36, // a value of a user-defined type
     Array = 8192,
 };
@@ -52,6 +53,7 @@ public:
     static ScriptValue fromBool(bool v);
     static ScriptValue fromInteger(std::int16_t v);
     static ScriptValue fromLong(std::int32_t v);
+    static ScriptValue fromByte(std::uint8_t v);
     static ScriptValue fromDouble(double v);
     static ScriptValue fromSingle(double v); // rounds to float precision, raises 6 out of range
     // Ten-thousandths: fromCurrency(12345) is 1.2345.
@@ -121,7 +123,7 @@ private:
     // m_decimalLow, so that a Decimal takes no more room than other values.
     std::uint8_t m_decimalScale = 0;
     bool m_decimalNegative = false;
-    std::int32_t m_int = 0; // Boolean (-1/0), Integer, Long, Error; String: 1 for an odd byte count
+    std::int32_t m_int = 0; // Boolean (-1/0), Byte, Integer, Long, Error; String: 1 for an odd byte count
     union {
         double m_double = 0;         // Single, Double, Date
         std::int64_t m_currency;     // Currency
@@ -161,9 +163,15 @@ inline constexpr qsizetype kMaxStringLength = qsizetype(1) << 26;
 // must be the number, apart from surrounding blanks.
 bool parseVbNumber(const QString &text, double *out);
 
+// A Byte with VBA's conversion: rounded half to even, 6 outside 0..255.
+ScriptValue toByte(const ScriptValue &v);
+
 // OLE dates: days since 30 Dec 1899.
 double oleDateFromParts(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
-// The US-English text of a date as CStr gives it ("11/23/2026 9:05:00 AM").
+// The US-English text of a date as CStr gives it ("11/23/2026 9:05:00 AM"): the short date
+// and the long time, each left out when zero.
 QString formatOleDate(double oleDate);
+QString formatOleShortDate(double oleDate); // "11/23/2026"
+QString formatOleLongTime(double oleDate);  // "9:05:00 AM"
 
 } // namespace cadsim
