@@ -77,20 +77,6 @@ TEST_F(InstanceRunTest, TheAddInGetsCommand43WithTheLaunchDataAndWhatItLeavesOpe
     EXPECT_EQ(report.end.progressPos, 1);
 }
 
-TEST_F(InstanceRunTest, ASuspendRequestStaysForTheAddInAndItsEndStands)
-{
-    const TaskClaim claim = launchAndClaim(TaskStatus_SuspendRequested);
-    std::int32_t seen = 0;
-    m_session.script = [&](DoxCmd &, DoxCmdDataArray &, IDoxTaskInstance &instance, IDoxVault &) {
-        instance.GetStatus(seen);
-        return instance.SetStatus(TaskStatus_FinishedOk, S_OK, QStringLiteral("done"), {}, std::nullopt);
-    };
-    const RunReport report = runClaimedInstance(m_session, claim);
-    EXPECT_EQ(seen, TaskStatus_SuspendRequested);
-    EXPECT_EQ(report.end.status, TaskStatus_FinishedOk);
-    EXPECT_EQ(report.end.message, QStringLiteral("done"));
-}
-
 TEST_F(InstanceRunTest, TheHandOverIsRecordedWhenTheRunFirstAsksForAWritingService)
 {
     const TaskClaim claim = launchAndClaim();

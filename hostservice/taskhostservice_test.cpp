@@ -214,25 +214,4 @@ TEST_F(TaskHostServiceTest, TheLeaseKeeperHoldsTheClaimWhileARunWaitsLongerThanI
     EXPECT_EQ(row(id).attempt, 1);
 }
 
-TEST_F(TaskHostServiceTest, AWorkerWithoutAnAddInEndsAndTheHostSaysWhy)
-{
-    launch();
-    m_options.workers = 2;
-    TaskHostService service(
-        m_options, [this] { return m_vault.reopen(); },
-        [](int worker, QString &failure) -> std::unique_ptr<AddInSession> {
-            failure = QStringLiteral("no module for %1").arg(worker);
-            return nullptr;
-        },
-        {});
-    EXPECT_EQ(service.serve([](int ms) {
-        Clock::instance().sleep(ms);
-        return 0;
-    }),
-              1);
-    QStringList failures = service.failures();
-    failures.sort();
-    EXPECT_EQ(failures, (QStringList{"worker 1: no module for 1", "worker 2: no module for 2"}));
-}
-
 } // namespace
