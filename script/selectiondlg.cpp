@@ -1,6 +1,5 @@
 #include "script/selectiondlg.h"
 
-#include "common/errortexts.h"
 #include "common/translator.h"
 #include "common/widgets/icons.h"
 #include "common/widgets/prompter.h"
@@ -172,7 +171,7 @@ void CSelectionDlg::showMessage(const QString &message)
 
 void CSelectionDlg::showFailure(HRESULT hr)
 {
-    Prompter::instance().message(m_dialog, errorText(hr), MessageCaption, Prompter::Icon::Warning);
+    Prompter::showError(m_dialog, hr);
 }
 
 void CSelectionDlg::addFiles()
