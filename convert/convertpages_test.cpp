@@ -170,6 +170,23 @@ TEST(OutputFileDetailsTest, StoredValuesShowAndAFailingKeyKeepsTheRestAtTheirDef
     EXPECT_TRUE(stopped.promptOutput);
 }
 
+TEST(OutputFileDetailsTest, AdvancedScriptingOptionsShowsAFailedLoad)
+{
+    widgetApp();
+    RecordingPrompter prompter;
+    ScopedPrompter scoped(prompter);
+    auto task = std::make_shared<FakeTaskProperties>();
+    task->failRead("__script", E_ACCESSDENIED);
+    PageContext context;
+    context.properties = task;
+    context.taskType = 1;
+    COutputFileDetailsPageDlg page(context, {});
+    QWidget *window = page.create(nullptr);
+    window->findChild<QPushButton *>("advancedScriptingButton")->click();
+    EXPECT_EQ(prompter.messages, QStringList{errorText(E_ACCESSDENIED)});
+    EXPECT_TRUE(task->writes().isEmpty());
+}
+
 TEST(FileCardTest, RowsAreStoredInListOrderAndUnknownVariablesAreDropped)
 {
     PageContext context;
