@@ -144,6 +144,10 @@ bool saveConvertPages(const QDir &folder)
     auto props = std::make_shared<FakeTaskProperties>();
     props->taskName = QStringLiteral("To STEP");
     props->set(QStringLiteral("FileFormat"), Variant::fromBStr(QStringLiteral("STEP (*.step)")));
+    // A long path: its example line is elided in the middle, not widening the page.
+    props->set(QStringLiteral("OutputPath"),
+               Variant::fromBStr(QStringLiteral("<VaultPath>\\Released\\Customer projects of the current year\\"
+                                                "Exports for the suppliers\\<Filename>_<Configuration>_<Revision>")));
     props->set(QStringLiteral("FileCardData"),
                Variant::fromBStr(QStringLiteral("Description;8;Exported by the task\nTitle;1;\nNumber;100;Number\n")));
     PageContext context;

@@ -4,6 +4,7 @@
 #include "convert/outputfiledetailspagedlg.h"
 
 #include "common/errortexts.h"
+#include "common/widgets/elidedlabel.h"
 #include "common/widgets/placeholderedit.h"
 #include "common/widgets/recordingprompter.h"
 #include "common/widgets/testing/widgetapp.h"
@@ -145,6 +146,23 @@ TEST(PathExampleTest, SamplesTheTemplateAndKeepsPathsInsideTheVaultRelative)
     EXPECT_EQ(primary->text(), "<VaultPath><Path>\\<Filename>_<Extension>_<Configuration>");
     EXPECT_EQ(secondary->text(), "<VaultPath>\\Copies");
     EXPECT_EQ(window->findChild<QLabel *>("secondaryExampleLabel")->text(), "Example: V:\\Demo\\Copies.pdf");
+
+    // A long path neither widens the page nor loses its ends: it is elided
+    // in the middle to the label's width.
+    const int width = window->sizeHint().width();
+    secondary->setFocus();
+    secondary->insertPlainText(QString("\\Very long folder name").repeated(20));
+    EXPECT_EQ(window->sizeHint().width(), width);
+    window->resize(width, window->sizeHint().height());
+    window->show();
+    auto *example = window->findChild<ElidedLabel *>("secondaryExampleLabel");
+    ASSERT_TRUE(example);
+    const QString shown = example->displayedText();
+    EXPECT_TRUE(shown.startsWith("Example: V:\\Demo\\Copies")) << shown.toStdString();
+    EXPECT_TRUE(shown.endsWith("name.pdf")) << shown.toStdString();
+    EXPECT_TRUE(shown.contains(QChar(0x2026))) << shown.toStdString();
+    EXPECT_LE(example->fontMetrics().horizontalAdvance(shown), example->contentsRect().width());
+    EXPECT_TRUE(example->text().endsWith(QString("\\Very long folder name").repeated(20) + ".pdf"));
 }
 
 TEST(OutputFileDetailsTest, StoredValuesShowAndAFailingKeyKeepsTheRestAtTheirDefaults)
