@@ -103,7 +103,7 @@ TEST(ConversionLaunchTest, ALaunchTakesOnlyWhatThePageOffersInTheAddInsLanguage)
     MemoryFileSystem files;
     ScopedFileSystem filesGuard(files);
     files.addFile("/lang/DE/McTaskAddIn.json",
-                  R"({ "TS": { "61": "Adobe-PDF-Dokument (*.pdf)", "78": "VRML-Welt (*.wrl)" } })");
+                  R"json({ "TS": { "61": "Adobe-PDF-Dokument (*.pdf)", "78": "VRML-Welt (*.wrl)" } })json");
     Translator german("/lang/DE");
     ScopedTranslator translatorGuard(german);
     using Choice = ConversionSettingsValues::LaunchChoice;

@@ -247,8 +247,11 @@ void CFileCardPageDlg::showSelection()
     list->setCurrentItem(item);
     helper->enableGroup(GroupSelected, true);
     const FileCardRow &row = m_rows[m_selected];
-    m_ui->destinationList->setCurrentIndex(
-        m_ui->destinationList->findText(row.destination, Qt::MatchFixedString));
+    // The row's own variable first; one differing only in case otherwise.
+    int destination = m_ui->destinationList->findText(row.destination, Qt::MatchFixedString | Qt::MatchCaseSensitive);
+    if (destination < 0)
+        destination = m_ui->destinationList->findText(row.destination, Qt::MatchFixedString);
+    m_ui->destinationList->setCurrentIndex(destination);
     if (row.kind == FreeText) {
         m_ui->sourceList->setCurrentIndex(m_ui->sourceList->findData(FreeText));
         m_ui->freeTextEdit->setEnabled(true);

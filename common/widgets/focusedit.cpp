@@ -69,8 +69,11 @@ void FocusEdit::contextMenuEvent(QContextMenuEvent *event)
     // The standard menu, with its "Paste" heard like the keyboard's.
     QMenu *menu = createStandardContextMenu();
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    // Newer Qt names the action; older Qt only gives it the line edit's own
+    // (translated) text, followed by its shortcut.
     for (QAction *action : menu->actions())
-        if (action->objectName() == QLatin1String("edit-paste"))
+        if (action->objectName() == QLatin1String("edit-paste")
+            || action->text().section(QLatin1Char('\t'), 0, 0) == QLineEdit::tr("&Paste"))
             connect(action, &QAction::triggered, this, &FocusEdit::notifyPasted);
     menu->popup(event->globalPos());
     event->accept();

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QDialog>
 #include <QPushButton>
@@ -99,7 +100,8 @@ TEST_F(FocusEditTest, TheListenerSeesCharactersFirstAndHearsOfPastes)
     listener.swallow = QString(QChar(0x08)) + QChar(0x01);
     QTest::keyClick(edit, Qt::Key_Backspace);
     EXPECT_EQ(edit->text(), "12");
-    QTest::keyClick(edit, Qt::Key_A, Qt::ControlModifier);
+    QKeyEvent selectAll(QEvent::KeyPress, Qt::Key_A, Qt::ControlModifier, QString(QChar(0x01)));
+    QApplication::sendEvent(edit, &selectAll);
     EXPECT_FALSE(edit->hasSelectedText());
 
     QGuiApplication::clipboard()->setText("34");
@@ -115,7 +117,7 @@ TEST_F(FocusEditTest, TheListenerSeesCharactersFirstAndHearsOfPastes)
     ASSERT_TRUE(menu);
     QAction *paste = nullptr;
     for (QAction *action : menu->actions())
-        if (action->objectName() == "edit-paste")
+        if (action->text().startsWith("&Paste"))
             paste = action;
     ASSERT_TRUE(paste);
     paste->trigger();
