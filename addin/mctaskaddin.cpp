@@ -248,8 +248,14 @@ HRESULT CMcTaskAddIn::savePrintPages(DoxCmd &cmd, IDoxTaskProperties &props)
 HRESULT CMcTaskAddIn::publishMenuCommand(IDoxTaskProperties &props)
 {
     std::vector<TaskMenuCommand> commands;
-    if (m_menuPage && m_menuPage->displayMenuCommand())
-        commands.push_back({m_taskType, m_menuPage->menuText(), TaskMenuCommandFlags, m_menuPage->statusBarHelp()});
+    if (m_menuPage && m_menuPage->displayMenuCommand()) {
+        // The kind as the pages have just stored it: the Script page may
+        // have changed it since the set-up began.
+        std::int32_t kind = m_taskType;
+        if (const HRESULT hr = readIntVariable(props, TaskKeys::Type, m_taskType, kind); failed(hr))
+            return hr;
+        commands.push_back({kind, m_menuPage->menuText(), TaskMenuCommandFlags, m_menuPage->statusBarHelp()});
+    }
     return props.SetMenuCommands(commands);
 }
 

@@ -395,6 +395,19 @@ TEST_F(SetupButtonTest, ScriptTaskSavesAndPublishesTheMenuCommand)
     EXPECT_EQ(props->menuCommands[0], (TaskMenuCommand{3, " Convert Files ", 0x4001, "help"}));
 }
 
+TEST_F(SetupButtonTest, TheMenuCommandCarriesTheKindTheScriptPageStored)
+{
+    setUpPages(3);
+    EXPECT_CALL(*menu, save(_)).WillOnce(Return(S_OK));
+    EXPECT_CALL(*script, save(_)).WillOnce(testing::Invoke([](IDoxVariables &holder) {
+        return holder.SetVariable("__type", Variant::fromI4(2));
+    }));
+    DoxCmd cmd = command(DoxCmd_TaskSetupButton, props, "OK");
+    EXPECT_EQ(send(cmd), S_OK);
+    ASSERT_EQ(props->menuCommands.size(), 1u);
+    EXPECT_EQ(props->menuCommands[0].commandId, 2);
+}
+
 TEST_F(SetupButtonTest, ConvertPagesSaveInChainAndTheMenuIsPublishedEvenWhenOneFails)
 {
     setUpPages(1);

@@ -72,7 +72,8 @@ bool saveLaunchWindows(const QDir &folder)
     vault->GetRootFolderPath(root);
 
     {
-        CSelectionDlg selection(vault, root, {}, englishText);
+        const Translator english{QString()};
+        CSelectionDlg selection(vault, root, {}, &english);
         selection.addEntry(root + QStringLiteral("\\Parts\\gear.mcdprt"), {2, DoxObject_File, 2, 1});
         selection.addEntry(root + QStringLiteral("\\Assemblies\\gearbox.mcdasm"), {4, DoxObject_File, 3, 1});
         selection.addEntry(root + QStringLiteral("\\Drawings"), {4, DoxObject_Folder, 0, 0});
@@ -82,7 +83,9 @@ bool saveLaunchWindows(const QDir &folder)
         window->hide();
     }
     {
-        VaultBrowser files(*vault, VaultBrowser::Mode::Files, QStringLiteral("Select Files"), CSelectionDlg::filterText());
+        const Translator english{QString()};
+        VaultBrowser files(*vault, VaultBrowser::Mode::Files, QStringLiteral("Select Files"),
+                           CSelectionDlg(vault, root, {}, &english).filterText());
         auto *tree = files.findChild<QTreeWidget *>(QStringLiteral("folderTree"));
         tree->setCurrentItem(tree->topLevelItem(0)->child(2)); // Parts
         auto *list = files.findChild<QTreeWidget *>(QStringLiteral("fileList"));
@@ -141,6 +144,10 @@ bool saveConvertPages(const QDir &folder)
     auto props = std::make_shared<FakeTaskProperties>();
     props->taskName = QStringLiteral("To STEP");
     props->set(QStringLiteral("FileFormat"), Variant::fromBStr(QStringLiteral("STEP (*.step)")));
+    // A long path: its example line is elided in the middle, not widening the page.
+    props->set(QStringLiteral("OutputPath"),
+               Variant::fromBStr(QStringLiteral("<VaultPath>\\Released\\Customer projects of the current year\\"
+                                                "Exports for the suppliers\\<Filename>_<Configuration>_<Revision>")));
     props->set(QStringLiteral("FileCardData"),
                Variant::fromBStr(QStringLiteral("Description;8;Exported by the task\nTitle;1;\nNumber;100;Number\n")));
     PageContext context;

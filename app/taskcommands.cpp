@@ -380,10 +380,14 @@ void refuseFixedConversionValues(TaskStore &tasks, const TaskRow &task, const st
     ConversionSettingsValues page(true, {});
     if (failed(page.load(properties)))
         return;
-    const QStringList open = page.openKeys();
+    using Choice = ConversionSettingsValues::LaunchChoice;
     for (const auto &[key, value] : values) {
-        if (conversionSettingKeys().contains(key) && !open.contains(key))
+        const Choice choice = page.launchChoice(key, value.toText());
+        if (choice == Choice::Fixed)
             throw CliError(QStringLiteral("task launch: %1 is fixed by the set-up of task '%2'").arg(key, task.name));
+        if (choice == Choice::NotOffered)
+            throw CliError(QStringLiteral("task launch: %1 is not one of the choices the launch offers for %2")
+                               .arg(value.toText(), key));
     }
 }
 

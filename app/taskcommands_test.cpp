@@ -280,6 +280,7 @@ TEST_F(TaskCommandsTest, APrintLaunchWithoutGuiTakesTheSilentPathAndStoresTheSel
 {
     // Nobody could answer the print dialog: it does its work unseen.
     createTask("Print", "print");
+    ASSERT_EQ(task("setup", {"Print"}).status, 0); // the pages' defaults, as an administrator confirms them
     const ProgramRun print = task("launch", {"Print", "V:\\Parts\\Sheets\\plate.mcddrw"});
     ASSERT_EQ(print.status, 0) << print.err.toStdString();
     TaskStore tasks(VaultStore::open(m_vault));
@@ -303,6 +304,10 @@ TEST_F(TaskCommandsTest, ConversionLaunchChangesOnlyWhatTheSetUpLeftOpen)
     const ProgramRun fixed = task("launch", {"Convert", "V:\\Parts\\gear.mcdprt", "--set", "SourceRefs:int=2"});
     EXPECT_EQ(fixed.status, 2);
     EXPECT_TRUE(fixed.err.contains("SourceRefs is fixed by the set-up")) << fixed.err.toStdString();
+    // The format is fixed, and with it its options.
+    const ProgramRun option = task("launch", {"Convert", "V:\\Parts\\gear.mcdprt", "--set", "PdfInColor:bool=false"});
+    EXPECT_EQ(option.status, 2);
+    EXPECT_TRUE(option.err.contains("PdfInColor is fixed by the set-up")) << option.err.toStdString();
     EXPECT_TRUE(instances().isEmpty());
 
     const ProgramRun open =

@@ -1,6 +1,5 @@
 #include "convert/advancedconvopdlg.h"
 
-#include "common/errortexts.h"
 #include "common/widgets/prompter.h"
 #include "common/widgets/strwnd.h"
 
@@ -31,13 +30,13 @@ CAdvancedConvOpDlg::CAdvancedConvOpDlg(IDoxVariables &holder, std::int32_t forma
     if (!m_page)
         return;
     if (!interactive) {
-        m_page->LoadVariables(false);
+        m_loaded = m_page->LoadVariables(false);
         return;
     }
     setWindowTitle(title(formatName, text));
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_page->CreatePage(this));
-    m_page->LoadVariables(false);
+    m_loaded = m_page->LoadVariables(false);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     buttons->setObjectName(QStringLiteral("buttons"));
     QPushButton *reset = buttons->addButton(QStringLiteral("&Reset All"), QDialogButtonBox::ResetRole);
@@ -59,13 +58,25 @@ void CAdvancedConvOpDlg::resetAll()
         m_page->LoadVariables(true);
 }
 
+int CAdvancedConvOpDlg::exec()
+{
+    // Options that could not be read are not shown: "OK" would overwrite
+    // the stored ones with defaults.
+    if (failed(m_loaded)) {
+        Prompter::showError(parentWidget(), m_loaded);
+        return QDialog::Rejected;
+    }
+    return QDialog::exec();
+}
+
 void CAdvancedConvOpDlg::accept()
 {
+    if (failed(m_loaded))
+        return reject();
     if (m_page) {
         m_written = m_page->OnOK();
         if (failed(m_written)) {
-            Prompter::instance().message(this, errorText(m_written), QStringLiteral("Mecadra Task Add-in"),
-                                         Prompter::Icon::Warning);
+            Prompter::showError(this, m_written);
             return;
         }
     }

@@ -23,6 +23,11 @@ public:
     // "Advanced Scripting Options (PDF)" from "PDF (*.pdf)".
     static QString title(const QString &formatName, const TextLookup &text);
 
+    // The result of reading the stored options; a dialog whose options could
+    // not be read shows the error instead of opening and writes nothing.
+    HRESULT loadResult() const { return m_loaded; }
+    int exec() override;
+
     void resetAll();
     void accept() override;
     // The result of the last write ("OK").
@@ -30,5 +35,6 @@ public:
 
 private:
     std::unique_ptr<CConvOpDlg> m_page;
+    HRESULT m_loaded = S_OK;
     HRESULT m_written = S_FALSE;
 };

@@ -106,8 +106,7 @@ std::vector<OutputFormatEntry> outputFormatList(bool withPrompt, const TextLooku
     for (const FormatText &format : Formats) {
         if (format.index == 0 && !withPrompt)
             continue;
-        const QString english = QString::fromLatin1(format.english);
-        list.push_back({format.index, text ? text(format.textId, english) : english});
+        list.push_back({format.index, lookupText(text, format.textId, format.english)});
     }
     return list;
 }
@@ -176,10 +175,8 @@ HRESULT TemplateTabValues::save(IDoxVariables &holder) const
 }
 
 ConversionSettingsValues::ConversionSettingsValues(bool launchMode, TextLookup text)
-    : configurations(TemplateTabValues::configurationKeys(), launchMode,
-                     text ? text(DefaultTextId, QStringLiteral("Default")) : QStringLiteral("Default")),
-      sheets(TemplateTabValues::sheetKeys(), launchMode,
-             text ? text(DefaultTextId, QStringLiteral("Default")) : QStringLiteral("Default")),
+    : configurations(TemplateTabValues::configurationKeys(), launchMode, lookupText(text, DefaultTextId, "Default")),
+      sheets(TemplateTabValues::sheetKeys(), launchMode, lookupText(text, DefaultTextId, "Default")),
       m_launchMode(launchMode), m_formats(outputFormatList(!launchMode, text))
 {
 }
@@ -254,6 +251,24 @@ QStringList ConversionSettingsValues::openKeys() const
             keys << tab->keys().file;
     }
     return keys;
+}
+
+ConversionSettingsValues::LaunchChoice ConversionSettingsValues::launchChoice(const QString &key,
+                                                                            const QString &value) const
+{
+    const bool optionKey = isConvOpKey(key);
+    if (!optionKey && !conversionSettingKeys().contains(key, Qt::CaseInsensitive))
+        return LaunchChoice::NotOwned;
+    // The format's options are reached through the format section only.
+    const QString section = optionKey ? ConversionKeys::FileFormat : key;
+    if (!openKeys().contains(section, Qt::CaseInsensitive))
+        return LaunchChoice::Fixed;
+    if (key.compare(ConversionKeys::FileFormat, Qt::CaseInsensitive) == 0
+        && std::none_of(m_formats.begin(), m_formats.end(), [&](const OutputFormatEntry &format) {
+               return format.text.compare(value, Qt::CaseInsensitive) == 0;
+           }))
+        return LaunchChoice::NotOffered;
+    return LaunchChoice::Offered;
 }
 
 HRESULT ConversionSettingsValues::save(IDoxVariables &holder) const

@@ -50,8 +50,8 @@ QString examplePath(const QString &pathTemplate, const QString &vaultRoot, const
 // returned unchanged otherwise.
 QString withVaultPathPlaceholder(const QString &pathTemplate, const QString &vaultRoot);
 
-// The output formats in list order; "<Prompt the user>" (index 0) first
-// only when withPrompt.
+// The output formats in list order, with the texts of text (the add-in's own
+// when empty); "<Prompt the user>" (index 0) first only when withPrompt.
 std::vector<OutputFormatEntry> outputFormatList(bool withPrompt, const TextLookup &text);
 
 // Bits of "SourceRefs", "OutputConfs"/"OutputSheets" and "FileConfs"/"FileSheets".
@@ -115,6 +115,8 @@ private:
 class ConversionSettingsValues final
 {
 public:
+    // text: where the format names and "Default" come from (the add-in's own
+    // texts when empty), as the page shows them.
     ConversionSettingsValues(bool launchMode, TextLookup text);
 
     HRESULT load(IDoxVariables &holder);
@@ -135,6 +137,12 @@ public:
     // user may change (those of the open sections).
     bool hasUserChoices() const;
     QStringList openKeys() const;
+
+    // Launch mode, after Load: whether the page would let the user give key
+    // the (text of) value. The option keys of the formats follow the format
+    // section; a format must be one of the list's entries.
+    enum class LaunchChoice { NotOwned, Offered, Fixed, NotOffered };
+    LaunchChoice launchChoice(const QString &key, const QString &value) const;
 
     bool referencedVersions = false; // else the latest versions
     bool allowRefChange = true;

@@ -1,7 +1,9 @@
 #include "convert/conversionsettingspage.h"
 
+#include "common/translator.h"
 #include "common/widgets/testing/widgetapp.h"
 #include "host/testing/faketask.h"
+#include "platform/memoryfilesystem.h"
 
 #include <gmock/gmock.h>
 
@@ -94,6 +96,40 @@ TEST(ConversionLaunchTest, EachOpenSectionMakesTheLaunchAsk)
     ASSERT_EQ(glimpse.load(multiConf), S_OK);
     EXPECT_TRUE(glimpse.hasLaunchPrompt());
     EXPECT_EQ(glimpse.values().selectedFormat().index, 9);
+}
+
+TEST(ConversionLaunchTest, ALaunchTakesOnlyWhatThePageOffersInTheAddInsLanguage)
+{
+    MemoryFileSystem files;
+    ScopedFileSystem filesGuard(files);
+    files.addFile("/lang/DE/McTaskAddIn.json",
+                  R"json({ "TS": { "61": "Adobe-PDF-Dokument (*.pdf)", "78": "VRML-Welt (*.wrl)" } })json");
+    Translator german("/lang/DE");
+    ScopedTranslator translatorGuard(german);
+    using Choice = ConversionSettingsValues::LaunchChoice;
+
+    // The administrator fixed the format under its German name.
+    FakeTaskInstance fixed;
+    fixEverything(fixed, "Adobe-PDF-Dokument (*.pdf)");
+    fixed.set("PromptOutput", Variant::fromBool(true));
+    ConversionSettingsValues page(true, {});
+    ASSERT_EQ(page.load(fixed), S_OK);
+    EXPECT_EQ(page.selectedFormat().index, 4);
+    EXPECT_EQ(page.launchChoice("FileFormat", "VRML-Welt (*.wrl)"), Choice::Fixed);
+    EXPECT_EQ(page.launchChoice("pdfincolor", "false"), Choice::Fixed);
+    EXPECT_EQ(page.launchChoice("SourceRefs", "2"), Choice::Fixed);
+    EXPECT_EQ(page.launchChoice("OutputPath", "<VaultPath>\\Out"), Choice::Offered);
+    EXPECT_EQ(page.launchChoice("Quality", "3"), Choice::NotOwned);
+
+    // Left open: any entry of the list, as the list spells it, and the options.
+    FakeTaskInstance open;
+    fixEverything(open, "<Prompt the user>");
+    ConversionSettingsValues choosing(true, {});
+    ASSERT_EQ(choosing.load(open), S_OK);
+    EXPECT_EQ(choosing.launchChoice("FileFormat", "vrml-welt (*.wrl)"), Choice::Offered);
+    EXPECT_EQ(choosing.launchChoice("FileFormat", "VRML (*.wrl)"), Choice::NotOffered);
+    EXPECT_EQ(choosing.launchChoice("FileFormat", "<Prompt the user>"), Choice::NotOffered);
+    EXPECT_EQ(choosing.launchChoice("VrmlOutputAsUnit", "2"), Choice::Offered);
 }
 
 TEST(ConversionLaunchTest, NewTaskOpensEverythingAndOffersNoPrompt)

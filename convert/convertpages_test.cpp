@@ -3,7 +3,10 @@
 #include "convert/filecardpagedlg.h"
 #include "convert/outputfiledetailspagedlg.h"
 
+#include "common/errortexts.h"
+#include "common/widgets/elidedlabel.h"
 #include "common/widgets/placeholderedit.h"
+#include "common/widgets/recordingprompter.h"
 #include "common/widgets/testing/widgetapp.h"
 #include "host/testing/faketask.h"
 #include "host/testing/fakevault.h"
@@ -43,6 +46,24 @@ TEST(FormatOptionsTest, ResetAllThenOkStoresTheResetValuesAndCancelStoresNothing
     EXPECT_EQ(CAdvancedConvOpDlg::title("Parasolid Binary (*.x_b)", {}), "Advanced Scripting Options (Parasolid Binary)");
 }
 
+TEST(FormatOptionsTest, OptionsThatCannotBeReadAreShownAsAnErrorAndKeptAsStored)
+{
+    widgetApp();
+    RecordingPrompter prompter;
+    ScopedPrompter scoped(prompter);
+    FakeTaskProperties task;
+    task.set("AcisGeometry", Variant::fromI4(2));
+    task.set("AcisVersion", Variant::fromI4(9));
+    task.failRead("AcisOutputAsUnit", E_ACCESSDENIED);
+    CAdvancedConvOpDlg acis(task, 2, "ACIS (*.sat)", nullptr, true);
+    EXPECT_EQ(acis.loadResult(), E_ACCESSDENIED);
+    EXPECT_EQ(acis.exec(), QDialog::Rejected);
+    EXPECT_EQ(prompter.messages, QStringList{errorText(E_ACCESSDENIED)});
+    acis.accept();
+    EXPECT_TRUE(task.writes().isEmpty());
+    EXPECT_EQ(task.value("AcisVersion"), Variant::fromI4(9));
+}
+
 TEST(FormatOptionsTest, ControlsStoreThePreferenceCodesAndFollowTheirSwitches)
 {
     widgetApp();
@@ -61,10 +82,33 @@ TEST(FormatOptionsTest, ControlsStoreThePreferenceCodesAndFollowTheirSwitches)
     EXPECT_EQ(task.value("AcisGeometry"), Variant::fromI4(2));
     EXPECT_EQ(task.value("AcisVersion"), Variant::fromI4(9));
 
-    CAdvancedConvOpDlg again(task, 2, "ACIS (*.sat)", nullptr, true);
-    again.findChild<QRadioButton *>("AcisGeometry_0")->click();
-    EXPECT_FALSE(again.findChild<QCheckBox *>("AcisGeometry_sketches")->isEnabled());
-    EXPECT_EQ(again.page()->value("AcisGeometry"), 0);
+    // Solid geometry greys the sketch box; back on curves its tick counts again.
+    task.set("StepGeometry", Variant::fromI4(2));
+    for (const auto &[index, key] : {std::pair{2, QString("AcisGeometry")}, std::pair{17, QString("StepGeometry")}}) {
+        SCOPED_TRACE(key.toStdString());
+        CAdvancedConvOpDlg again(task, index, "x", nullptr, true);
+        again.findChild<QRadioButton *>(key + "_0")->click();
+        EXPECT_FALSE(again.findChild<QCheckBox *>(key + "_sketches")->isEnabled());
+        EXPECT_EQ(again.page()->value(key), 0);
+        again.findChild<QRadioButton *>(key + "_1")->click();
+        EXPECT_TRUE(again.findChild<QCheckBox *>(key + "_sketches")->isEnabled());
+        EXPECT_EQ(again.page()->value(key), 2);
+    }
+
+    // Every box of the Glimpse page has its explanation right below it.
+    CAdvancedConvOpDlg glimpse(task, 9, "Glimpse (*.gprt; *.gasm; *.glmp)", nullptr, true);
+    glimpse.show();
+    for (const QString key : {"GlmpOkayToMeasure", "GlmpAllowExportOfSTL", "GlmpSaveShadedData", "GlmpSaveBOM",
+                              "GlmpSaveMotionStudies", "GlmpRecalcMotionStudies"}) {
+        SCOPED_TRACE(key.toStdString());
+        auto *box = glimpse.findChild<QCheckBox *>(key);
+        auto *note = glimpse.findChild<QLabel *>(key + "_note");
+        ASSERT_TRUE(box && note);
+        EXPECT_FALSE(note->text().isEmpty());
+        EXPECT_TRUE(note->isVisible());
+        EXPECT_GE(note->y(), box->geometry().bottom());
+        EXPECT_LT(note->y() - box->geometry().bottom(), box->height());
+    }
 
     // A stored code without an entry stays as it is, with no entry selected.
     task.set("IgesSystem", Variant::fromI4(77));
@@ -102,6 +146,23 @@ TEST(PathExampleTest, SamplesTheTemplateAndKeepsPathsInsideTheVaultRelative)
     EXPECT_EQ(primary->text(), "<VaultPath><Path>\\<Filename>_<Extension>_<Configuration>");
     EXPECT_EQ(secondary->text(), "<VaultPath>\\Copies");
     EXPECT_EQ(window->findChild<QLabel *>("secondaryExampleLabel")->text(), "Example: V:\\Demo\\Copies.pdf");
+
+    // A long path neither widens the page nor loses its ends: it is elided
+    // in the middle to the label's width.
+    const int width = window->sizeHint().width();
+    secondary->setFocus();
+    secondary->insertPlainText(QString("\\Very long folder name").repeated(20));
+    EXPECT_EQ(window->sizeHint().width(), width);
+    window->resize(width, window->sizeHint().height());
+    window->show();
+    auto *example = window->findChild<ElidedLabel *>("secondaryExampleLabel");
+    ASSERT_TRUE(example);
+    const QString shown = example->displayedText();
+    EXPECT_TRUE(shown.startsWith("Example: V:\\Demo\\Copies")) << shown.toStdString();
+    EXPECT_TRUE(shown.endsWith("name.pdf")) << shown.toStdString();
+    EXPECT_TRUE(shown.contains(QChar(0x2026))) << shown.toStdString();
+    EXPECT_LE(example->fontMetrics().horizontalAdvance(shown), example->contentsRect().width());
+    EXPECT_TRUE(example->text().endsWith(QString("\\Very long folder name").repeated(20) + ".pdf"));
 }
 
 TEST(OutputFileDetailsTest, StoredValuesShowAndAFailingKeyKeepsTheRestAtTheirDefaults)
@@ -125,6 +186,23 @@ TEST(OutputFileDetailsTest, StoredValuesShowAndAFailingKeyKeepsTheRestAtTheirDef
     EXPECT_EQ(stopped.load(failing), E_ACCESSDENIED);
     EXPECT_FALSE(stopped.refToSource);
     EXPECT_TRUE(stopped.promptOutput);
+}
+
+TEST(OutputFileDetailsTest, AdvancedScriptingOptionsShowsAFailedLoad)
+{
+    widgetApp();
+    RecordingPrompter prompter;
+    ScopedPrompter scoped(prompter);
+    auto task = std::make_shared<FakeTaskProperties>();
+    task->failRead("__script", E_ACCESSDENIED);
+    PageContext context;
+    context.properties = task;
+    context.taskType = 1;
+    COutputFileDetailsPageDlg page(context, {});
+    QWidget *window = page.create(nullptr);
+    window->findChild<QPushButton *>("advancedScriptingButton")->click();
+    EXPECT_EQ(prompter.messages, QStringList{errorText(E_ACCESSDENIED)});
+    EXPECT_TRUE(task->writes().isEmpty());
 }
 
 TEST(FileCardTest, RowsAreStoredInListOrderAndUnknownVariablesAreDropped)
@@ -152,6 +230,40 @@ TEST(FileCardTest, RowsAreStoredInListOrderAndUnknownVariablesAreDropped)
     empty.load(fresh);
     empty.addRow(); // no card variables: an empty destination
     EXPECT_EQ(empty.rows().front().destination, "");
+}
+
+TEST(FileCardTest, VariableNamesAreExactAndAFailedReadKeepsTheStoredRows)
+{
+    widgetApp();
+    PageContext context;
+    auto vault = std::make_shared<FakeVault>();
+    vault->cardVariables = {"title", "Number", "Title"};
+    context.vault = vault;
+    const QString stored = "TITLE;1;\ntitle;8;a\nTitle;100;number\nTitle;100;Number\n";
+    FakeTaskProperties task;
+    task.set("FileCardData", Variant::fromBStr(stored));
+    {
+        CFileCardPageDlg page(context, {});
+        QWidget *window = page.create(nullptr);
+        EXPECT_EQ(page.variableNames(), QStringList({"Number", "Title", "title"}));
+        ASSERT_EQ(page.load(task), S_OK);
+        EXPECT_EQ(page.rows(), (std::vector<FileCardRow>{{"title", 8, "a"}, {"Title", 100, "Number"}}));
+        // Each row shows its own variable, not the first that differs in case.
+        auto *destinations = window->findChild<QComboBox *>("destinationList");
+        page.selectRow(0);
+        EXPECT_EQ(destinations->currentText(), "title");
+        page.selectRow(1);
+        EXPECT_EQ(destinations->currentText(), "Title");
+        EXPECT_EQ(window->findChild<QComboBox *>("sourceList")->currentText(), "Number");
+    }
+
+    // The names cannot be read: Load says so, and "OK" stores what was there.
+    vault->fail("GetCardVariableNames", E_ACCESSDENIED);
+    CFileCardPageDlg page(context, {});
+    page.create(nullptr);
+    EXPECT_EQ(page.load(task), E_ACCESSDENIED);
+    ASSERT_EQ(page.save(task), S_OK);
+    EXPECT_EQ(task.value("FileCardData").toText(), stored);
 }
 
 TEST(ConversionSettingsWindowTest, ALaunchWithOnlyTheSheetsOpenShowsOneTab)

@@ -73,6 +73,12 @@ C radios(int id0, const char *text0, std::int32_t value0, int id1, const char *t
     return c;
 }
 
+C explained(C c, const char *note)
+{
+    c.note = note;
+    return c;
+}
+
 C geometry(int solidId, int curvesId)
 {
     C c = radios(solidId, "Solid/Surface geometry", 0, curvesId, "3D curves", 1);
@@ -90,17 +96,28 @@ const std::vector<ConvOpPageInfo> &pages()
           {"PdfPrintHeaderFooter", true, 0, 0, check(328, "&Print header/footer")},
           {"PdfUsePrinterLineWeights", true, 1, 1, check(329, "Use specified printer line &weights")}}},
         {"ConvOpGlimpseDlg", "ConvOpGlimpseDlg", 111, {9},
-         {{"GlmpOkayToMeasure", true, 0, 0, check(245, "Okay to measure this Glimpse file")},
-          {"GlmpAllowExportOfSTL", true, 0, 0, check(330, "Allow export to STL for parts && assemblies")},
-          {"GlmpSaveShadedData", true, 1, 1, check(331, "Save shaded data in drawings")},
-          {"GlmpSaveBOM", true, 1, 1, check(332, "Save Bill of Materials features to Glimpse file")},
-          {"GlmpSaveMotionStudies", true, 1, 1, check(333, "Save Motion Studies to Glimpse file")},
+         {{"GlmpOkayToMeasure", true, 0, 0,
+           explained(check(245, "Okay to measure this Glimpse file"),
+                     "Readers of the file may measure distances and angles in its geometry.")},
+          {"GlmpAllowExportOfSTL", true, 0, 0,
+           explained(check(330, "Allow export to STL for parts && assemblies"),
+                     "Readers of the file may save its parts and assemblies again as STL.")},
+          {"GlmpSaveShadedData", true, 1, 1,
+           explained(check(331, "Save shaded data in drawings"),
+                     "Shaded views of drawings stay shaded in the file; the file grows.")},
+          {"GlmpSaveBOM", true, 1, 1,
+           explained(check(332, "Save Bill of Materials features to Glimpse file"),
+                     "The bills of materials of the document can be read in the file.")},
+          {"GlmpSaveMotionStudies", true, 1, 1,
+           explained(check(333, "Save Motion Studies to Glimpse file"),
+                     "The motion studies of an assembly can be played in the file.")},
           {"GlmpSaveMotionStudiesToAllConfs", true, 0, 0,
            radios(334, "Save each motion study in every configuration.", 1, 335,
                   "Save only in last calculated configuration.", 0),
            {{"GlmpSaveMotionStudies", 1}}},
           {"GlmpRecalcMotionStudies", true, 1, 1,
-           check(329, "Recalculate the motion study if the results are out of date."),
+           explained(check(329, "Recalculate the motion study if the results are out of date."),
+                     "Otherwise results that are out of date are saved as they are."),
            {{"GlmpSaveMotionStudies", 1}, {"GlmpSaveMotionStudiesToAllConfs", 0}}}}},
         {"ConvOpVRMLDlg", "ConvOpVRMLDlg", 112, {22},
          {{"VrmlOutputAsUnit", false, 0, 2, combo(351, "Output as:", Units)},
@@ -167,6 +184,15 @@ const std::vector<std::int32_t> &convOpStoreOrder()
 bool hasConvOpPage(std::int32_t formatIndex)
 {
     return convOpPageFor(formatIndex) != nullptr;
+}
+
+bool isConvOpKey(const QString &key)
+{
+    for (const ConvOpPageInfo &page : pages())
+        for (const ConvOpKey &entry : page.keys)
+            if (key.compare(QLatin1String(entry.key), Qt::CaseInsensitive) == 0)
+                return true;
+    return false;
 }
 
 CConvOpDlg::CConvOpDlg(const ConvOpPageInfo &info, IDoxVariables &holder, TextLookup text)
@@ -325,6 +351,13 @@ void CConvOpDlg::buildControl(const ConvOpKey &key, QWidget *page, QFormLayout *
         break;
     }
     }
+    if (c.note) {
+        auto *note = new QLabel(QString::fromLatin1(c.note), page);
+        note->setObjectName(name + QStringLiteral("_note"));
+        note->setWordWrap(true);
+        note->setIndent(note->fontMetrics().averageCharWidth() * 3);
+        form->addRow(note);
+    }
 }
 
 // Members to controls: check boxes, combos, radios and what they enable.
@@ -361,7 +394,10 @@ void CConvOpDlg::UpdateControlStates()
             second->setEnabled(enabled);
             if (c.kind == ConvOpControl::Geometry) {
                 auto *sketches = m_window->findChild<QCheckBox *>(QString::fromLatin1(key.key) + QStringLiteral("_sketches"));
-                sketches->setChecked(member == 2);
+                // Solid geometry greys the box but keeps its tick for a
+                // return to curves.
+                if (member != 0)
+                    sketches->setChecked(member == 2);
                 sketches->setEnabled(member != 0);
             }
         } else if (QWidget *control = m_window->findChild<QWidget *>(controlName(key, -1))) {

@@ -37,6 +37,8 @@ struct ConvOpControl {
     const char *texts[2] = {nullptr, nullptr};
     std::int32_t values[2] = {0, 0};
     const std::vector<ConvOpChoice> *choices = nullptr;
+    // An explanatory text shown under the control, or none.
+    const char *note = nullptr;
 };
 
 // One task variable of an option page.
@@ -65,6 +67,8 @@ const ConvOpPageInfo *convOpPageFor(std::int32_t formatIndex);
 const std::vector<std::int32_t> &convOpStoreOrder();
 // True for the formats that have an option page.
 bool hasConvOpPage(std::int32_t formatIndex);
+// True for a key of any option page (any letter case, as the vault's names).
+bool isConvOpKey(const QString &key);
 
 // An option page: members by key, read from and written to the task
 // variables. The window is built on demand from the page's key table.

@@ -75,22 +75,23 @@ QString CFileCardPageDlg::sourceText(const FileCardRow &row) const
 
 bool CFileCardPageDlg::knownVariable(const QString &name) const
 {
-    return m_names.contains(name, Qt::CaseInsensitive);
+    return m_names.contains(name);
 }
 
 HRESULT CFileCardPageDlg::readVariableNames()
 {
     if (m_namesRead)
         return S_OK;
+    if (m_context.vault) {
+        QStringList names;
+        // Not marked as read on a failure: Load asks again and reports it.
+        if (const HRESULT hr = m_context.vault->GetCardVariableNames(names); failed(hr))
+            return hr;
+        names.sort(Qt::CaseSensitive);
+        names.removeDuplicates();
+        m_names = names;
+    }
     m_namesRead = true;
-    if (!m_context.vault)
-        return S_OK;
-    QStringList names;
-    if (const HRESULT hr = m_context.vault->GetCardVariableNames(names); failed(hr))
-        return hr;
-    names.sort(Qt::CaseInsensitive);
-    names.removeDuplicates();
-    m_names = names;
     fillLists();
     return S_OK;
 }
@@ -154,22 +155,22 @@ void CFileCardPageDlg::fillLists()
 
 HRESULT CFileCardPageDlg::load(IDoxVariables &holder)
 {
-    if (const HRESULT hr = readVariableNames(); failed(hr))
-        return hr;
     QString stored;
-    const HRESULT hr = readTextVariable(holder, FileCardDataKey, {}, stored);
-    if (failed(hr))
+    if (const HRESULT hr = readTextVariable(holder, FileCardDataKey, {}, stored); failed(hr))
         return hr;
-    m_rows.clear();
-    for (FileCardRow &row : parseFileCardData(stored)) {
-        // The vault may have lost a variable since the set-up.
-        if (!knownVariable(row.destination) || (row.kind == CardVariable && !knownVariable(row.text)))
-            continue;
-        m_rows.push_back(std::move(row));
-    }
+    m_rows = parseFileCardData(stored);
     m_selected = -1;
+    // Without the vault's names nothing can be told lost: the stored rows
+    // stay as they are, so that a later Save writes them back unchanged.
+    const HRESULT namesRead = readVariableNames();
+    if (succeeded(namesRead)) {
+        // The vault may have lost a variable since the set-up.
+        std::erase_if(m_rows, [this](const FileCardRow &row) {
+            return !knownVariable(row.destination) || (row.kind == CardVariable && !knownVariable(row.text));
+        });
+    }
     showRows();
-    return S_OK;
+    return namesRead;
 }
 
 HRESULT CFileCardPageDlg::save(IDoxVariables &holder)
@@ -246,14 +247,17 @@ void CFileCardPageDlg::showSelection()
     list->setCurrentItem(item);
     helper->enableGroup(GroupSelected, true);
     const FileCardRow &row = m_rows[m_selected];
-    m_ui->destinationList->setCurrentIndex(
-        m_ui->destinationList->findText(row.destination, Qt::MatchFixedString));
+    // The row's own variable first; one differing only in case otherwise.
+    int destination = m_ui->destinationList->findText(row.destination, Qt::MatchFixedString | Qt::MatchCaseSensitive);
+    if (destination < 0)
+        destination = m_ui->destinationList->findText(row.destination, Qt::MatchFixedString);
+    m_ui->destinationList->setCurrentIndex(destination);
     if (row.kind == FreeText) {
         m_ui->sourceList->setCurrentIndex(m_ui->sourceList->findData(FreeText));
         m_ui->freeTextEdit->setEnabled(true);
         m_ui->freeTextEdit->setText(row.text);
     } else {
-        m_ui->sourceList->setCurrentIndex(m_ui->sourceList->findText(sourceText(row), Qt::MatchFixedString));
+        m_ui->sourceList->setCurrentIndex(m_ui->sourceList->findText(sourceText(row), Qt::MatchFixedString | Qt::MatchCaseSensitive));
         m_ui->freeTextEdit->clear();
         m_ui->freeTextEdit->setEnabled(false);
     }

@@ -1,7 +1,6 @@
 #include "convert/outputfiledetailspagedlg.h"
 
 #include "settings/tasksettings.h"
-#include "common/errortexts.h"
 #include "common/translator.h"
 #include "common/widgets/prompter.h"
 #include "common/widgets/strwnd.h"
@@ -122,8 +121,7 @@ void COutputFileDetailsPageDlg::browseErrorLogFolder()
     const HRESULT hr =
         m_context.vault->BrowseForFolder(m_window, text(SelectFolderTextId, "Select a folder:"), folder);
     if (failed(hr)) {
-        Prompter::instance().message(m_window, errorText(hr), QStringLiteral("Mecadra Task Add-in"),
-                                     Prompter::Icon::Warning);
+        Prompter::showError(m_window, hr);
         return;
     }
     if (hr != S_OK || !folder)

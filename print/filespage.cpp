@@ -1,7 +1,6 @@
 #include "print/filespage.h"
 
 #include "settings/tasksettings.h"
-#include "common/errortexts.h"
 #include "common/translator.h"
 #include "common/widgets/prompter.h"
 #include "common/widgets/strwnd.h"
@@ -124,8 +123,7 @@ void CFilesDlg::browseForLogFolder()
     if (!m_vault)
         return;
     const auto fail = [this](HRESULT hr) {
-        Prompter::instance().message(m_window, errorText(hr), QStringLiteral("Mecadra Task Add-in"),
-                                     Prompter::Icon::Warning);
+        Prompter::showError(m_window, hr);
     };
     std::shared_ptr<IDoxFolder> folder;
     HRESULT hr = m_vault->BrowseForFolder(m_window, text(SelectFolderText, "Please select a folder:"), folder);

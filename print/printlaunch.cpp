@@ -12,6 +12,7 @@
 
 #include <QRegularExpression>
 #include <map>
+#include <set>
 
 namespace {
 
@@ -62,7 +63,13 @@ void PrintLaunch::initialise()
     m_headerType = getIntVariable(in, PrintKeys::HeaderType, PromptUser);
     m_footerType = getIntVariable(in, PrintKeys::FooterType, PromptUser);
 
-    m_printerMode = getIntVariable(in, PrintKeys::PrinterSelection, AlwaysPrinter);
+    // Absent, the mode fills the dialog as a fixed printer but takes its data
+    // as a prompted one.
+    std::int32_t mode = AlwaysPrinter;
+    const bool modeStored = throwIfFailed(readIntVariable(in, PrintKeys::PrinterSelection, AlwaysPrinter, mode),
+                                          PrintKeys::PrinterSelection) == S_OK;
+    m_printerMode = mode;
+    m_takeMode = modeStored ? mode : PromptPrinter;
     m_userSizeChange = getBoolVariable(in, PrintKeys::UserSizeChange, true);
     m_userOrientChange = getBoolVariable(in, PrintKeys::UserOrientChange, true);
     papers.clear();
@@ -76,14 +83,12 @@ void PrintLaunch::initialise()
     } else {
         printers = getTextVariable(in, PrintKeys::PrinterNameList)
                        .split(QRegularExpression(QStringLiteral("[\r\n]")), Qt::SkipEmptyParts);
-        const QString name = getTextVariable(in, PrintKeys::PrinterName);
-        // The fixed printer is shown even when the prompt list lacks it.
-        if (m_printerMode == AlwaysPrinter && !name.isEmpty() && !printers.contains(name))
-            printers.prepend(name);
-        printerIndex = static_cast<int>(printers.indexOf(name));
+        printerIndex = static_cast<int>(printers.indexOf(getTextVariable(in, PrintKeys::PrinterName)));
     }
     latestVersion = getIntVariable(in, PrintKeys::RefVersion, RefVersionReferenced) != RefVersionReferenced;
-    copies = QStringLiteral("1");
+    // Copies the launch was given (e.g. by the command line) are kept.
+    const std::int32_t storedCopies = getIntVariable(in, PrintKeys::CopyCount, 1);
+    copies = QString::number(storedCopies >= 1 ? storedCopies : 1);
     orientation = getIntVariable(in, PrintKeys::Orientation, 1) == 1 ? 1 : 0;
 
     const QString marginKeys[] = {PrintKeys::MarginTop, PrintKeys::MarginBottom, PrintKeys::MarginLeft,
@@ -154,8 +159,14 @@ void PrintLaunch::loadFiles()
 
     const bool drawings = m_autoSelect == AutoSelectDrawings || m_autoSelect == AutoSelectAll;
     const bool models = m_autoSelect == AutoSelectModels || m_autoSelect == AutoSelectAll;
+    // A selected file is listed once, as selected, even when it appears as
+    // a reference of another selected file before its own row.
+    std::set<std::int32_t> selectedIds;
+    for (const DoxListingRow &row : rows)
+        if (row.parentFileId == 0)
+            selectedIds.insert(row.fileId);
     std::map<std::int32_t, int> selected;   // file id -> index of a selected file
-    std::map<std::int32_t, int> references; // file id -> index of a reference
+    std::set<std::int32_t> references;      // file ids listed as references
     int currentParent = -1;
     for (const DoxListingRow &row : rows) {
         const bool isSelected = row.parentFileId == 0;
@@ -163,7 +174,7 @@ void PrintLaunch::loadFiles()
             currentParent = selected[row.fileId];
             continue;
         }
-        if (!isSelected && (selected.count(row.fileId) || references.count(row.fileId)))
+        if (!isSelected && (selectedIds.count(row.fileId) || references.count(row.fileId)))
             continue;
         FileInfo info;
         info.fileId = row.fileId;
@@ -183,9 +194,12 @@ void PrintLaunch::loadFiles()
             info.checked = false;
         }
         const int index = static_cast<int>(m_files.size());
-        (isSelected ? selected : references)[row.fileId] = index;
-        if (isSelected)
+        if (isSelected) {
+            selected[row.fileId] = index;
             currentParent = index;
+        } else {
+            references.insert(row.fileId);
+        }
         m_files.push_back(std::move(info));
     }
 }
@@ -226,7 +240,7 @@ PrintLaunch::Refusal PrintLaunch::takeData()
         if (const HRESULT hr = writeIntVariable(in, PrintKeys::Orientation, orientation == 0 ? 0 : 1); failed(hr))
             return failedWrite(hr, Control::Orientation);
     }
-    if (m_printerMode == PromptPrinter) {
+    if (m_takeMode == PromptPrinter) {
         const QString printer = printerIndex >= 0 && printerIndex < printers.size() ? printers[printerIndex] : QString();
         if (printer.isEmpty())
             return {Control::Printer, text(NoPrinterText, "No printer selected.")};

@@ -104,6 +104,7 @@ private:
     TextLookup m_text;
 
     std::int32_t m_printerMode = 0;
+    std::int32_t m_takeMode = 0; // the mode "Print" takes the data in
     std::int32_t m_refVersion = 2;
     bool m_userSizeChange = true;
     bool m_userOrientChange = true;

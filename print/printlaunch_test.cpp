@@ -1,8 +1,11 @@
 #include "print/printuidlg.h"
 
+#include "common/errortexts.h"
+#include "common/translator.h"
 #include "common/widgets/recordingprompter.h"
 #include "common/widgets/testing/widgetapp.h"
 #include "host/testing/faketask.h"
+#include "platform/memoryfilesystem.h"
 #include "print/filereftreemodel.h"
 #include "vault/embeddedvault.h"
 #include "vault/vaulttesting.h"
@@ -14,6 +17,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTest>
 #include <QTimer>
 #include <QTreeView>
 #include <gtest/gtest.h>
@@ -33,12 +37,13 @@ protected:
         assembly = add("gearbox.mcdasm");
         const VaultFileRow shaft = add("shaft.mcdprt");
         const VaultFileRow cover = add("cover.mcdprt");
-        const VaultFileRow drawing = add("gearbox.mcddrw");
+        drawing = add("gearbox.mcddrw");
         const VaultFileRow notes = add("notes.xyz");
         for (const VaultFileRow &child : {shaft, cover, drawing, notes})
             store->addReference(assembly.id, child.id, child.name == "shaft.mcdprt" ? "Long" : "");
         selection = {{assembly.id, assembly.folderId, root() + "\\Parts\\gearbox.mcdasm", {}, DoxObject_File, 1}};
         instance->set("__type", Variant::fromI4(2));
+        instance->set("__printer_prseltype", Variant::fromI4(0)); // as every set-up stores it
         instance->set("__printer_prname", Variant::fromBStr("Office"));
     }
 
@@ -81,6 +86,7 @@ protected:
     std::shared_ptr<EmbeddedVault> vault = std::make_shared<EmbeddedVault>(store);
     std::shared_ptr<FakeTaskInstance> instance = std::make_shared<FakeTaskInstance>();
     VaultFileRow assembly;
+    VaultFileRow drawing;
     DoxCmdDataArray selection;
     RecordingPrompter prompter;
 
@@ -113,6 +119,78 @@ TEST_F(PrintLaunchTest, WithoutTheDialogTheSelectionAndItsAutoSelectedReferences
     EXPECT_EQ(selectedPaths(), (QStringList{"gearbox.mcdasm", "shaft.mcdprt|Long", "cover.mcdprt"}));
 }
 
+TEST_F(PrintLaunchTest, ASelectedFileIsListedOnceWhateverComesFirstAndCopiesGivenAtLaunchAreKept)
+{
+    // The drawing is selected and also a reference of the assembly listed before it.
+    selection.push_back({drawing.id, drawing.folderId, root() + "\\Parts\\gearbox.mcddrw", {}, DoxObject_File, 1});
+    instance->set("__printer_autoselectrefstype", Variant::fromI4(1));
+    instance->set("__printer_copycount", Variant::fromI4(2));
+    const auto d = dialog();
+    const FileRefTreeModel &tree = d->tree();
+    ASSERT_EQ(tree.rowCount({}), 2);
+    EXPECT_EQ(tree.rowCount(tree.index(0, 0)), 3); // shaft, cover, notes
+    EXPECT_EQ(tree.data(tree.index(1, 0), Qt::DisplayRole).toString(), "gearbox.mcddrw");
+    EXPECT_EQ(find<QLineEdit>(*d, "copiesEdit")->text(), "2");
+
+    instance->set("__printer_showprintdlg", Variant::fromBool(false));
+    DoxCmd cmd = command();
+    ASSERT_TRUE(runPrintLaunchDialog(vault, &cmd, selection, false));
+    EXPECT_EQ(selectedPaths(), (QStringList{"gearbox.mcdasm", "gearbox.mcddrw"}));
+    EXPECT_EQ(instance->value("__printer_copycount").toI4(), 2);
+}
+
+TEST_F(PrintLaunchTest, TheStoredPrinterIsOnlySelectedAndAnAbsentModePromptsWhenPrinting)
+{
+    instance->set("__printer_prnamelist", Variant::fromBStr("Plotter"));
+    {
+        // Mode 0: the stored printer is not added to a list that lacks it.
+        const auto d = dialog();
+        auto *printers = find<QComboBox>(*d, "printerCombo");
+        EXPECT_EQ(printers->count(), 1);
+        EXPECT_EQ(printers->currentIndex(), -1);
+        EXPECT_FALSE(printers->isEnabled());
+        EXPECT_TRUE(d->print());
+        EXPECT_FALSE(instance->writes().contains("__printer_prname"));
+    }
+    // Absent, the mode fills the dialog as mode 0 but "Print" takes the data as mode 1.
+    instance->remove("__printer_prseltype");
+    const auto d = dialog();
+    EXPECT_FALSE(find<QComboBox>(*d, "printerCombo")->isEnabled());
+    EXPECT_FALSE(d->print());
+    EXPECT_EQ(prompter.messages, QStringList{"No printer selected."});
+    instance->set("__printer_prname", Variant::fromBStr("Plotter"));
+    const auto again = dialog();
+    EXPECT_TRUE(again->print());
+    EXPECT_TRUE(instance->writes().contains("__printer_prname"));
+}
+
+TEST_F(PrintLaunchTest, TheVersionTipsComeFromTheReferenceDialogsTexts)
+{
+    MemoryFileSystem files;
+    ScopedFileSystem filesGuard(files);
+    files.addFile("/lang/DE/McTaskAddIn.json",
+                  R"({ "TS": { "123": "Beispiel", "124": "Anzahl" },
+                       "RefDlg": { "123": "Referenzierte Version", "124": "Neueste Version" } })");
+    Translator german("/lang/DE");
+    ScopedTranslator translatorGuard(german);
+    const auto d = dialog();
+    EXPECT_EQ(find<QWidget>(*d, "referencedButton")->toolTip(), "Referenzierte Version");
+    EXPECT_EQ(find<QWidget>(*d, "latestButton")->toolTip(), "Neueste Version");
+}
+
+TEST_F(PrintLaunchTest, AHostFailureInASlotIsShownAndTheDialogGoesOn)
+{
+    instance->set("__printer_prseltype", Variant::fromI4(2));
+    instance->failRead("__printer_papsize_A3", E_ACCESSDENIED);
+    const auto d = dialog();
+    auto *papers = find<QComboBox>(*d, "paperCombo");
+    papers->setCurrentIndex(papers->findText("A3"));
+    EXPECT_EQ(prompter.messages, QStringList{errorText(E_ACCESSDENIED)});
+    EXPECT_EQ(find<QComboBox>(*d, "printerCombo")->count(), 0);
+    papers->setCurrentIndex(papers->findText("A4"));
+    EXPECT_EQ(prompter.messages.size(), 1);
+}
+
 TEST_F(PrintLaunchTest, RefusalsKeepTheDialogOpenWithTheirMessages)
 {
     instance->set("__printer_prseltype", Variant::fromI4(1));
@@ -127,12 +205,18 @@ TEST_F(PrintLaunchTest, RefusalsKeepTheDialogOpenWithTheirMessages)
     EXPECT_EQ(prompter.messages.value(0), "No printer selected.");
     EXPECT_FALSE(instance->has("__printer_prname") && instance->value("__printer_prname").bstr() != "Nowhere");
 
+    // A refusal brings its control forward, from the other tab as well.
+    d->window()->show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(d->window()));
+    auto *tabs = find<QTabWidget>(*d, "tabWidget");
+    tabs->setCurrentIndex(1);
     printers->setCurrentIndex(1);
     auto *copies = find<QLineEdit>(*d, "copiesEdit");
     copies->setText("0");
     EXPECT_FALSE(d->print());
     EXPECT_EQ(prompter.messages.value(1), "Enter number of copies to print.");
-    EXPECT_EQ(QApplication::focusWidget() == copies || !d->window()->isVisible(), true);
+    EXPECT_EQ(tabs->currentIndex(), 0);
+    EXPECT_EQ(QApplication::focusWidget(), copies);
 
     // Four printable documents: the unsupported one has no check box.
     copies->setText("3");

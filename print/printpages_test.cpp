@@ -2,6 +2,7 @@
 
 #include "addin/mctaskaddin.h"
 #include "addin/module/setuppagefactory.h"
+#include "common/errortexts.h"
 #include "common/translator.h"
 #include "common/widgets/recordingprompter.h"
 #include "common/widgets/testing/widgetapp.h"
@@ -14,6 +15,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -64,6 +66,14 @@ protected:
 private:
     ScopedPrompter m_prompts;
 };
+
+TEST_F(PrintSetupTest, AdvancedScriptingOptionsShowsAFailedLoad)
+{
+    ASSERT_EQ(send(DoxCmd_TaskSetup, {}), S_OK);
+    props->failRead("__script", E_ACCESSDENIED);
+    find<QPushButton>(4, "advancedButton")->click();
+    EXPECT_EQ(prompter.messages, QStringList{errorText(E_ACCESSDENIED)});
+}
 
 TEST_F(PrintSetupTest, ANewPrintTaskConfirmedWithOkStoresThePageDefaults)
 {

@@ -4,6 +4,7 @@
 #include "common/widgets/icons.h"
 #include "common/widgets/prompter.h"
 #include "common/widgets/strwnd.h"
+#include "host/hostcall.h"
 #include "host/hosterror.h"
 #include "host/idoxtask.h"
 #include "print/filereftreemodel.h"
@@ -25,6 +26,7 @@ constexpr int ReferencedIcon = 156;
 constexpr int LatestIcon = 158;
 
 const QString PrintCaption = QStringLiteral("Print");
+const QString RefDlgSection = QStringLiteral("RefDlg");
 } // namespace
 
 PrintUIDlg::PrintUIDlg(std::shared_ptr<IDoxVault> vault, std::shared_ptr<IDoxTaskInstance> instance,
@@ -52,8 +54,10 @@ void PrintUIDlg::initialise()
 {
     (new StrWnd(m_dialog))->localise(QStringLiteral("PrintUIDlg"));
     m_dialog->setWindowTitle(text(PrintCaptionText, "Print"));
-    m_ui->referencedButton->setToolTip(text(ReferencedTipText, "Referenced version"));
-    m_ui->latestButton->setToolTip(text(LatestTipText, "Latest version"));
+    // The tool tips are texts of the reference dialog's section.
+    const Translator &translator = Translator::instance();
+    m_ui->referencedButton->setToolTip(translator.text(ReferencedTipText, QStringLiteral("Referenced version"), RefDlgSection));
+    m_ui->latestButton->setToolTip(translator.text(LatestTipText, QStringLiteral("Latest version"), RefDlgSection));
     m_ui->referencedButton->setIcon(ProjectIcons::icon(ReferencedIcon));
     m_ui->latestButton->setIcon(ProjectIcons::icon(LatestIcon));
     m_ui->copiesEdit->setValidator(new QIntValidator(m_ui->copiesEdit));
@@ -85,16 +89,28 @@ void PrintUIDlg::initialise()
     m_ui->portraitRadio->setEnabled(m_launch.orientationChangeable());
     m_ui->landscapeRadio->setEnabled(m_launch.orientationChangeable());
 
+    // A host failure in a slot must not unwind through the event loop: it is
+    // shown, and the controls show what the launch holds after it.
     QObject::connect(m_ui->paperCombo, &QComboBox::currentIndexChanged, m_dialog, [this](int index) {
         if (m_launch.printerMode() != PrinterBySize)
             return;
-        m_launch.selectPaper(index);
+        const HRESULT hr = hostCall([&] {
+            m_launch.selectPaper(index);
+            return S_OK;
+        });
         m_ui->printerCombo->clear();
         m_ui->printerCombo->addItems(m_launch.printers);
         m_ui->printerCombo->setCurrentIndex(m_launch.printerIndex);
+        if (failed(hr))
+            Prompter::showError(m_dialog, hr);
     });
     QObject::connect(m_ui->latestButton, &QToolButton::toggled, m_dialog, [this](bool latest) {
-        m_launch.setLatestVersion(latest);
+        const HRESULT hr = hostCall([&] {
+            m_launch.setLatestVersion(latest);
+            return S_OK;
+        });
+        if (failed(hr))
+            Prompter::showError(m_dialog, hr);
         m_tree->reload();
         m_ui->referenceTree->expandAll();
         updateTotal();

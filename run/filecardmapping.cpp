@@ -1,5 +1,6 @@
 #include "run/filecardmapping.h"
 
+#include "base/leadinginteger.h"
 #include "macro/dateformat.h"
 #include "run/filerecord.h"
 
@@ -17,7 +18,7 @@ std::vector<FileCardRow> parseFileCardData(const QString &stored)
         row.destination = line.left(first).toString();
         const QStringView rest = line.mid(first + 1);
         const qsizetype second = rest.indexOf(QLatin1Char(';'));
-        row.kind = (second < 0 ? rest : rest.left(second)).toInt();
+        row.kind = leadingInteger((second < 0 ? rest : rest.left(second)).toString());
         if (second >= 0)
             row.text = rest.mid(second + 1).toString();
         rows.push_back(std::move(row));

@@ -35,7 +35,8 @@ struct FileCardRow {
 
 // The stored form: one "destination;kind;text" line per row, each ended by a
 // line feed. The text is everything after the second ";"; empty lines are
-// skipped and a kind that is no number reads as 0.
+// skipped and the kind is its leading integer, as the other stored lists read
+// numbers (0 when there is none).
 std::vector<FileCardRow> parseFileCardData(const QString &stored);
 QString formatFileCardData(const std::vector<FileCardRow> &rows);
 

@@ -18,9 +18,11 @@ TEST(FileCardData, StoredFormReadsBackRowByRow)
     EXPECT_EQ(parseFileCardData(stored), rows);
     EXPECT_EQ(formatFileCardData({}), "");
 
-    // Empty lines are skipped; a kind that is no number reads as 0; a line
-    // without ";" is a destination alone.
-    EXPECT_THAT(parseFileCardData("\n\nA;x;t\nB\n"), ElementsAre(FileCardRow{"A", 0, "t"}, FileCardRow{"B", 0, ""}));
+    // Empty lines are skipped; the kind is its leading integer (0 when there
+    // is none); a line without ";" is a destination alone.
+    EXPECT_THAT(parseFileCardData("\n\nA;x;t\nB\nC;8 ;c\nD; 100x;Number\n"),
+                ElementsAre(FileCardRow{"A", 0, "t"}, FileCardRow{"B", 0, ""}, FileCardRow{"C", 8, "c"},
+                            FileCardRow{"D", 100, "Number"}));
 }
 
 TEST(FileCardData, EachKindTakesItsValueFromTheSourceOrTheRow)

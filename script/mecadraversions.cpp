@@ -1,5 +1,7 @@
 #include "script/mecadraversions.h"
 
+#include "base/leadinginteger.h"
+
 #include <algorithm>
 
 namespace {
@@ -15,11 +17,11 @@ std::pair<QString, QString> splitFirstWord(const QString &text)
 
 } // namespace
 
-int mecadraReleaseYear(const QString &productName)
+MecadraRelease mecadraRelease(const QString &productName)
 {
     const auto [product, rest] = splitFirstWord(productName);
     if (product.compare(QLatin1String("Mecadra"), Qt::CaseInsensitive) != 0)
-        return 0;
+        return {};
     auto [yearText, remainder] = splitFirstWord(rest);
     if (remainder.startsWith(QLatin1String("x64"), Qt::CaseInsensitive))
         remainder = splitFirstWord(remainder.mid(3).trimmed()).second; // "x64 Edition ..."
@@ -28,10 +30,12 @@ int mecadraReleaseYear(const QString &productName)
         return remainder.startsWith(QLatin1String(word), Qt::CaseSensitive);
     });
     if (!release)
-        return 0;
-    bool ok = false;
-    const int year = yearText.toInt(&ok, 10);
-    return ok && year >= 2008 ? year : 0;
+        return {};
+    // The year is the number the word begins with ("2013a" is 2013).
+    const int year = leadingInteger(yearText);
+    if (year < 2008)
+        return {};
+    return {yearText, year};
 }
 
 std::vector<VersionChoice> mecadraVersionChoices(const std::vector<InstalledProducts::Product> &products,
@@ -41,12 +45,12 @@ std::vector<VersionChoice> mecadraVersionChoices(const std::vector<InstalledProd
     for (const InstalledProducts::Product &product : products) {
         if (product.name.isEmpty())
             continue;
-        const int year = mecadraReleaseYear(product.name.left(260));
-        if (year == 0)
+        const MecadraRelease release = mecadraRelease(product.name.left(260));
+        if (release.year == 0)
             continue;
-        const QString text = QStringLiteral("Mecadra %1").arg(year);
+        const QString text = QStringLiteral("Mecadra ") + release.yearText;
         if (std::none_of(choices.begin(), choices.end(), [&](const VersionChoice &c) { return c.text == text; }))
-            choices.push_back({text, year});
+            choices.push_back({text, release.year});
     }
     choices.push_back({useDefaultText, 0});
     std::stable_sort(choices.begin(), choices.end(), [](const VersionChoice &a, const VersionChoice &b) {

@@ -14,9 +14,15 @@ struct VersionChoice {
     bool operator==(const VersionChoice &) const = default;
 };
 
-// The release year of an installed product's name, or 0 when the name is no
-// Mecadra release ("Mecadra 2013 x64 Edition SP2.0" gives 2013).
-int mecadraReleaseYear(const QString &productName);
+// The release of an installed product's name: the word that names its
+// year and the year it begins with ("Mecadra 2013a x64 Edition SP2.0" gives
+// "2013a" and 2013); year 0 when the name is no Mecadra release.
+struct MecadraRelease {
+    QString yearText;
+    int year = 0;
+    bool operator==(const MecadraRelease &) const = default;
+};
+MecadraRelease mecadraRelease(const QString &productName);
 
 std::vector<VersionChoice> mecadraVersionChoices(const std::vector<InstalledProducts::Product> &products,
                                                  const QString &useDefaultText);

@@ -17,6 +17,8 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cstdint>
+#include <vector>
 
 namespace {
 
@@ -30,17 +32,112 @@ struct KindEntry {
 const KindEntry KindEntries[] = {{89, "File Conversion", 1}, {90, "Printing", 2}, {91, "General", 3}};
 
 // The editor shows lines; the script keeps the line ends it came with
-// (the templates end theirs with CR LF).
+// (the templates end theirs with CR LF, a pasted line may not).
 QString shownText(const QString &script)
 {
     QString text = script;
     return text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
 }
 
-QString scriptText(const QString &shown, bool crlf)
+// The editor's text with the line ends of base, the script it was shown
+// from: every line that is still there keeps its own end; lines typed in
+// place of others take the ends of the lines they replace, further new lines
+// the end of the line before them.
+QString scriptText(const QString &shown, const QString &base)
 {
-    QString text = shown;
-    return crlf ? text.replace(QLatin1Char('\n'), QLatin1String("\r\n")) : text;
+    struct Line {
+        QStringView text;
+        QStringView end;
+    };
+    const auto split = [](QStringView text, bool crlf) {
+        std::vector<Line> lines;
+        for (qsizetype start = 0;;) {
+            const qsizetype lf = text.indexOf(u'\n', start);
+            if (lf < 0) {
+                lines.push_back({text.mid(start), {}});
+                return lines;
+            }
+            const bool cr = crlf && lf > start && text[lf - 1] == u'\r';
+            lines.push_back({text.mid(start, lf - start - (cr ? 1 : 0)), text.mid(lf - (cr ? 1 : 0), cr ? 2 : 1)});
+            start = lf + 1;
+        }
+    };
+    const std::vector<Line> before = split(base, true);
+    std::vector<Line> after = split(shown, false);
+    const std::size_t m = before.size();
+    const std::size_t n = after.size();
+
+    // Lines still there: the longest common subsequence, inside the common
+    // head and tail that a single edit leaves.
+    std::size_t head = 0;
+    while (head < m && head < n && before[head].text == after[head].text)
+        ++head;
+    std::size_t tail = 0;
+    while (tail < m - head && tail < n - head && before[m - 1 - tail].text == after[n - 1 - tail].text)
+        ++tail;
+    const std::size_t rows = m - head - tail;
+    const std::size_t cols = n - head - tail;
+    std::vector<std::uint32_t> lcs((rows + 1) * (cols + 1), 0);
+    const auto at = [&](std::size_t i, std::size_t j) -> std::uint32_t & { return lcs[i * (cols + 1) + j]; };
+    for (std::size_t i = rows; i-- > 0;)
+        for (std::size_t j = cols; j-- > 0;)
+            at(i, j) = before[head + i].text == after[head + j].text ? at(i + 1, j + 1) + 1
+                                                                     : std::max(at(i + 1, j), at(i, j + 1));
+    std::vector<std::pair<std::size_t, std::size_t>> kept; // (line of base, line of the editor)
+    for (std::size_t i = 0; i < head; ++i)
+        kept.emplace_back(i, i);
+    for (std::size_t i = 0, j = 0; i < rows && j < cols;) {
+        if (before[head + i].text == after[head + j].text) {
+            kept.emplace_back(head + i++, head + j++);
+        } else if (at(i + 1, j) >= at(i, j + 1)) {
+            ++i;
+        } else {
+            ++j;
+        }
+    }
+    for (std::size_t k = tail; k > 0; --k)
+        kept.emplace_back(m - k, n - k);
+    kept.emplace_back(m, n); // the end of both
+
+    // The end of a line of base, or of the nearest one before it that has one.
+    const auto endOf = [&](std::size_t line) -> QStringView {
+        for (std::size_t j = std::min(line, m - 1) + 1; j-- > 0;)
+            if (!before[j].end.isEmpty())
+                return before[j].end;
+        return u"\n";
+    };
+    std::size_t previousBase = 0;
+    std::size_t previousShown = 0;
+    bool started = false;
+    for (const auto &[baseLine, shownLine] : kept) {
+        // The lines between two kept ones: edited in place, or new.
+        const std::size_t firstBase = started ? previousBase + 1 : 0;
+        const std::size_t firstShown = started ? previousShown + 1 : 0;
+        const std::size_t replaced = baseLine - firstBase;
+        for (std::size_t k = 0; firstShown + k < shownLine; ++k) {
+            Line &line = after[firstShown + k];
+            if (k < replaced)
+                line.end = endOf(firstBase + k);
+            else if (replaced > 0)
+                line.end = endOf(baseLine - 1);
+            else
+                line.end = started ? endOf(previousBase) : endOf(0);
+        }
+        if (shownLine < n)
+            after[shownLine].end = endOf(baseLine);
+        previousBase = baseLine;
+        previousShown = shownLine;
+        started = true;
+    }
+    after.back().end = {}; // the last line has no end
+
+    QString text;
+    text.reserve(shown.size() + shown.size() / 16);
+    for (const Line &line : after) {
+        text += line.text;
+        text += line.end;
+    }
+    return text;
 }
 
 QString loadTemplate(std::int32_t kind)
@@ -271,7 +368,7 @@ void CScriptPageDlg::buildWindow(QWidget *window)
     QObject::connect(m_ui->scriptEdit, &QPlainTextEdit::textChanged, window, [this] {
         if (m_showing)
             return;
-        m_editorText = scriptText(m_ui->scriptEdit->toPlainText(), m_crlf);
+        m_editorText = scriptText(m_ui->scriptEdit->toPlainText(), m_shownScript);
         if (!m_pageMode) {
             m_resetEnabled = true;
             m_ui->resetButton->setEnabled(true);
@@ -303,7 +400,7 @@ void CScriptPageDlg::showEditorText()
 {
     if (!m_window)
         return;
-    m_crlf = m_editorText.contains(QLatin1String("\r\n"));
+    m_shownScript = m_editorText;
     const QString shown = shownText(m_editorText);
     if (m_ui->scriptEdit->toPlainText() == shown)
         return;
@@ -341,9 +438,13 @@ HRESULT runAdvancedScriptingOptions(IDoxTaskProperties &props, std::int32_t task
                                     TextLookup text)
 {
     CScriptPageDlg dialog(false, taskType, std::move(text));
-    if (const HRESULT hr = dialog.load(props); failed(hr))
-        return hr;
-    if (!dialog.exec(parent))
-        return S_FALSE;
-    return dialog.save(props);
+    HRESULT hr = dialog.load(props);
+    if (succeeded(hr)) {
+        if (!dialog.exec(parent))
+            return S_FALSE;
+        hr = dialog.save(props);
+    }
+    if (failed(hr))
+        Prompter::showError(parent, hr);
+    return hr;
 }

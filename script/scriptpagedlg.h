@@ -108,11 +108,12 @@ private:
     std::unique_ptr<Ui::ScriptPageDlg> m_ui;
     QPointer<QMenu> m_macroMenu;
     bool m_showing = false; // values are going into the controls
-    bool m_crlf = false;    // the shown script's lines end with CR LF
+    QString m_shownScript;  // the script the editor was last filled from
 };
 
 // "Advanced Scripting Options" for a task of any kind: loads the page in
 // dialog mode from props, runs it and saves when it ends with "OK". S_FALSE
-// when cancelled; a host failure of the load or the save is returned.
+// when cancelled; a host failure of the load or the save is shown over
+// parent and returned.
 HRESULT runAdvancedScriptingOptions(IDoxTaskProperties &props, std::int32_t taskType, QWidget *parent,
                                     TextLookup text = {});

@@ -11,6 +11,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
+#include <QTextBlock>
 #include <QTimer>
 #include <gtest/gtest.h>
 
@@ -182,18 +183,33 @@ TEST_F(ScriptWindowTest, TheWindowShowsTheValuesAndSortedLists)
     EXPECT_EQ(props.value("__mc_version").toI4(), 2013);
 }
 
-TEST_F(ScriptWindowTest, EditingKeepsTheScriptsLineEnds)
+TEST_F(ScriptWindowTest, EditingKeepsEachLinesEnd)
 {
-    props.set("__script", Variant::fromBStr("Sub main\r\nEnd Sub\r\n"));
+    // A template with one line ended by a lone LF among CR LF lines.
+    const QString stored = "Sub main\r\n    x = 1\nEnd Sub\r\n";
+    props.set("__script", Variant::fromBStr(stored));
     auto script = page(true, 3);
     QWidget *window = script->create(&host);
     ASSERT_EQ(script->load(props), S_OK);
     auto *editor = window->findChild<QPlainTextEdit *>("scriptEdit");
-    EXPECT_EQ(editor->toPlainText(), "Sub main\nEnd Sub\n");
+    EXPECT_EQ(editor->toPlainText(), "Sub main\n    x = 1\nEnd Sub\n");
+
+    // Edit the middle line, then take the edit back: stored as it was.
+    QTextCursor cursor(editor->document()->findBlockByNumber(1));
+    cursor.movePosition(QTextCursor::EndOfBlock);
+    cursor.insertText("0");
+    EXPECT_EQ(script->editorText(), "Sub main\r\n    x = 10\nEnd Sub\r\n");
+    cursor.deletePreviousChar();
+    EXPECT_EQ(script->editorText(), stored);
+
+    // A line typed after the last one, and one inserted after the first.
     editor->moveCursor(QTextCursor::End);
     editor->insertPlainText("' done");
+    QTextCursor first(editor->document()->findBlockByNumber(0));
+    first.movePosition(QTextCursor::EndOfBlock);
+    first.insertText("\n    y = 2");
     ASSERT_EQ(script->save(props), S_OK);
-    EXPECT_EQ(props.value("__script").bstr(), "Sub main\r\nEnd Sub\r\n' done");
+    EXPECT_EQ(props.value("__script").bstr(), "Sub main\r\n    y = 2\r\n    x = 1\nEnd Sub\r\n' done");
 }
 
 TEST_F(ScriptWindowTest, InsertMacroReplacesTheSelectionAsOneUndoStep)

@@ -1,6 +1,5 @@
 #include "script/selectiondlg.h"
 
-#include "common/errortexts.h"
 #include "common/translator.h"
 #include "common/widgets/icons.h"
 #include "common/widgets/prompter.h"
@@ -90,8 +89,9 @@ private:
 
 } // namespace
 
-CSelectionDlg::CSelectionDlg(std::shared_ptr<IDoxVault> vault, QString vaultRoot, QString name, TextLookup text)
-    : m_vault(std::move(vault)), m_root(std::move(vaultRoot)), m_name(std::move(name)), m_text(std::move(text))
+CSelectionDlg::CSelectionDlg(std::shared_ptr<IDoxVault> vault, QString vaultRoot, QString name,
+                             const Translator *translator)
+    : m_vault(std::move(vault)), m_root(std::move(vaultRoot)), m_name(std::move(name)), m_translator(translator)
 {
 }
 
@@ -100,14 +100,19 @@ CSelectionDlg::~CSelectionDlg()
     delete m_dialog.data();
 }
 
-QString CSelectionDlg::text(std::int32_t number, const char *english) const
+const Translator &CSelectionDlg::translator() const
 {
-    return lookupText(m_text, number, english);
+    return m_translator ? *m_translator : Translator::instance();
 }
 
-QString CSelectionDlg::filterText()
+QString CSelectionDlg::text(std::int32_t number, const char *english) const
 {
-    const Translator &translator = Translator::instance();
+    return translator().text(number, QString::fromLatin1(english));
+}
+
+QString CSelectionDlg::filterText() const
+{
+    const Translator &translator = this->translator();
     QString filter;
     for (const FilterEntry &entry : filterEntries()) {
         QStringList patterns;
@@ -172,7 +177,7 @@ void CSelectionDlg::showMessage(const QString &message)
 
 void CSelectionDlg::showFailure(HRESULT hr)
 {
-    Prompter::instance().message(m_dialog, errorText(hr), MessageCaption, Prompter::Icon::Warning);
+    Prompter::showError(m_dialog, hr);
 }
 
 void CSelectionDlg::addFiles()
@@ -258,7 +263,7 @@ QDialog *CSelectionDlg::create(QWidget *parent)
     m_ui = std::make_unique<Ui::SelectionDlg>();
     m_ui->setupUi(m_dialog);
     m_dialog->setSizeGripEnabled(true);
-    (new StrWnd(m_dialog))->localise(QStringLiteral("SelectionDlg"));
+    (new StrWnd(m_dialog))->localise(QStringLiteral("SelectionDlg"), translator());
     if (!m_name.isEmpty())
         m_dialog->setWindowTitle(caption());
 
@@ -295,11 +300,11 @@ bool CSelectionDlg::exec(QWidget *parent)
 }
 
 HRESULT runSelectionDialog(HostWindow owner, const std::shared_ptr<IDoxVault> &vault, const QString &vaultRoot,
-                           DoxCmdDataArray &selection, TextLookup text)
+                           DoxCmdDataArray &selection, const Translator *translator)
 {
     if (!vault)
         return E_POINTER;
-    CSelectionDlg dialog(vault, vaultRoot, QString(), std::move(text));
+    CSelectionDlg dialog(vault, vaultRoot, QString(), translator);
     if (!dialog.exec(owner))
         return S_FALSE;
     selection = dialog.result();

@@ -11,6 +11,7 @@
 
 class IDoxVault;
 class QListWidget;
+class Translator;
 
 namespace Ui {
 class SelectionDlg;
@@ -35,13 +36,16 @@ public:
     using Entries = std::map<QString, Entry>;
 
     // name: what the task is called in the caption; empty keeps "Task".
-    CSelectionDlg(std::shared_ptr<IDoxVault> vault, QString vaultRoot, QString name = {}, TextLookup text = {});
+    // Every text of the dialog (numbered texts, file type names, control
+    // texts) comes from translator, the process-wide one when none is given.
+    CSelectionDlg(std::shared_ptr<IDoxVault> vault, QString vaultRoot, QString name = {},
+                  const Translator *translator = nullptr);
     ~CSelectionDlg();
     CSelectionDlg(const CSelectionDlg &) = delete;
     CSelectionDlg &operator=(const CSelectionDlg &) = delete;
 
     // The filter of "Add Files...": "Name (*.a;*.b)|*.a; *.b|...||".
-    static QString filterText();
+    QString filterText() const;
 
     // The caption for a named task; empty keeps the form's own.
     QString caption() const;
@@ -69,6 +73,7 @@ public:
     bool exec(QWidget *parent);
 
 private:
+    const Translator &translator() const;
     QString text(std::int32_t number, const char *english) const;
     void showMessage(const QString &message);
     void showFailure(HRESULT hr);
@@ -77,7 +82,7 @@ private:
     std::shared_ptr<IDoxVault> m_vault;
     QString m_root;
     QString m_name;
-    TextLookup m_text;
+    const Translator *m_translator;
     Entries m_entries;
     QStringList m_rows;
 
@@ -88,4 +93,4 @@ private:
 // The selection dialog of a launch over owner: S_OK with the chosen items
 // replacing selection, S_FALSE when the user cancelled.
 HRESULT runSelectionDialog(HostWindow owner, const std::shared_ptr<IDoxVault> &vault, const QString &vaultRoot,
-                           DoxCmdDataArray &selection, TextLookup text = {});
+                           DoxCmdDataArray &selection, const Translator *translator = nullptr);

@@ -1,10 +1,12 @@
 #include "script/selectiondlg.h"
 
 #include "common/errortexts.h"
+#include "common/translator.h"
 #include "common/widgets/recordingprompter.h"
 #include "common/widgets/testing/widgetapp.h"
 #include "host/testing/fakevault.h"
 #include "host/testing/mockvault.h"
+#include "platform/memoryfilesystem.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -22,6 +24,37 @@ using testing::Return;
 using testing::SetArgReferee;
 
 const QString Root = QStringLiteral("V:\\Demo");
+
+// The filter of "Add Files..." with the English type names.
+const QString EnglishFilter = QStringLiteral(
+    "Mecadra Files (*.mcdasm;*.mcdprt;*.mcddrw)|*.mcdasm; *.mcdprt; *.mcddrw|"
+    "Part (*.prt;*.mcdprt)|*.prt; *.mcdprt|"
+    "Assembly (*.asm;*.mcdasm)|*.asm; *.mcdasm|"
+    "Drawing (*.drw;*.mcddrw)|*.drw; *.mcddrw|"
+    "DXF (*.dxf)|*.dxf|"
+    "DWG (*.dwg)|*.dwg|"
+    "Adobe Photoshop Files (*.psd)|*.psd|"
+    "Adobe Illustrator Files (*.ai)|*.ai|"
+    "Lib Feat Part (*.lfp;*.mcdlfp)|*.lfp; *.mcdlfp|"
+    "Template (*.prtdot;*.asmdot;*.drwdot)|*.prtdot; *.asmdot; *.drwdot|"
+    "Parasolid (*.x_t;*.x_b;*.xmt_txt;*.xmt_bin)|*.x_t; *.x_b; *.xmt_txt; *.xmt_bin|"
+    "IGES (*.igs;*.iges)|*.igs; *.iges|"
+    "STEP AP203/214 (*.step;*.stp)|*.step; *.stp|"
+    "ACIS (*.sat)|*.sat|"
+    "VDAFS (*.vda)|*.vda|"
+    "VRML (*.wrl)|*.wrl|"
+    "STL (*.stl)|*.stl|"
+    "Korinth Graphics (*.kgr)|*.kgr|"
+    "ProE Part (*.prt;*.prt;*.xpr)|*.prt; *.prt; *.xpr|"
+    "ProE Assembly (*.asm;*.asm;*.xas)|*.asm; *.asm; *.xas|"
+    "UGII (*.prt)|*.prt|"
+    "Inventor Part (*.ipt)|*.ipt|"
+    "Inventor Assembly (*.iam)|*.iam|"
+    "Solid Edge Part (*.par;*.psm)|*.par; *.psm|"
+    "Solid Edge Assembly (*.asm)|*.asm|"
+    "CADKEY (*.prt;*.cdk)|*.prt; *.cdk|"
+    "IDF (*.emn;*.brd;*.dbf;*.idb)|*.emn; *.brd; *.dbf; *.idb|"
+    "Rhino (*.3dm)|*.3dm||");
 
 class TestFolder final : public IDoxFolder
 {
@@ -43,10 +76,11 @@ protected:
     SelectionDlgTest() : m_prompts(prompter) {}
 
     // The vault's file picker answers these files, each in folder 7.
-    void pickFiles(std::vector<std::shared_ptr<IDoxFile>> files)
+    void pickFiles(std::vector<std::shared_ptr<IDoxFile>> files, const QString &title = "Select Files",
+                   const QString &filter = EnglishFilter)
     {
         std::vector<std::shared_ptr<IDoxFolder>> folders(files.size(), std::make_shared<TestFolder>(7, Root + "\\Parts"));
-        EXPECT_CALL(*vault, BrowseForFiles(_, QString("Select Files"), CSelectionDlg::filterText(), _, _))
+        EXPECT_CALL(*vault, BrowseForFiles(_, title, filter, _, _))
             .WillOnce(DoAll(SetArgReferee<3>(files), SetArgReferee<4>(folders), Return(S_OK)));
     }
 
@@ -94,11 +128,16 @@ TEST_F(SelectionDlgTest, ResultIsOrderedByDisplayedPathWithOneRecordPerEntry)
 
 TEST_F(SelectionDlgTest, WindowAddsRemovesWithDeleteAndRefusesAnEmptyList)
 {
-    CSelectionDlg dialog(vault, Root, "Print Drawings", [](std::int32_t number, const QString &english) {
-        return number == 161 ? QStringLiteral("Auswahl für %s") : english;
-    });
+    // The dialog's own translator, not the process-wide one, gives every text.
+    MemoryFileSystem files;
+    ScopedFileSystem filesGuard(files);
+    files.addFile("/lang/DE/McTaskAddIn.json", R"({ "TS": { "161": "Auswahl für %s", "5": "Dateien wählen", "Part": "Teil" },
+                                                   "SelectionDlg": { "addFiles213": "Dateien hinzufügen..." } })");
+    const Translator german("/lang/DE");
+    CSelectionDlg dialog(vault, Root, "Print Drawings", &german);
     QDialog *window = dialog.create(nullptr);
     EXPECT_EQ(window->windowTitle(), "Auswahl für Print Drawings");
+    EXPECT_EQ(window->findChild<QPushButton *>("addFiles213")->text(), "Dateien hinzufügen...");
     auto *list = window->findChild<QListWidget *>("list209");
     auto *remove = window->findChild<QPushButton *>("remove215");
     QPushButton *ok = window->findChild<QDialogButtonBox *>("buttons")->button(QDialogButtonBox::Ok);
@@ -112,7 +151,8 @@ TEST_F(SelectionDlgTest, WindowAddsRemovesWithDeleteAndRefusesAnEmptyList)
     EXPECT_FALSE(remove->isEnabled());
 
     pickFiles({std::make_shared<FakeFile>(4, Root + "\\a.mcdprt", 7), std::make_shared<FakeFile>(5, Root + "\\b.mcddrw", 7),
-               std::make_shared<FakeFile>(6, Root + "\\c.mcdasm", 7)});
+               std::make_shared<FakeFile>(6, Root + "\\c.mcdasm", 7)},
+              "Dateien wählen", QString(EnglishFilter).replace("|Part (", "|Teil ("));
     window->findChild<QPushButton *>("addFiles213")->click();
     ASSERT_EQ(list->count(), 3);
     EXPECT_FALSE(list->item(0)->icon().isNull());

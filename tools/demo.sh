@@ -89,7 +89,7 @@ id=$(mctask task launch "Print" 'V:\Parts\gearbox.mcdasm' | tail -1)
 mctask task run "$id" || true
 mctask task details "$id"
 if [ "$printer" = McPdf ]; then
-  for _ in $(seq 50); do [ "$(ls "$work/cups/out" | wc -l)" -ge 2 ] && break; sleep 0.2; done
+  for _ in $(seq 50); do [ "$(ls "$work/cups/out"/*.pdf 2>/dev/null | wc -l)" -ge 2 ] && break; sleep 0.2; done
   echo "The queue's PDFs:"
   ls -l "$work/cups/out"
 fi

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # A CUPS server of one's own for the demo: configuration, spool and socket in
 # DIR, one raw queue QUEUE whose backend writes every job as a PDF into
-# DIR/out. Nothing of the machine's print set-up is touched.
+# DIR/out, with the job's number of copies in job-N.copies. Nothing of the
+# machine's print set-up is touched.
 #   tools/privatecups.sh start DIR QUEUE   prints the socket to use as CUPS_SERVER
 #   tools/privatecups.sh stop DIR
 set -euo pipefail
@@ -22,6 +23,7 @@ if [ $# -eq 0 ]; then echo 'direct pdffolder "Unknown" "PDF folder"'; exit 0; fi
 out="${DEVICE_URI#pdffolder:}/job-$1.pdf"
 if [ $# -ge 6 ]; then cp "$6" "$out"; else cat > "$out"; fi
 chmod 0644 "$out"
+echo "$4" > "${out%.pdf}.copies"
 BACKEND
 # Owner-only: cupsd runs such a backend as the user it runs as.
 chmod 0700 "$dir/bin/backend/pdffolder"

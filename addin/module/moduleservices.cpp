@@ -56,7 +56,7 @@ public:
     HRESULT runSelectionDialog(HostWindow owner, const std::shared_ptr<IDoxVault> &vault, const QString &vaultRoot,
                                DoxCmdDataArray &selection) override
     {
-        return ::runSelectionDialog(owner, vault, vaultRoot, selection, &moduleText);
+        return ::runSelectionDialog(owner, vault, vaultRoot, selection);
     }
     bool runPrintLaunchDialog(const std::shared_ptr<IDoxVault> &vault, DoxCmd &cmd, DoxCmdDataArray &selection,
                               bool show) override

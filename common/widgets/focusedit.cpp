@@ -1,6 +1,9 @@
 #include "common/widgets/focusedit.h"
 
+#include <QContextMenuEvent>
 #include <QKeyEvent>
+#include <QMenu>
+#include <QMouseEvent>
 
 FocusEdit::FocusEdit(QWidget *parent) : QLineEdit(parent)
 {
@@ -50,13 +53,43 @@ void FocusEdit::keyPressEvent(QKeyEvent *event)
         event->accept();
         return;
     }
+    // Every character, control characters (Backspace, Ctrl+A) included.
     const QString typed = event->text();
-    if (typed.size() == 1 && typed[0].isPrint() && m_listener
-        && m_listener->characterTyped(*this, typed[0], event->isAutoRepeat())) {
+    if (typed.size() == 1 && m_listener && m_listener->characterTyped(*this, typed[0], event->isAutoRepeat())) {
         event->accept();
         return;
     }
     QLineEdit::keyPressEvent(event);
-    if (event->matches(QKeySequence::Paste) && m_listener)
+    if (event->matches(QKeySequence::Paste))
+        notifyPasted();
+}
+
+void FocusEdit::contextMenuEvent(QContextMenuEvent *event)
+{
+    // The standard menu, with its "Paste" heard like the keyboard's.
+    QMenu *menu = createStandardContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    // Newer Qt names the action; older Qt only gives it the line edit's own
+    // (translated) text, followed by its shortcut.
+    for (QAction *action : menu->actions())
+        if (action->objectName() == QLatin1String("edit-paste")
+            || action->text().section(QLatin1Char('\t'), 0, 0) == QLineEdit::tr("&Paste"))
+            connect(action, &QAction::triggered, this, &FocusEdit::notifyPasted);
+    menu->popup(event->globalPos());
+    event->accept();
+}
+
+void FocusEdit::mouseReleaseEvent(QMouseEvent *event)
+{
+    // A middle click pastes the selection where the platform has one.
+    const QString before = text();
+    QLineEdit::mouseReleaseEvent(event);
+    if (event->button() == Qt::MiddleButton && text() != before)
+        notifyPasted();
+}
+
+void FocusEdit::notifyPasted()
+{
+    if (m_listener)
         m_listener->pasted(*this);
 }

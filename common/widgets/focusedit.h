@@ -11,8 +11,10 @@ class FocusEditValue
 public:
     virtual ~FocusEditValue() = default;
     virtual void valueCommitted(FocusEdit &edit, const QString &text) = 0;
-    // A typed character before the edit sees it; true when handled.
+    // A typed character (control characters too) before the edit sees it;
+    // true when handled.
     virtual bool characterTyped(FocusEdit &, QChar, bool /*autoRepeat*/) { return false; }
+    // After a paste from the keyboard, the context menu or a middle click.
     virtual void pasted(FocusEdit &) {}
 };
 
@@ -42,8 +44,12 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    void notifyPasted();
+
     FocusEditValue *m_listener = nullptr;
     QHash<QString, Name> m_names;
     bool m_live = false;

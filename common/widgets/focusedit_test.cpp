@@ -2,7 +2,11 @@
 
 #include "common/widgets/testing/widgetapp.h"
 
+#include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
 #include <QDialog>
 #include <QPushButton>
 #include <QTest>
@@ -92,11 +96,33 @@ TEST_F(FocusEditTest, TheListenerSeesCharactersFirstAndHearsOfPastes)
     listener.swallow = "-";
     QTest::keyClicks(edit, "1-2");
     EXPECT_EQ(edit->text(), "12");
+    // Control characters too: Backspace and Ctrl+A reach the hook first.
+    listener.swallow = QString(QChar(0x08)) + QChar(0x01);
+    QTest::keyClick(edit, Qt::Key_Backspace);
+    EXPECT_EQ(edit->text(), "12");
+    QKeyEvent selectAll(QEvent::KeyPress, Qt::Key_A, Qt::ControlModifier, QString(QChar(0x01)));
+    QApplication::sendEvent(edit, &selectAll);
+    EXPECT_FALSE(edit->hasSelectedText());
 
     QGuiApplication::clipboard()->setText("34");
     QTest::keyClick(edit, Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(listener.pastes, 1);
     EXPECT_EQ(edit->text(), "1234");
+
+    // "Paste" of the context menu.
+    QGuiApplication::clipboard()->setText("5");
+    QContextMenuEvent request(QContextMenuEvent::Mouse, QPoint(2, 2), edit->mapToGlobal(QPoint(2, 2)));
+    QApplication::sendEvent(edit, &request);
+    QMenu *menu = edit->findChild<QMenu *>();
+    ASSERT_TRUE(menu);
+    QAction *paste = nullptr;
+    for (QAction *action : menu->actions())
+        if (action->text().startsWith("&Paste"))
+            paste = action;
+    ASSERT_TRUE(paste);
+    paste->trigger();
+    EXPECT_EQ(edit->text(), "12345");
+    EXPECT_EQ(listener.pastes, 2);
 }
 
 } // namespace

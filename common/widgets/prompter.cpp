@@ -1,5 +1,7 @@
 #include "common/widgets/prompter.h"
 
+#include "common/errortexts.h"
+
 #include <QApplication>
 #include <QMessageBox>
 #include <atomic>
@@ -66,4 +68,9 @@ Prompter &Prompter::instance()
 Prompter *Prompter::setInstance(Prompter *prompter)
 {
     return g_override.exchange(prompter);
+}
+
+void Prompter::showError(QWidget *parent, HRESULT hr)
+{
+    instance().message(parent, errorText(hr), AddInMessageCaption, Icon::Warning);
 }

@@ -1,8 +1,13 @@
 #pragma once
 
+#include "host/hresult.h"
+
 #include <QString>
 
 class QWidget;
+
+// The caption of the add-in's own message boxes.
+inline const QString AddInMessageCaption = QStringLiteral("Mecadra Task Add-in");
 
 // Every message box of the add-in goes through the prompter, so tests read
 // and answer them and a program without a screen never waits on one.
@@ -20,6 +25,10 @@ public:
     // widgets the messages go to stderr and questions are answered "No".
     static Prompter &instance();
     static Prompter *setInstance(Prompter *prompter);
+
+    // A failed host call as a person reads it: its error text, as a warning
+    // under the add-in's caption.
+    static void showError(QWidget *parent, HRESULT hr);
 };
 
 // Installs a prompter for the lifetime of the guard (tests).

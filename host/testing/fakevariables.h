@@ -31,6 +31,7 @@ public:
     }
 
     void set(const QString &name, const Variant &value) { m_values.insert(name, value); }
+    void remove(const QString &name) { m_values.remove(name); }
     bool has(const QString &name) const { return m_values.contains(name); }
     Variant value(const QString &name) const { return m_values.value(name); }
     void failRead(const QString &name, HRESULT hr) { m_failRead.insert(name, hr); }

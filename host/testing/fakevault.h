@@ -133,6 +133,8 @@ public:
     }
     HRESULT GetCardVariableNames(QStringList &names) override
     {
+        if (const HRESULT hr = failure(QStringLiteral("GetCardVariableNames")); failed(hr))
+            return hr;
         names = cardVariables;
         return S_OK;
     }

@@ -146,9 +146,15 @@ TEST_F(PrintRunTest, JobsForAPrintQueueReachThePrivateCupsServerAsPdfs)
         QFile pdf(QDir(cups.outFolder()).filePath(job));
         ASSERT_TRUE(pdf.open(QIODevice::ReadOnly)) << job.toStdString();
         EXPECT_TRUE(pdf.read(5) == "%PDF-") << job.toStdString();
+        // The copies given at launch reach the queue.
+        EXPECT_EQ(cups.copies(job), 2) << job.toStdString();
     }
-    for (const QJsonObject &job : spool())
+    const QList<QJsonObject> printed = spool();
+    ASSERT_EQ(printed.size(), 2);
+    for (const QJsonObject &job : printed) {
         EXPECT_EQ(job["printer"], QJsonValue("McPdf"));
+        EXPECT_EQ(job["copies"], QJsonValue(2));
+    }
 }
 
 } // namespace

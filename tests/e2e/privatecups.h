@@ -2,7 +2,7 @@
 
 // A CUPS server of the test's own: configuration, spool and socket in a
 // temporary folder, one queue whose backend writes every job as a PDF into
-// a folder. Nothing of the machine's print set-up is touched.
+// a folder, with the job's number of copies beside it (job-N.copies). Nothing of the machine's print set-up is touched.
 
 #include <QDir>
 #include <QFile>
@@ -24,7 +24,8 @@ public:
               "if [ $# -eq 0 ]; then echo 'direct pdffolder \"Unknown\" \"PDF folder\"'; exit 0; fi\n"
               "out=\"${DEVICE_URI#pdffolder:}/job-$1.pdf\"\n"
               "if [ $# -ge 6 ]; then cp \"$6\" \"$out\"; else cat > \"$out\"; fi\n"
-              "chmod 0644 \"$out\"\n");
+              "chmod 0644 \"$out\"\n"
+              "echo \"$4\" > \"${out%.pdf}.copies\"\n");
         // The server's own helpers (cups-exec starts the backends).
         QFile::link("/usr/lib/cups/daemon", m_dir.filePath("bin/daemon"));
         // Owner-only: cupsd runs such a backend as the user it runs as.
@@ -76,6 +77,12 @@ public:
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("CUPS_SERVER", socket());
         return env;
+    }
+    // The copies the queue was asked for with a job it wrote; 0 when unknown.
+    int copies(const QString &job) const
+    {
+        QFile f(QDir(outFolder()).filePath(QString(job).replace(".pdf", ".copies")));
+        return f.open(QIODevice::ReadOnly) ? f.readAll().trimmed().toInt() : 0;
     }
     // The PDFs the queue wrote, waiting up to 20 s for count of them.
     QStringList jobs(int count) const
