@@ -99,135 +99,110 @@ public:
     }
 
 private:
-    // Records the call; the switch's answer when one is set for it.
-    HRESULT enter(const QString &name)
+    // Records the call; the switch's answer when one is set for it, else
+    // what call gives.
+    template <class Call>
+    HRESULT pass(const char *name, Call call)
     {
-        m_calls.append(name);
-        return m_failOperation.value(name, S_OK);
+        const QString operation = QString::fromLatin1(name);
+        m_calls.append(operation);
+        const HRESULT hr = m_failOperation.value(operation, S_OK);
+        return failed(hr) ? hr : call();
     }
 
-    class Add final : public IDoxBatchAdd
+    // A service of the other vault seen through the switches.
+    template <class Service>
+    class Switched : public Service
     {
     public:
-        Add(SwitchedVault &vault, std::shared_ptr<IDoxBatchAdd> inner) : m_vault(vault), m_inner(std::move(inner)) {}
+        Switched(SwitchedVault &vault, std::shared_ptr<Service> inner) : m_vault(vault), m_inner(std::move(inner)) {}
+
+    protected:
+        SwitchedVault &m_vault;
+        std::shared_ptr<Service> m_inner;
+    };
+
+    class Add final : public Switched<IDoxBatchAdd>
+    {
+    public:
+        using Switched::Switched;
         HRESULT AddFileFromPath(const QString &localPath, const QString &folderPath) override
         {
-            if (const HRESULT hr = m_vault.enter(QStringLiteral("BatchAdd.AddFileFromPath")); failed(hr))
-                return hr;
-            const auto kept = m_vault.m_failAdd.constFind(localPath.toCaseFolded());
-            m_order.push_back(kept == m_vault.m_failAdd.cend() ? DoxBatchAddResult{S_OK, 0, 0, {}}
-                                                               : DoxBatchAddResult{*kept, 0, 0, localPath});
-            return kept == m_vault.m_failAdd.cend() ? m_inner->AddFileFromPath(localPath, folderPath) : S_OK;
+            return m_vault.pass("BatchAdd.AddFileFromPath", [&] {
+                const auto kept = m_vault.m_failAdd.constFind(localPath.toCaseFolded());
+                if (kept != m_vault.m_failAdd.cend()) {
+                    m_order.push_back({*kept, 0, 0, localPath});
+                    return S_OK;
+                }
+                m_order.push_back({S_OK, 0, 0, {}});
+                return m_inner->AddFileFromPath(localPath, folderPath);
+            });
         }
         HRESULT CommitAdd(std::vector<DoxBatchAddResult> &results) override
         {
-            if (const HRESULT hr = m_vault.enter(QStringLiteral("BatchAdd.CommitAdd")); failed(hr))
-                return hr;
-            std::vector<DoxBatchAddResult> passed;
-            const bool anyPassed = std::any_of(m_order.begin(), m_order.end(),
-                                               [](const DoxBatchAddResult &r) { return r.path.isEmpty(); });
-            if (anyPassed) {
-                if (const HRESULT hr = m_inner->CommitAdd(passed); failed(hr))
-                    return hr;
-            }
-            // The kept-back files take their places among the others' results.
-            results.clear();
-            std::size_t next = 0;
-            for (const DoxBatchAddResult &entry : m_order)
-                results.push_back(entry.path.isEmpty() && next < passed.size() ? passed[next++] : entry);
-            if (m_vault.editAddResults)
-                m_vault.editAddResults(results);
-            return S_OK;
+            return m_vault.pass("BatchAdd.CommitAdd", [&] {
+                std::vector<DoxBatchAddResult> passed;
+                if (std::any_of(m_order.begin(), m_order.end(), [](const auto &r) { return r.path.isEmpty(); })) {
+                    if (const HRESULT hr = m_inner->CommitAdd(passed); failed(hr))
+                        return hr;
+                }
+                // The kept-back files take their places among the others' results.
+                results.clear();
+                std::size_t next = 0;
+                for (const DoxBatchAddResult &entry : m_order)
+                    results.push_back(entry.path.isEmpty() && next < passed.size() ? passed[next++] : entry);
+                if (m_vault.editAddResults)
+                    m_vault.editAddResults(results);
+                return S_OK;
+            });
         }
 
     private:
-        SwitchedVault &m_vault;
-        std::shared_ptr<IDoxBatchAdd> m_inner;
         std::vector<DoxBatchAddResult> m_order; // empty path: passed on
     };
 
-    class CheckIn final : public IDoxBatchCheckIn
+    class CheckIn final : public Switched<IDoxBatchCheckIn>
     {
     public:
-        CheckIn(SwitchedVault &vault, std::shared_ptr<IDoxBatchCheckIn> inner)
-            : m_vault(vault), m_inner(std::move(inner))
-        {
-        }
+        using Switched::Switched;
         HRESULT SetComment(const QString &comment) override
         {
-            const HRESULT hr = m_vault.enter(QStringLiteral("CheckIn.SetComment"));
-            return failed(hr) ? hr : m_inner->SetComment(comment);
+            return m_vault.pass("CheckIn.SetComment", [&] { return m_inner->SetComment(comment); });
         }
         HRESULT AddSelection(const std::vector<DoxFolderPair> &files) override
         {
-            const HRESULT hr = m_vault.enter(QStringLiteral("CheckIn.AddSelection"));
-            return failed(hr) ? hr : m_inner->AddSelection(files);
+            return m_vault.pass("CheckIn.AddSelection", [&] { return m_inner->AddSelection(files); });
         }
-        HRESULT CreateTree() override
-        {
-            const HRESULT hr = m_vault.enter(QStringLiteral("CheckIn.CreateTree"));
-            return failed(hr) ? hr : m_inner->CreateTree();
-        }
-        HRESULT CheckIn() override
-        {
-            const HRESULT hr = m_vault.enter(QStringLiteral("CheckIn.CheckIn"));
-            return failed(hr) ? hr : m_inner->CheckIn();
-        }
-
-    private:
-        SwitchedVault &m_vault;
-        std::shared_ptr<IDoxBatchCheckIn> m_inner;
+        HRESULT CreateTree() override { return m_vault.pass("CheckIn.CreateTree", [&] { return m_inner->CreateTree(); }); }
+        HRESULT CheckIn() override { return m_vault.pass("CheckIn.CheckIn", [&] { return m_inner->CheckIn(); }); }
     };
 
-    class References final : public IDoxCustomReferences
+    class References final : public Switched<IDoxCustomReferences>
     {
     public:
-        References(SwitchedVault &vault, std::shared_ptr<IDoxCustomReferences> inner)
-            : m_vault(vault), m_inner(std::move(inner))
-        {
-        }
+        using Switched::Switched;
         HRESULT AddReferences(std::int32_t fromDocId, const std::vector<DoxFolderPair> &to) override
         {
-            const HRESULT hr = m_vault.enter(QStringLiteral("References.AddReferences"));
-            return failed(hr) ? hr : m_inner->AddReferences(fromDocId, to);
+            return m_vault.pass("References.AddReferences", [&] { return m_inner->AddReferences(fromDocId, to); });
         }
         HRESULT IsCommitNeeded(bool &needed) override
         {
-            const HRESULT hr = m_vault.enter(QStringLiteral("References.IsCommitNeeded"));
-            return failed(hr) ? hr : m_inner->IsCommitNeeded(needed);
+            return m_vault.pass("References.IsCommitNeeded", [&] { return m_inner->IsCommitNeeded(needed); });
         }
-        HRESULT Commit() override
-        {
-            const HRESULT hr = m_vault.enter(QStringLiteral("References.Commit"));
-            return failed(hr) ? hr : m_inner->Commit();
-        }
-
-    private:
-        SwitchedVault &m_vault;
-        std::shared_ptr<IDoxCustomReferences> m_inner;
+        HRESULT Commit() override { return m_vault.pass("References.Commit", [&] { return m_inner->Commit(); }); }
     };
 
-    class Update final : public IDoxBatchUpdate
+    class Update final : public Switched<IDoxBatchUpdate>
     {
     public:
-        Update(SwitchedVault &vault, std::shared_ptr<IDoxBatchUpdate> inner) : m_vault(vault), m_inner(std::move(inner))
-        {
-        }
+        using Switched::Switched;
         HRESULT SetVariable(std::int32_t docId, const QString &variable, const QString &configuration,
                             const Variant &value) override
         {
-            const HRESULT hr = m_vault.enter(QStringLiteral("Update.SetVariable"));
-            return failed(hr) ? hr : m_inner->SetVariable(docId, variable, configuration, value);
+            return m_vault.pass("Update.SetVariable",
+                                [&] { return m_inner->SetVariable(docId, variable, configuration, value); });
         }
-        HRESULT Commit() override
-        {
-            const HRESULT hr = m_vault.enter(QStringLiteral("Update.Commit"));
-            return failed(hr) ? hr : m_inner->Commit();
-        }
-
-    private:
-        SwitchedVault &m_vault;
-        std::shared_ptr<IDoxBatchUpdate> m_inner;
+        HRESULT Commit() override { return m_vault.pass("Update.Commit", [&] { return m_inner->Commit(); }); }
     };
 
     std::shared_ptr<IDoxVault> m_inner;
