@@ -16,15 +16,15 @@
 namespace {
 
 // Every file of a folder tree with the hash of its bytes. The shared-memory
-// index of the database is left out: readers touch it without changing the
-// vault.
+// index of the database and an empty write-ahead log are left out: a reader
+// may make them without changing the vault.
 std::map<QString, QByteArray> snapshot(const QString &root)
 {
     std::map<QString, QByteArray> files;
     QDirIterator it(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
-        if (path.endsWith(QLatin1String("-shm")))
+        if (path.endsWith(QLatin1String("-shm")) || (path.endsWith(QLatin1String("-wal")) && QFileInfo(path).size() == 0))
             continue;
         QFile file(path);
         files[path] = file.open(QIODevice::ReadOnly)

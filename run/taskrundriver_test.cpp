@@ -452,6 +452,8 @@ struct HandOverCase {
     bool referenced = true; // the outputs refer to their sources
 };
 
+void PrintTo(const HandOverCase &c, std::ostream *os) { *os << c.name; }
+
 class HandOverFailureTest : public RunDriverTest, public ::testing::WithParamInterface<HandOverCase>
 {
 protected:

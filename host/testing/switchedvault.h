@@ -84,7 +84,7 @@ public:
             service = std::make_shared<Add>(*this, queryInterface<IDoxBatchAdd>(service));
             break;
         case DoxUtil_BatchCheckIn:
-            service = std::make_shared<CheckIn>(*this, queryInterface<IDoxBatchCheckIn>(service));
+            service = std::make_shared<CheckInBatch>(*this, queryInterface<IDoxBatchCheckIn>(service));
             break;
         case DoxUtil_CustomReferences:
             service = std::make_shared<References>(*this, queryInterface<IDoxCustomReferences>(service));
@@ -161,7 +161,7 @@ private:
         std::vector<DoxBatchAddResult> m_order; // empty path: passed on
     };
 
-    class CheckIn final : public Switched<IDoxBatchCheckIn>
+    class CheckInBatch final : public Switched<IDoxBatchCheckIn>
     {
     public:
         using Switched::Switched;
