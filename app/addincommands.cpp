@@ -1,6 +1,7 @@
 #include "app/addinhost.h"
 #include "app/cli.h"
 
+#include <QCommandLineParser>
 #include <QFileInfo>
 
 namespace {
@@ -12,14 +13,15 @@ QString describe(HRESULT hr)
 
 int runRegistration(CommandContext &context, bool unregister)
 {
-    QStringList args = context.args;
-    if (args.contains(QStringLiteral("--help"))) {
-        context.out << (unregister ? "Usage: mctask addin unregister [MODULE]\n"
-                                   : "Usage: mctask addin register [MODULE]\n")
-                    << "Registers the task add-in module in the registry store under MCTASK_HOME.\n"
-                    << "MODULE defaults to the McTaskAddIn.so of this build.\n";
+    QCommandLineParser parser;
+    if (!parseCommandLine(parser, context,
+                          unregister ? QStringLiteral("addin unregister [MODULE]") : QStringLiteral("addin register [MODULE]"),
+                          unregister ? QStringLiteral("Removes the task add-in module's registration from the registry store "
+                                                      "under MCTASK_HOME.\nMODULE defaults to the McTaskAddIn.so of this build.")
+                                     : QStringLiteral("Registers the task add-in module in the registry store under "
+                                                      "MCTASK_HOME.\nMODULE defaults to the McTaskAddIn.so of this build.")))
         return 0;
-    }
+    const QStringList args = parser.positionalArguments();
     if (args.size() > 1)
         throw CliError(QStringLiteral("too many arguments (see --help)"));
     QString module = args.isEmpty() ? defaultAddInModulePath() : args.first();

@@ -3,6 +3,7 @@
 #include "host/testing/faketask.h"
 #include "platform/jsonregistrystore.h"
 
+#include <QDir>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -83,6 +84,29 @@ TEST_F(AddInHostTest, ProgramRegistersAndUnregistersTheModule)
     EXPECT_EQ(runMctask({"addin", "register", m_home.filePath("missing.so")}, &err), 2);
     EXPECT_TRUE(err.startsWith("mctask: no such module")) << err.toStdString();
     EXPECT_EQ(err.count('\n'), 1);
+}
+
+// Help only prints: no add-in is registered and nothing is written under
+// the home, for every command and both spellings.
+TEST_F(AddInHostTest, HelpChangesNothing)
+{
+    const QList<QStringList> commands{
+        {"addin", "register"}, {"addin", "unregister"}, {"task", "create"},  {"task", "set"},
+        {"task", "get"},       {"task", "setup"},       {"task", "launch"},  {"task", "run"},
+        {"task", "details"},   {"task", "instances"},   {"vault", "ls"},     {"vault", "add"},
+        {"macro", "preview"},  {"macro", "run"},        {"registry", "set"},
+    };
+    for (const QStringList &command : commands) {
+        for (const char *help : {"--help", "-h"}) {
+            const QString line = command.join(' ') + ' ' + help;
+            const ProgramRun run =
+                runProgram(QStringLiteral(MCTASK_PROGRAM), command + QStringList{help}, ProgramSetting(m_home.path()));
+            EXPECT_EQ(run.status, 0) << line.toStdString() << ": " << run.err.toStdString();
+            EXPECT_TRUE(run.out.startsWith("Usage: mctask " + command.join(' '))) << line.toStdString();
+            EXPECT_EQ(run.err, QString()) << line.toStdString();
+        }
+    }
+    EXPECT_EQ(QDir(m_home.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden), QStringList());
 }
 
 } // namespace

@@ -72,7 +72,7 @@ void applyLaunchChoice(TaskStore &tasks, const PreviewTarget &target, const QStr
 QString buildMacroForFile(const QString &vaultDir, const QString &targetArgument, const QString &fileArgument,
                           const QString &command, const std::optional<QString> &config, std::int32_t version)
 {
-    const std::shared_ptr<VaultStore> store = openLocatedVault(vaultDir);
+    const std::shared_ptr<VaultStore> store = openLocatedVault(vaultDir, VaultUse::Read);
     const QString filePath = store->paths().toWindows(vaultPathArgument(*store, fileArgument));
     TaskStore tasks(store);
     const PreviewTarget target = findTarget(tasks, targetArgument, command);

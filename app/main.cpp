@@ -30,26 +30,38 @@ void printUsage(QTextStream &out, const QString &group = {})
 
 // The task commands hold the host's page window, so they run as a widget
 // application; without --gui its windows stay offscreen and are never shown.
-std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
+// The application is made from the program's name alone: Qt's own options
+// (-platform, -style, -reverse, ...) are no options of this program and
+// reach its parser like any other argument. Null, with the reason in error,
+// when --gui cannot have a window system.
+std::unique_ptr<QCoreApplication> makeApplication(const QStringList &args, int &qtArgc, char **qtArgv,
+                                                  QString &error)
 {
+    qtArgc = 1;
     // The command's group is the first argument after --home.
-    int group = 1;
-    while (group < argc && qstrncmp(argv[group], "--home", 6) == 0)
-        group += qstrcmp(argv[group], "--home") == 0 ? 2 : 1;
+    qsizetype group = 0;
+    while (group < args.size() && args[group].startsWith(QLatin1String("--home")))
+        group += args[group] == QLatin1String("--home") ? 2 : 1;
     // The task host loads the add-in as "task run" does.
-    const bool task = group < argc && (qstrcmp(argv[group], "task") == 0 || qstrcmp(argv[group], "host") == 0);
-    bool gui = false;
-    for (int i = group; i < argc; ++i)
-        gui = gui || qstrcmp(argv[i], "--gui") == 0;
-    if (task && gui)
-        return std::make_unique<QApplication>(argc, argv);
+    const bool task = group < args.size()
+        && (args[group] == QLatin1String("task") || args[group] == QLatin1String("host"));
+    const bool gui = task && args.mid(group).contains(QLatin1String("--gui"));
+    if (gui) {
+        // Qt ends the process when it cannot reach a window system; say so first.
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY")
+            && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+            error = QStringLiteral("--gui needs a display: set DISPLAY or WAYLAND_DISPLAY (or QT_QPA_PLATFORM)");
+            return nullptr;
+        }
+        return std::make_unique<QApplication>(qtArgc, qtArgv);
+    }
     if (task) {
         // The platform's start-up chatter (runtime folder and the like) would
         // land on the stderr that scripts read; nobody sees these windows.
         qputenv("QT_QPA_PLATFORM", "offscreen");
-        return std::make_unique<QApplication>(argc, argv);
+        return std::make_unique<QApplication>(qtArgc, qtArgv);
     }
-    return std::make_unique<QCoreApplication>(argc, argv);
+    return std::make_unique<QCoreApplication>(qtArgc, qtArgv);
 }
 
 } // namespace
@@ -57,13 +69,20 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
 int main(int argc, char **argv)
 {
     installQuietQtMessages();
-    const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
-    QCoreApplication &app = *application;
-    QCoreApplication::setApplicationName(QStringLiteral("mctask"));
+    // Decoded as Qt decodes its own arguments.
+    QStringList args;
+    for (int i = 1; i < argc; ++i)
+        args.append(QString::fromLocal8Bit(argv[i]));
     QTextStream out(stdout);
     QTextStream err(stderr);
-
-    QStringList args = app.arguments().mid(1);
+    static int qtArgc = 1; // the application keeps a reference to it
+    QString applicationError;
+    const std::unique_ptr<QCoreApplication> application = makeApplication(args, qtArgc, argv, applicationError);
+    if (!application) {
+        err << "mctask: " << applicationError << '\n';
+        return 1;
+    }
+    QCoreApplication::setApplicationName(QStringLiteral("mctask"));
     // --home DIR: where the registry store, drive map and object table live.
     while (!args.isEmpty() && args.first().startsWith(QLatin1String("--home"))) {
         QString dir;
@@ -86,6 +105,10 @@ int main(int argc, char **argv)
     if (args.isEmpty() || args.first() == QLatin1String("--help") || args.first() == QLatin1String("-h")) {
         printUsage(args.isEmpty() ? err : out);
         return args.isEmpty() ? 2 : 0;
+    }
+    if (args.first().startsWith(QLatin1Char('-'))) {
+        err << "mctask: unknown option '" << args.first() << "' (see mctask --help)\n";
+        return 2;
     }
 
     const QString group = args.takeFirst();

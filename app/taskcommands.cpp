@@ -305,18 +305,20 @@ int runGet(CommandContext &context)
     TaskOptions o;
     if (!parseOptions(context, parser, o, {o.json}, QStringLiteral("task get [--vault DIR] NAME [KEY...] [--json]"),
                       QStringLiteral("Prints task variables (all, or the named ones) in the form 'task set' takes;\n"
-                                     "with --json one object of name and value. A named variable that is not set\n"
-                                     "is null in JSON and makes the exit status 1.")))
+                                     "with --json one object of name and value. Listing all of them gives a text\n"
+                                     "of several lines as its line count; a named one is printed whole. A named\n"
+                                     "variable that is not set is null in JSON and makes the exit status 1.")))
         return 0;
     const QStringList args = parser.positionalArguments();
     if (args.isEmpty())
         throw CliError(QStringLiteral("task get: expected NAME (see --help)"));
-    const auto store = openLocatedVault(parser.value(o.vault));
+    const auto store = openLocatedVault(parser.value(o.vault), VaultUse::Read);
     TaskStore tasks(store);
     const TaskRow task = requireTask(tasks, args.first());
 
     std::vector<std::pair<QString, std::optional<Variant>>> values;
-    if (args.size() == 1) {
+    const bool named = args.size() > 1;
+    if (!named) {
         for (const auto &[key, value] : tasks.taskVariables(task.id))
             values.emplace_back(key, value);
     } else {
@@ -329,7 +331,7 @@ int runGet(CommandContext &context)
         missing = missing || !value;
         if (parser.isSet(o.json))
             object.insert(key, value ? variantJson(*value) : QJsonValue::Null);
-        else if (value && value->type() == VarType::BStr && value->bstr().contains(QLatin1Char('\n')))
+        else if (!named && value && value->type() == VarType::BStr && value->bstr().contains(QLatin1Char('\n')))
             context.out << key << "=(" << value->bstr().count(QLatin1Char('\n')) + 1
                         << " lines of text; see --json)\n"; // one line per variable
         else if (value)
@@ -637,7 +639,7 @@ int runDetails(CommandContext &context)
     const QStringList args = parser.positionalArguments();
     if (args.size() != 1)
         throw CliError(QStringLiteral("task details: expected one INSTANCE (see --help)"));
-    const auto store = openLocatedVault(parser.value(o.vault));
+    const auto store = openLocatedVault(parser.value(o.vault), VaultUse::Read);
     TaskStore tasks(store);
     const InstanceRow row = requireInstance(tasks, args.first());
     const auto host = openHost(store, context);
@@ -697,7 +699,7 @@ int runInstances(CommandContext &context)
         return 0;
     if (!parser.positionalArguments().isEmpty())
         throw CliError(QStringLiteral("task instances: no arguments expected (see --help)"));
-    const auto store = openLocatedVault(parser.value(o.vault));
+    const auto store = openLocatedVault(parser.value(o.vault), VaultUse::Read);
     TaskStore tasks(store);
     QJsonArray array;
     std::vector<QStringList> rows;

@@ -179,8 +179,13 @@ TEST_F(TaskCommandsTest, VariablesOfEveryKindRoundTripThroughSetAndGet)
     ASSERT_EQ(all.status, 0);
     const QStringList lines = all.out.trimmed().split('\n');
     EXPECT_EQ(lines.size(), variables("Print").size());
-    EXPECT_TRUE(lines.filter(QRegularExpression("^__script=\\(\\d+ lines of text; see --json\\)$")).size() == 1)
+    EXPECT_EQ(lines.filter(QRegularExpression("^__script=\\(\\d+ lines of text; see --json\\)$")).size(), 1)
         << all.out.toStdString();
+    // Named, it is printed whole.
+    const ProgramRun script = task("get", {"Print", "__script"});
+    ASSERT_EQ(script.status, 0);
+    ASSERT_TRUE(vars["__script"].toString().contains('\n'));
+    EXPECT_EQ(script.out, "__script=" + vars["__script"].toString() + "\n");
 
     // A named variable that is not set is null and fails the command.
     const ProgramRun missing = task("get", {"Print", "Nothing", "PdfInColor", "--json"});
@@ -219,6 +224,11 @@ TEST_F(TaskCommandsTest, BadInputIsOneLineExitTwoAndChangesNothing)
         {"task", "resume", "--vault", m_vault, id},
         {"task", "get", "--vault", m_vault},
         {"task", "run", "--vault", m_vault, id, "--frobnicate"},
+        // Qt's own options are none of the program's.
+        {"-platform", "nonsense"},
+        {"task", "get", "--vault", m_vault, "Script", "-platform", "nonsense"},
+        {"task", "get", "--vault", m_vault, "Script", "-reverse"},
+        {"task", "setup", "--vault", m_vault, "Script", "-style", "windows"},
     };
     for (const QStringList &args : cases) {
         const ProgramRun bad = run(args);
@@ -229,6 +239,20 @@ TEST_F(TaskCommandsTest, BadInputIsOneLineExitTwoAndChangesNothing)
     EXPECT_EQ(variables("Script"), varsBefore);
     EXPECT_EQ(instances(), instancesBefore);
     EXPECT_EQ(statusOf(instance), TaskStatus_Waiting);
+}
+
+// Qt used to end the program (status 134) when it found no window system.
+TEST_F(TaskCommandsTest, WindowsWithoutADisplayAreOneLineNotAnAbort)
+{
+    createTask("Script", "script");
+    const ProgramRun shown = runProgram(MCTASK_PROGRAM, {"task", "setup", "--vault", m_vault, "Script", "--gui"},
+                                        ProgramSetting(m_home.path())
+                                            .in(m_work.path())
+                                            .set("QT_QPA_PLATFORM", "")
+                                            .set("DISPLAY", "")
+                                            .set("WAYLAND_DISPLAY", ""));
+    EXPECT_EQ(shown.status, 1);
+    EXPECT_EQ(shown.err, "mctask: --gui needs a display: set DISPLAY or WAYLAND_DISPLAY (or QT_QPA_PLATFORM)\n");
 }
 
 TEST_F(TaskCommandsTest, LaunchStoresTheSelectionAndInstanceValuesOnly)

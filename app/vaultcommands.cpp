@@ -271,7 +271,7 @@ int runVaultLs(CommandContext &context)
         return 0;
     if (parser.positionalArguments().size() > 1)
         throw CliError(QStringLiteral("vault ls: at most one FOLDER (see --help)"));
-    const auto store = openLocatedVault(parser.value(vaultOption()));
+    const auto store = openLocatedVault(parser.value(vaultOption()), VaultUse::Read);
     int folderId = VaultStore::RootFolderId;
     if (!parser.positionalArguments().isEmpty()) {
         const QString argument = parser.positionalArguments().first();
@@ -341,7 +341,7 @@ int runVaultCard(CommandContext &context)
         else
             reads.append(arg.trimmed());
     }
-    const auto store = openLocatedVault(parser.value(vaultOption()));
+    const auto store = openLocatedVault(parser.value(vaultOption()), writes.empty() ? VaultUse::Read : VaultUse::Write);
     const VaultFileRow file = requireVaultFile(*store, fileArgument, QStringLiteral("vault card"));
     const QString configuration = parser.value(conf);
     try {

@@ -58,12 +58,13 @@ QString locateVault(const QString &explicitDir)
     throw CliError(QStringLiteral("no vault here or above; name one with --vault DIR or MCTASK_VAULT"));
 }
 
-std::shared_ptr<VaultStore> openLocatedVault(const QString &explicitDir)
+std::shared_ptr<VaultStore> openLocatedVault(const QString &explicitDir, VaultUse use)
 {
     const QString dir = locateVault(explicitDir);
     std::shared_ptr<VaultStore> store;
     VaultOpenOptions options;
     options.busyTimeoutMs = lockWaitMs();
+    options.reading = use == VaultUse::Read;
     try {
         store = VaultStore::open(dir, options);
     } catch (const HostError &e) {

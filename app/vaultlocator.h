@@ -11,11 +11,15 @@ class VaultStore;
 // holds a vault. Throws CliError (exit status 2) when there is none.
 QString locateVault(const QString &explicitDir);
 
+// What a command does with the vault: a command that only reads works on
+// a vault the user may not write; one that writes is refused there.
+enum class VaultUse { Write, Read };
+
 // Opens the located vault and makes sure its drive letter is mounted in the
 // drive map (a letter already mounted elsewhere is left alone). A write
 // waits MCTASK_LOCK_WAIT milliseconds (default 10 s) for another process's
 // lock. A vault that cannot be opened throws HostError.
-std::shared_ptr<VaultStore> openLocatedVault(const QString &explicitDir);
+std::shared_ptr<VaultStore> openLocatedVault(const QString &explicitDir, VaultUse use = VaultUse::Write);
 
 // A path given on the command line, as a path relative to the vault root:
 // a vault path ("V:\Folder\a.mcdprt", any case), a Windows path on another

@@ -40,7 +40,7 @@ int runVaultShow(CommandContext &context)
     const QStringList args = parser.positionalArguments();
     if (args.size() != 1)
         throw CliError(QStringLiteral("vault show: name one FILE (see --help)"));
-    const auto store = openLocatedVault(parser.value(vaultOption()));
+    const auto store = openLocatedVault(parser.value(vaultOption()), VaultUse::Read);
     const auto file = store->fileByPath(vaultPathArgument(*store, args.first()));
     if (!file)
         throw CliError(QStringLiteral("vault show: %1 is not a file of the vault").arg(args.first()));

@@ -106,11 +106,14 @@ void McManager::RunMacro(const QString &macroText)
     const QString tempFile = createTempFile();
     // Appended to the new empty file: a macro file lives for one run and
     // needs no flush to disk, which would cost two syncs per file.
-    if (tempFile.isEmpty() || !fs.append(tempFile, encodeWindows1252(macroText)))
-        throw HostError(E_ACCESSDENIED, QStringLiteral("cannot write the macro file"));
     const QString macroFile = withExtension(tempFile, QStringLiteral(".mcb"));
-    if (!fs.rename(tempFile, macroFile))
-        throw HostError(E_ACCESSDENIED, QStringLiteral("cannot move the macro file to %1").arg(macroFile));
+    if (tempFile.isEmpty() || !fs.append(tempFile, encodeWindows1252(macroText)) || !fs.rename(tempFile, macroFile)) {
+        // The run driver reports the connection's text; no macro ran.
+        if (!tempFile.isEmpty())
+            fs.remove(tempFile);
+        m_lastError = CadTexts::FailedToRunMacro.translated();
+        throw HostError(E_ACCESSDENIED, m_lastError);
+    }
 
     const std::uint32_t timeoutSeconds = macroTimeoutSeconds();
     int attempts = std::max(0, 3 - m_restartCount / 3);
@@ -136,7 +139,8 @@ void McManager::RunMacro(const QString &macroText)
         }
         const HRESULT restarted = restart(outcome.hr);
         if (failed(restarted)) {
-            outcome = RunOutcome{restarted};
+            // A macro ended by the time limit stays the reason.
+            outcome = RunOutcome{restarted, false, 0, outcome.timedOut};
             break;
         }
         if (--attempts <= 0)

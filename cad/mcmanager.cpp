@@ -17,6 +17,7 @@
 namespace {
 
 inline constexpr HRESULT CO_E_CLASSSTRING = makeHresult(0x800401F3u);
+inline constexpr HRESULT REGDB_E_CLASSNOTREG = makeHresult(0x80040154u);
 
 // Mecadra's preference ids for an unattended session.
 constexpr int kPrefNoInteraction1 = 290;
@@ -168,20 +169,28 @@ HRESULT McManager::Start()
     // The watcher answers what the process shows while it starts; it looks
     // for the windows of the new process, so it begins once the id is known.
     const std::optional<qint64> pid = m_processes->start(GetExecutablePath(*classId));
-    std::unique_ptr<McAutomation> app;
+    MecadraProcesses::Attachment attachment;
     if (pid) {
         m_processId = *pid;
         StartWatcher();
-        app = m_processes->waitForApplication(*pid, m_timing.startPolls, m_timing.pollIntervalMs);
-        if (!app)
+        attachment = m_processes->waitForApplication(*pid, m_timing.startPolls, m_timing.pollIntervalMs);
+        if (!attachment.appeared)
             m_processes->terminate(*pid, ExitCodeKilled);
         StopWatcher();
     }
-    if (!pid || !app) {
+    if (!pid || !attachment.appeared) {
         m_lastError = format(CadTexts::FailedToStart, m_versionYear);
         return E_FAIL;
     }
-    m_app = std::move(app);
+    if (!attachment.app) {
+        // The process registered something that is not a usable application
+        // object; it stays for Close to end.
+        const HRESULT hr = failed(attachment.hr) ? attachment.hr : E_NOINTERFACE;
+        m_lastError = hr == REGDB_E_CLASSNOTREG ? format(CadTexts::NotInstalled, m_versionYear)
+                                                : format(CadTexts::FailedToStart, m_versionYear);
+        return hr;
+    }
+    m_app = std::move(attachment.app);
 
     const AutomationReply revision = m_app->call(kApp, QStringLiteral("RevisionNumber"));
     if (!revision.ok()) {

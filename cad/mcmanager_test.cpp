@@ -5,12 +5,14 @@
 #include "host/hosterror.h"
 #include "platform/automation/classregistry.h"
 #include "base/codepage.h"
+#include "platform/memoryfilesystem.h"
 #include "platform/memoryregistrystore.h"
 #include "platform/registry.h"
 #include "platform/testing/coreapp.h"
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -18,6 +20,21 @@
 namespace {
 
 constexpr auto kClassId = "{11111111-2222-3333-4444-555555555555}";
+constexpr HRESULT ClassNotRegistered = makeHresult(0x80040154u);
+constexpr HRESULT TimedOut = makeHresult(0x800705B4u);
+
+// The (preference, value) pairs of the calls of a preference setter.
+std::vector<std::pair<int, int>> preferences(const FakeMecadra &fake, const QString &setter, std::size_t fromCall = 0)
+{
+    std::vector<std::pair<int, int>> pairs;
+    for (std::size_t i = fromCall; i < fake.calls.size(); ++i)
+        if (fake.calls[i].member == setter && fake.calls[i].args.size() == 2) {
+            const AutomationValue &value = fake.calls[i].args[1];
+            pairs.emplace_back(fake.calls[i].args[0].toI4(),
+                               setter.endsWith(QLatin1String("Toggle")) ? int(value.toBool()) : value.toI4());
+        }
+    return pairs;
+}
 
 class McManagerTest : public ::testing::Test
 {
@@ -184,6 +201,76 @@ TEST_F(McManagerTest, AFailedHideIsReportedAndRetryStartBeginsAgain)
     EXPECT_EQ(m_manager->restartCount(), 1);
 }
 
+TEST_F(McManagerTest, AnApplicationThatAppearsButCannotBeReachedIsToldApart)
+{
+    install();
+    m_manager->Init(nullptr, 1, nullptr, 2013);
+    struct Case { HRESULT attach; const char *message; };
+    for (const Case c : {Case{ClassNotRegistered, "Mecadra 2013 is not installed."},
+                         Case{E_ACCESSDENIED, "Failed to start Mecadra 2013."}}) {
+        m_fake->attachFailure = c.attach;
+        EXPECT_EQ(m_manager->Start(), c.attach);
+        EXPECT_EQ(m_manager->lastError(), c.message);
+        EXPECT_FALSE(m_manager->isConnected());
+        // Not one that never appeared: it is left for Close, which ends it.
+        const qint64 pid = m_manager->processId();
+        EXPECT_TRUE(m_fake->isRunning(pid));
+        EXPECT_EQ(m_manager->Close(true, S_OK), S_OK);
+        EXPECT_FALSE(m_fake->isRunning(pid));
+    }
+}
+
+TEST_F(McManagerTest, StartSetsThePreferencesAndNamesEachFailedStep)
+{
+    ASSERT_TRUE(installAndStart()) << m_manager->lastError().toStdString();
+    using Pairs = std::vector<std::pair<int, int>>;
+    EXPECT_EQ(preferences(*m_fake, QStringLiteral("SetUserPreferenceToggle")), (Pairs{{290, 1}, {291, 1}, {30, 0}}));
+    EXPECT_EQ(preferences(*m_fake, QStringLiteral("SetUserPreferenceIntegerValue")), (Pairs{{253, 0}}));
+
+    struct Case { const char *member; const char *message; };
+    for (const Case c : {Case{"RevisionNumber", "Failed to get Mecadra revision number."},
+                         Case{"Advise", "Failed to attach event handlers to Mecadra."},
+                         Case{"GetHWndx64", "Failed to set Mecadra main window as invisible."}}) {
+        SCOPED_TRACE(c.member);
+        m_fake->failingMembers = {{QString::fromLatin1(c.member), RPC_E_DISCONNECTED}};
+        EXPECT_EQ(m_manager->Start(), RPC_E_DISCONNECTED);
+        EXPECT_EQ(m_manager->lastError(), c.message);
+    }
+}
+
+TEST_F(McManagerTest, AMecadraThatCannotBeEndedIsReportedWithTheCodeOfWhatFailed)
+{
+    m_fake->refusesExit = true;
+    m_fake->survivesTerminate = true;
+    struct Case { const char *name; HRESULT attach; HRESULT exitFailure; HRESULT previous; HRESULT result; bool exitCalled; };
+    for (const Case c : {Case{"exit calls answered", S_OK, S_OK, S_OK, E_FAIL, true},
+                         Case{"exit call failed", S_OK, RPC_E_DISCONNECTED, S_OK, RPC_E_DISCONNECTED, true},
+                         Case{"after an earlier failure", S_OK, S_OK, E_UNEXPECTED, E_UNEXPECTED, false},
+                         Case{"without an application", E_ACCESSDENIED, S_OK, S_OK, E_POINTER, false}}) {
+        SCOPED_TRACE(c.name);
+        install();
+        m_manager->Init(nullptr, 1, nullptr, 2013);
+        m_fake->attachFailure = c.attach;
+        m_fake->failingMembers.clear();
+        m_manager->Start();
+        if (failed(c.exitFailure))
+            m_fake->failingMembers = {{QStringLiteral("ExitApp"), c.exitFailure}};
+        const std::size_t before = m_fake->calls.size();
+        const qint64 started = m_clock.totalSlept();
+        EXPECT_EQ(m_manager->Close(true, c.previous), c.result);
+        EXPECT_EQ(m_manager->lastError(), "Failed to close Mecadra application.");
+        EXPECT_EQ(m_clock.totalSlept() - started, (11 + 46) * 1000);
+        const QStringList closing = m_fake->calledMembers().mid(static_cast<qsizetype>(before));
+        EXPECT_EQ(closing.contains(QStringLiteral("ExitApp")), c.exitCalled);
+        if (c.exitCalled) {
+            // The main frame comes back before the documents are closed.
+            EXPECT_EQ(preferences(*m_fake, QStringLiteral("SetUserPreferenceToggle"), before),
+                      (std::vector<std::pair<int, int>>{{30, 1}}));
+            EXPECT_LT(closing.indexOf(QStringLiteral("CloseAllDocuments")), closing.indexOf(QStringLiteral("ExitApp")));
+        }
+    }
+}
+
 // --- restart policy ---------------------------------------------------------
 
 // Growth above twice the baseline and the limit is covered with the real
@@ -271,13 +358,65 @@ TEST_F(McManagerTest, FailedRunsGiveTheMessageWithTheReasonOfKnownCodes)
     EXPECT_EQ(startedProcesses(), 1);
 }
 
-TEST_F(McManagerTest, OldRevisionsUseTheRunCallWithoutErrorCode)
+TEST_F(McManagerTest, EachRevisionGetsTheRunCallItHas)
 {
-    m_fake->revision = QStringLiteral("16.5");
+    // The newer call is refused below revision 17, as Mecadra refuses it.
+    struct Case { const char *revision; std::int16_t major; const char *member; std::size_t args; };
+    for (const Case c : {Case{"16.5", 16, "RunMacro", 3}, Case{"17.0.1", 17, "RunMacro2", 5}}) {
+        SCOPED_TRACE(c.revision);
+        m_fake->revision = QString::fromLatin1(c.revision);
+        m_fake->calls.clear();
+        ASSERT_TRUE(installAndStart()) << m_manager->lastError().toStdString();
+        EXPECT_EQ(m_manager->revisionMajor(), c.major);
+        EXPECT_EQ(runMacro(), S_OK) << m_manager->lastError().toStdString();
+        const QStringList runs = m_fake->calledMembers().filter(QRegularExpression(QStringLiteral("^RunMacro")));
+        EXPECT_EQ(runs, QStringList{QString::fromLatin1(c.member)});
+        ASSERT_EQ(m_fake->argsOf(QString::fromLatin1(c.member)).size(), 1u);
+        EXPECT_EQ(m_fake->argsOf(QString::fromLatin1(c.member)).front().size(), c.args);
+    }
+    // The older call has no error code to read: a true flag is success.
+    m_fake->revision = QStringLiteral("16.0");
     m_fake->runAnswer = [](int) { return FakeMecadra::RunAnswer{S_OK, true, 8, {}}; };
+    ASSERT_TRUE(installAndStart());
+    EXPECT_EQ(runMacro(), S_OK);
+}
+
+TEST_F(McManagerTest, AMacroFileThatCannotBeWrittenFailsWithTheRunText)
+{
     ASSERT_TRUE(installAndStart()) << m_manager->lastError().toStdString();
-    EXPECT_EQ(m_manager->revisionMajor(), 16);
-    EXPECT_EQ(runMacro(), S_OK); // no error code is read from the older call
+    MemoryFileSystem noTemporaryFolder;
+    ScopedFileSystem scoped(noTemporaryFolder);
+    EXPECT_EQ(runMacro(), E_ACCESSDENIED); // the helper also checks that the raised text is lastError
+    EXPECT_EQ(m_manager->lastError(), "Failed to run Mecadra macro.");
+    EXPECT_EQ(m_fake->runCalls, 0);
+}
+
+TEST_F(McManagerTest, TheTimeLimitGoesToTheRunCallAndIsTheReasonWhenItEndsAMacro)
+{
+    ASSERT_TRUE(installAndStart()) << m_manager->lastError().toStdString();
+    const qint64 first = m_manager->processId();
+    m_fake->runAnswer = [](int) { return FakeMecadra::RunAnswer{RPC_E_TIMEOUT, false, 0, {}}; };
+    m_manager->setRestartCount(9); // one attempt
+    EXPECT_EQ(runMacro(), TimedOut);
+    EXPECT_EQ(m_fake->runTimeouts.back(), 1800 * 1000);
+    EXPECT_EQ(m_manager->lastError(), "Failed to run Mecadra macro. Reason: The macro did not finish within 1800 seconds.");
+    EXPECT_EQ(m_fake->processes[first].exitCode, McManager::ExitCodeKilled);
+
+    // Ended by the limit, then no new Mecadra: the limit is still the reason.
+    setUserValue(QStringLiteral("MacroTimeout"), RegistryValue::fromDword(60));
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    m_fake->registers = false;
+    EXPECT_EQ(runMacro(), E_FAIL);
+    EXPECT_EQ(m_fake->runTimeouts.back(), 60 * 1000);
+    EXPECT_EQ(m_manager->lastError(), "Failed to run Mecadra macro. Reason: The macro did not finish within 60 seconds.");
+
+    // 0: no limit at all.
+    m_fake->registers = true;
+    setUserValue(QStringLiteral("MacroTimeout"), RegistryValue::fromDword(0));
+    ASSERT_EQ(m_manager->Start(), S_OK);
+    m_fake->runAnswer = [](int) { return FakeMecadra::RunAnswer{}; };
+    EXPECT_EQ(runMacro(), S_OK);
+    EXPECT_EQ(m_fake->runTimeouts.back(), AutomationClient::kNoTimeout);
 }
 
 TEST_F(McManagerTest, ASchedulerWindowEarnsOneExtraAttemptAndForcesRegression)

@@ -85,12 +85,18 @@ std::optional<qint64> LaunchedMecadraProcesses::start(const QString &commandLine
     return m_launcher.start(commandLine, ShowCommand::Minimized);
 }
 
-std::unique_ptr<McAutomation> LaunchedMecadraProcesses::waitForApplication(qint64 pid, int polls, qint64 intervalMs)
+MecadraProcesses::Attachment LaunchedMecadraProcesses::waitForApplication(qint64 pid, int polls, qint64 intervalMs)
 {
+    Attachment attachment;
+    const QString endpoint = m_launcher.waitForObject(Monikers::application(pid), pid, polls, intervalMs);
+    if (endpoint.isEmpty())
+        return attachment;
+    attachment.appeared = true;
     auto automation = std::make_unique<ClientAutomation>();
-    if (failed(m_launcher.connect(automation->client(), Monikers::application(pid), pid, polls, intervalMs)))
-        return nullptr;
-    return automation;
+    attachment.hr = automation->client().connectTo(endpoint);
+    if (succeeded(attachment.hr))
+        attachment.app = std::move(automation);
+    return attachment;
 }
 
 bool LaunchedMecadraProcesses::isRunning(qint64 pid) { return m_launcher.processes().isRunning(pid); }

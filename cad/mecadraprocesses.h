@@ -48,9 +48,15 @@ public:
 
     // Starts commandLine with a minimised main window; the process id.
     virtual std::optional<qint64> start(const QString &commandLine) = 0;
+    // What looking for the application of a process came to.
+    struct Attachment {
+        std::unique_ptr<McAutomation> app; // set once attached
+        bool appeared = false;             // its entry was in the object table
+        HRESULT hr = S_OK;                 // why an application that appeared could not be reached
+    };
     // Up to polls times: sleep intervalMs, then look for the application
-    // that pid registered. Null when it never appeared.
-    virtual std::unique_ptr<McAutomation> waitForApplication(qint64 pid, int polls, qint64 intervalMs) = 0;
+    // that pid registered; once it appears, attach to it.
+    virtual Attachment waitForApplication(qint64 pid, int polls, qint64 intervalMs) = 0;
     virtual bool isRunning(qint64 pid) = 0;
     // Up to polls times: sleep intervalMs, then check; true once pid ended.
     virtual bool waitForExit(qint64 pid, int polls, qint64 intervalMs) = 0;
@@ -68,7 +74,7 @@ public:
     explicit LaunchedMecadraProcesses(ServerLauncher launcher = ServerLauncher());
 
     std::optional<qint64> start(const QString &commandLine) override;
-    std::unique_ptr<McAutomation> waitForApplication(qint64 pid, int polls, qint64 intervalMs) override;
+    Attachment waitForApplication(qint64 pid, int polls, qint64 intervalMs) override;
     bool isRunning(qint64 pid) override;
     bool waitForExit(qint64 pid, int polls, qint64 intervalMs) override;
     bool terminate(qint64 pid, int exitCode) override;

@@ -41,6 +41,9 @@ HRESULT TaskRunDriver::Run(const std::shared_ptr<IDoxVault> &vault, const std::s
 {
     m_selected.clear();
     m_failureText.clear();
+    // An earlier run's files must never be reported for this one, even when
+    // the first read of a setting fails.
+    m_record->reset();
     const HRESULT hr = hostCall([&] { return runFiles(vault, instance, cmd, data); });
     if (hr == S_FALSE)
         cmd.cancel = -1;
@@ -224,8 +227,7 @@ HRESULT TaskRunDriver::Finish(IDoxTaskInstance &instance, HRESULT runResult)
             message = text(NoFileConvertedText, "No file converted.");
         }
         for (const auto &file : m_selected)
-            affected.push_back({file->docId, DoxObject_File, file->projId,
-                                file->version == -1 ? file->altVersion : file->version});
+            affected.push_back({file->docId, DoxObject_File, file->projId, file->effectiveVersion()});
 
         const std::optional<QString> shown = message.isEmpty() ? std::nullopt : std::optional<QString>(message);
         throwIfFailed(instance.SetStatus(newStatus, runResult, shown, affected, std::nullopt));

@@ -2,6 +2,7 @@
 
 #include "host/hosterror.h"
 #include "host/testing/faketask.h"
+#include "host/testing/switchedvault.h"
 #include "platform/clock.h"
 #include "platform/drivemap.h"
 #include "run/filecardmapping.h"
@@ -14,6 +15,7 @@
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 constexpr HRESULT MacroFailed = makeHresult(0x80040301u);
 
@@ -104,6 +106,13 @@ protected:
     RunDriverTest()
     {
         drives.mount('V', temp.root());
+        newInstance();
+    }
+
+    // A conversion instance with a script and nothing else set.
+    void newInstance()
+    {
+        instance = std::make_shared<FakeTaskInstance>();
         instance->set(QStringLiteral("__type"), Variant::fromI4(1));
         instance->set(QStringLiteral("__script"), Variant::fromBStr(QStringLiteral("' <Filepath>")));
         instance->set(QStringLiteral("__mc_version"), Variant::fromI4(2013));
@@ -128,12 +137,12 @@ protected:
 
     TempVault temp;
     std::shared_ptr<VaultStore> store = temp.store;
-    std::shared_ptr<EmbeddedVault> vault = std::make_shared<EmbeddedVault>(store);
+    std::shared_ptr<SwitchedVault> vault = std::make_shared<SwitchedVault>(std::make_shared<EmbeddedVault>(store));
     DriveMap drives;
     ScopedDriveMap scopedDrives{drives};
     FakeClock clock;
     ScopedClock scopedClock{clock};
-    std::shared_ptr<FakeTaskInstance> instance = std::make_shared<FakeTaskInstance>();
+    std::shared_ptr<FakeTaskInstance> instance;
     std::shared_ptr<TaskRunRecord> record = std::make_shared<TaskRunRecord>();
     std::shared_ptr<FakeCad> cad = std::make_shared<FakeCad>(temp);
     TaskRunDriver driver{record, cad, {}, [](const QString &) { return 0; }};
@@ -154,7 +163,8 @@ TEST_F(RunDriverTest, ConversionAddsReferencesCardsAndChecksInEveryOutput)
                                                         {QStringLiteral("Converted"), 7, {}},
                                                         {QStringLiteral("PartNo"), 100, QStringLiteral("Number")}})));
     const DoxCmdData bracket = source(QStringLiteral("Bracket.mcdprt"), QStringLiteral("B"));
-    const DoxCmdData plate = source(QStringLiteral("Plate.mcdprt"), QStringLiteral("C"));
+    DoxCmdData plate = source(QStringLiteral("Plate.mcdprt"), QStringLiteral("C"));
+    plate.long2 = 0; // unknown: the vault's version stands in, here and in the report
     store->setCardValue(bracket.objectId1, 1, QStringLiteral("Number"), {}, Variant::fromBStr(QStringLiteral("BR-1")));
 
     ASSERT_EQ(run({bracket, plate}), S_OK);
@@ -339,6 +349,232 @@ TEST_F(RunDriverTest, ConversionWithoutOutputOrWithAnErrorLogFinishesWithError)
     ASSERT_EQ(run({part}), S_OK);
     EXPECT_EQ(store->readVersion(log->id), "Sheet 2 is empty\r\nSheet 2 is empty\r\n");
     EXPECT_EQ(store->versions(log->id).size(), 2u);
+}
+
+TEST_F(RunDriverTest, AFailedFirstReadReportsNoFilesOfAnEarlierRun)
+{
+    const DoxCmdData part = source(QStringLiteral("A.mcdprt"));
+    ASSERT_EQ(run({part}), S_OK);
+    ASSERT_TRUE(file("Out/A.pdf"));
+    for (const QString key : {"__type", "ReplaceOutput"}) {
+        SCOPED_TRACE(key.toStdString());
+        instance->failRead(key, E_ACCESSDENIED);
+        EXPECT_EQ(run({part}), E_ACCESSDENIED);
+        EXPECT_EQ(cad->macros.size(), 1);
+        EXPECT_EQ(driver.Finish(*instance, E_ACCESSDENIED), E_ACCESSDENIED);
+        EXPECT_EQ(instance->status, TaskStatus_FinishedWithError);
+        // Only files of this run may be affected, and it has none.
+        EXPECT_THAT(instance->affected, IsEmpty());
+        newInstance();
+    }
+}
+
+// The host's status answers around a run of three files, and what the
+// driver does with them: the status it writes, the five-second waits, the
+// cancel flag, the one close, and the outputs it keeps.
+class SuspendAndCancelTest : public RunDriverTest
+{
+protected:
+    HRESULT runThree(const std::vector<std::int32_t> &statuses)
+    {
+        if (m_three.empty())
+            m_three = {source(QStringLiteral("A.mcdprt")), source(QStringLiteral("B.mcdprt")),
+                       source(QStringLiteral("C.mcdprt"))};
+        instance->statusScript.assign(statuses.begin(), statuses.end());
+        return run(m_three);
+    }
+    DoxCmdDataArray m_three;
+    static constexpr std::int32_t Running = TaskStatus_Running;
+};
+
+TEST_F(SuspendAndCancelTest, ASuspendWaitsInFiveSecondPollsUntilResumed)
+{
+    // Before the list is built, then before A, B (suspend, still suspend,
+    // resume) and C.
+    ASSERT_EQ(runThree({Running, Running, TaskStatus_SuspendRequested, TaskStatus_SuspendRequested,
+                        TaskStatus_ResumeRequested, Running}),
+              S_OK);
+    EXPECT_EQ(cmd.cancel, 0);
+    EXPECT_THAT(instance->statusWrites, ElementsAre(TaskStatus_Suspended, TaskStatus_Running));
+    EXPECT_EQ(clock.sleepCount(), 2);
+    EXPECT_EQ(clock.totalSlept(), 2 * TaskRunDriver::SuspendPollMs);
+    EXPECT_EQ(cad->macros.size(), 3);
+    EXPECT_THAT(cad->closes, ElementsAre(true));
+}
+
+TEST_F(SuspendAndCancelTest, ACancelWhileSuspendedOrBetweenFilesKeepsWhatWasDone)
+{
+    struct Case {
+        const char *name;
+        std::vector<std::int32_t> statuses;
+        std::vector<std::int32_t> writes;
+        int sleeps;
+    };
+    const Case cases[] = {
+        {"while suspended", {Running, Running, TaskStatus_SuspendRequested, TaskStatus_CancelRequested},
+         {TaskStatus_Suspended}, 1},
+        {"between files", {Running, Running, TaskStatus_CancelRequested}, {}, 0},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        const int sleepsBefore = clock.sleepCount();
+        instance->statusWrites.clear();
+        cad->macros.clear();
+        cad->closes.clear();
+        EXPECT_EQ(runThree(c.statuses), S_FALSE);
+        EXPECT_EQ(cmd.cancel, -1);
+        EXPECT_EQ(instance->statusWrites, c.writes);
+        EXPECT_EQ(clock.sleepCount() - sleepsBefore, c.sleeps);
+        // A was converted before the cancel; its output still goes into the vault.
+        EXPECT_EQ(cad->macros.size(), 1);
+        EXPECT_THAT(cad->closes, ElementsAre(true));
+        const auto output = file("Out/A.pdf");
+        ASSERT_TRUE(output);
+        EXPECT_EQ(output->lock, VaultLock::None);
+        EXPECT_FALSE(file("Out/B.pdf"));
+        // The host still says cancel: no status of the driver's own.
+        EXPECT_EQ(driver.Finish(*instance, S_FALSE), S_FALSE);
+        EXPECT_EQ(instance->statusWrites, c.writes);
+        instance->status = Running;
+    }
+}
+
+// Each way the vault's batch services can fail while the outputs of a
+// conversion of two files go in: the run's result, the context in the
+// error log, and which outputs are in the vault and which stay locked.
+struct HandOverCase {
+    const char *name;
+    std::function<void(SwitchedVault &vault, VaultStore &store, const QString &root)> arrange;
+    HRESULT result;
+    QString logged;         // the context of the log entry; empty: no entry
+    bool aInVault;          // Out/A.pdf is in the vault (B's fate follows the case's kind)
+    bool locked;            // the outputs in the vault are still locked
+    bool referenced = true; // the outputs refer to their sources
+};
+
+void PrintTo(const HandOverCase &c, std::ostream *os) { *os << c.name; }
+
+class HandOverFailureTest : public RunDriverTest, public ::testing::WithParamInterface<HandOverCase>
+{
+protected:
+    QByteArray log() const { return TempVault::readFile(temp.root() + '/' + instance->guid + ".log"); }
+};
+
+const QString OutA = QStringLiteral("V:\\Out\\A.pdf");
+
+TEST_P(HandOverFailureTest, IsLoggedAndReturnedAndLeavesTheRightFilesLocked)
+{
+    const HandOverCase &c = GetParam();
+    store->defineCardVariable(QStringLiteral("Description"));
+    instance->set(QStringLiteral("RefToSource"), Variant::fromBool(true));
+    instance->set(QStringLiteral("FileCardData"),
+                  Variant::fromBStr(formatFileCardData({{QStringLiteral("Description"), 8, QStringLiteral("PDF")}})));
+    c.arrange(*vault, *store, temp.root());
+
+    EXPECT_EQ(run({source(QStringLiteral("A.mcdprt")), source(QStringLiteral("B.mcdprt"))}), c.result);
+    if (c.logged.isEmpty())
+        EXPECT_EQ(log(), QByteArray());
+    else
+        EXPECT_TRUE(log().startsWith("An error occured: " + c.logged.toLatin1() + "\r\n\t")) << log().toStdString();
+
+    const auto a = file("Out/A.pdf");
+    const auto b = file("Out/B.pdf");
+    ASSERT_TRUE(b);
+    EXPECT_EQ(bool(a), c.aInVault);
+    for (const auto &output : {a, b}) {
+        if (!output)
+            continue;
+        SCOPED_TRACE(output->name.toStdString());
+        EXPECT_EQ(output->lock != VaultLock::None, c.locked);
+        EXPECT_EQ(store->references(output->id, 0).size(), c.referenced ? 1u : 0u);
+    }
+    // A file the vault did not take stays on disk for the user.
+    EXPECT_TRUE(QFileInfo::exists(temp.root() + "/Out/A.pdf"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    RunDriverTest, HandOverFailureTest,
+    ::testing::Values(
+        HandOverCase{"OneFileOfTheCommitFails",
+                     [](SwitchedVault &v, VaultStore &, const QString &) { v.failAdd(OutA, E_DOX_IO_ERROR); }, S_OK,
+                     QStringLiteral("Error adding a file to the vault."), false, false},
+        HandOverCase{"NameTakenMeanwhileIsLookedUp",
+                     [](SwitchedVault &v, VaultStore &store, const QString &root) {
+                         v.failAdd(OutA, E_DOX_NAME_ALREADY_EXISTS);
+                         // Another client added the file between the save and the commit.
+                         v.editAddResults = [&store, root](std::vector<DoxBatchAddResult> &) {
+                             VaultStore::AddOptions held;
+                             held.keepCheckedOut = true;
+                             store.addFile(root + "/Out/A.pdf", QStringLiteral("Out"), QStringLiteral("A.pdf"), held);
+                         };
+                     },
+                     S_OK, QString(), true, false},
+        HandOverCase{"NameTakenButTheLookUpFindsNothing",
+                     [](SwitchedVault &v, VaultStore &, const QString &) {
+                         v.failAdd(OutA, E_DOX_NAME_ALREADY_EXISTS);
+                     },
+                     S_OK, QStringLiteral("Error adding a file to the vault."), false, false},
+        HandOverCase{"ResultPathsDifferOnlyInCase",
+                     [](SwitchedVault &v, VaultStore &, const QString &) {
+                         v.editAddResults = [](std::vector<DoxBatchAddResult> &results) {
+                             for (DoxBatchAddResult &r : results)
+                                 r.path = r.path.toUpper();
+                         };
+                     },
+                     S_OK, QString(), true, false},
+        HandOverCase{"CardUpdateFails",
+                     [](SwitchedVault &v, VaultStore &, const QString &) {
+                         v.failOperation(QStringLiteral("Update.Commit"), E_DOX_DATABASE_ACCESS);
+                     },
+                     E_DOX_DATABASE_ACCESS, QStringLiteral("Error creating references from source to destination file."),
+                     true, true, false},
+        HandOverCase{"ReferencesFail",
+                     [](SwitchedVault &v, VaultStore &, const QString &) {
+                         v.failOperation(QStringLiteral("References.Commit"), E_DOX_DATABASE_ACCESS);
+                     },
+                     E_DOX_DATABASE_ACCESS, QStringLiteral("Error creating references from source to destination file."),
+                     true, true, false},
+        HandOverCase{"CheckInServiceCannotBeMade",
+                     [](SwitchedVault &v, VaultStore &, const QString &) {
+                         v.failCreate(DoxUtil_BatchCheckIn, E_OUTOFMEMORY);
+                     },
+                     E_OUTOFMEMORY, QStringLiteral("Checking in all checked out docs."), true, true},
+        HandOverCase{"CheckInFails",
+                     [](SwitchedVault &v, VaultStore &, const QString &) {
+                         v.failOperation(QStringLiteral("CheckIn.CheckIn"), E_DOX_DATABASE_ACCESS);
+                     },
+                     E_DOX_DATABASE_ACCESS, QStringLiteral("Unlocking files."), true, true}),
+    [](const ::testing::TestParamInfo<HandOverCase> &info) { return std::string(info.param.name); });
+
+TEST_F(RunDriverTest, WithoutRefToSourceNoReferenceServiceIsMade)
+{
+    const DoxCmdData part = source(QStringLiteral("A.mcdprt"));
+    for (const std::optional<bool> refToSource : {std::optional<bool>(false), std::optional<bool>()}) {
+        SCOPED_TRACE(refToSource ? "false" : "missing");
+        newInstance();
+        if (refToSource)
+            instance->set(QStringLiteral("RefToSource"), Variant::fromBool(*refToSource));
+        ASSERT_EQ(run({part}), S_OK);
+        EXPECT_THAT(vault->callsOf(QStringLiteral("References")), IsEmpty());
+        const auto output = file("Out/A.pdf");
+        ASSERT_TRUE(output);
+        EXPECT_EQ(output->lock, VaultLock::None);
+        EXPECT_THAT(store->references(output->id, 0), IsEmpty());
+    }
+}
+
+TEST_F(RunDriverTest, AFailedPutOfTheErrorLogIsTheRunsResult)
+{
+    cad->beforeMacro = [&](qsizetype) { driver.macroBuilder().AppendErrorLog(QStringLiteral("Sheet 2 is empty\n")); };
+    vault->failAdd(QStringLiteral("V:\\") + instance->guid + ".log", E_DOX_IO_ERROR);
+    const HRESULT hr = run({source(QStringLiteral("A.mcdprt"))});
+    EXPECT_EQ(hr, E_DOX_IO_ERROR);
+    // The outputs went in before the log.
+    ASSERT_TRUE(file("Out/A.pdf"));
+    EXPECT_EQ(file("Out/A.pdf")->lock, VaultLock::None);
+    EXPECT_FALSE(file(instance->guid + ".log"));
+    ASSERT_EQ(driver.Finish(*instance, hr), hr);
+    EXPECT_EQ(instance->status, TaskStatus_FinishedWithError);
 }
 
 } // namespace

@@ -22,11 +22,16 @@ QString pathKey(const QString &canonicalPath)
 
 } // namespace
 
-HRESULT TaskRunRecord::start(std::shared_ptr<IDoxVault> vault, std::int32_t taskType, bool replaceOutput)
+void TaskRunRecord::reset()
 {
     m_records.clear();
     resetIndex();
     m_currentSource.reset();
+}
+
+HRESULT TaskRunRecord::start(std::shared_ptr<IDoxVault> vault, std::int32_t taskType, bool replaceOutput)
+{
+    reset();
     m_vault = std::move(vault);
     m_taskType = taskType;
     m_replaceOutput = replaceOutput;

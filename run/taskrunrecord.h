@@ -30,6 +30,8 @@ public:
     // Empties the list and the current source, keeps vault, type and flag,
     // and reads the vault root; a failure to read it is returned.
     HRESULT start(std::shared_ptr<IDoxVault> vault, std::int32_t taskType, bool replaceOutput);
+    // Empties the list and the current source; the rest stays.
+    void reset();
 
     void setVaultClientNotifier(VaultClientNotifier notifier) { m_notify = std::move(notifier); }
 

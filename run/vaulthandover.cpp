@@ -90,6 +90,7 @@ void VaultHandOver::addOutputsOrThrow()
         check(add->CommitAdd(results),
               QStringLiteral("Adding files to the vault. No permission to add files to the destination folder?"));
 
+    const QString notAdded = QStringLiteral("Error adding a file to the vault.");
     for (DoxBatchAddResult &result : results) {
         if (result.result == E_DOX_NAME_ALREADY_EXISTS) {
             // Already in the vault: take its ids from there.
@@ -98,12 +99,19 @@ void VaultHandOver::addOutputsOrThrow()
             if (throwIfFailed(m_vault->GetFileFromPath(result.path, file, folder)) == S_OK && file) {
                 if (result.docId <= 0)
                     result.docId = file->GetID();
-                if (result.folderId <= 0 && folder)
-                    result.folderId = folder->GetID();
+                if (result.folderId <= 0)
+                    result.folderId = folderIdOf(*file, folder.get());
+            }
+            // Without both ids the output cannot be checked in, and one bad
+            // pair would fail the check-in of every other output.
+            if (result.docId <= 0 || result.folderId <= 0) {
+                if (m_report)
+                    m_report(result.result, notAdded);
+                continue;
             }
         } else if (failed(result.result)) {
             if (m_report)
-                m_report(result.result, QStringLiteral("Error adding a file to the vault."));
+                m_report(result.result, notAdded);
             continue;
         }
         const auto it = outputsByPath.constFind(result.path.toCaseFolded());

@@ -2,6 +2,9 @@
 
 #include "host/hosterror.h"
 
+#include <QFileInfo>
+#include <QUrl>
+
 #include <sqlite3.h>
 
 #include <utility>
@@ -150,20 +153,44 @@ QByteArray Statement::blob(int column) const
     return data ? QByteArray(static_cast<const char *>(data), size) : QByteArray();
 }
 
-SqliteDb::SqliteDb(const QString &path, int busyTimeoutMs, OpenMode mode)
+SqliteDb::SqliteDb(const QString &path, int busyTimeoutMs, OpenMode mode) : m_readOnly(mode == OpenMode::ReadOnly)
 {
+    const QByteArray name = path.toUtf8();
+    if (m_readOnly) {
+        open(name, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, busyTimeoutMs);
+        // A log's index that cannot be made fails the first read; then the
+        // file is read as it is, without the shared locks.
+        if (sqlite3_exec(m_db, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr) == SQLITE_OK)
+            return;
+        sqlite3_close(m_db);
+        m_db = nullptr;
+        const QByteArray uri = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded()
+                               + QByteArrayLiteral("?immutable=1");
+        open(uri, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI, busyTimeoutMs);
+        return;
+    }
     int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
     if (mode == OpenMode::Create)
         flags |= SQLITE_OPEN_CREATE;
+    open(name, flags, busyTimeoutMs);
     try {
-        const QByteArray name = path.toUtf8();
-        checkSqlite(sqlite3_open_v2(name.constData(), &m_db, flags, nullptr), m_db, name.constData(),
-                    E_DOX_CANT_OPEN_DATABASE);
-        checkSqlite(sqlite3_busy_timeout(m_db, busyTimeoutMs), m_db, "busy timeout", E_DOX_CANT_OPEN_DATABASE);
         // WAL lets readers go on while one writer commits; in-memory
         // databases keep their own journal mode. FULL syncs the log at every
         // commit, so a committed version survives a power cut too.
         exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON;");
+    } catch (...) {
+        sqlite3_close(m_db);
+        m_db = nullptr;
+        throw;
+    }
+}
+
+void SqliteDb::open(const QByteArray &name, int flags, int busyTimeoutMs)
+{
+    try {
+        checkSqlite(sqlite3_open_v2(name.constData(), &m_db, flags, nullptr), m_db, name.constData(),
+                    E_DOX_CANT_OPEN_DATABASE);
+        checkSqlite(sqlite3_busy_timeout(m_db, busyTimeoutMs), m_db, "busy timeout", E_DOX_CANT_OPEN_DATABASE);
     } catch (...) {
         sqlite3_close(m_db); // also after a failed open, which may leave a handle
         m_db = nullptr;

@@ -76,9 +76,12 @@ private:
 class SqliteDb final
 {
 public:
-    enum class OpenMode { Create, Existing };
+    enum class OpenMode { Create, Existing, ReadOnly };
     // path ":memory:" opens a private in-memory database. Existing never
-    // makes a file: a database that vanished is an error.
+    // makes a file: a database that vanished is an error. ReadOnly opens an
+    // existing database for reading only: every write fails as read-only.
+    // Where not even the write-ahead log's index can be made (a folder we
+    // may not write), the file is read as one nobody changes meanwhile.
     explicit SqliteDb(const QString &path, int busyTimeoutMs = 10000, OpenMode mode = OpenMode::Create);
     ~SqliteDb();
     SqliteDb(const SqliteDb &) = delete;
@@ -99,6 +102,7 @@ public:
     void setUserVersion(int version);
 
     sqlite3 *handle() const { return m_db; }
+    bool isReadOnly() const { return m_readOnly; }
 
     // Work that must follow the fate of the open transaction: called with
     // true after the outermost transaction committed, with false when the
@@ -117,8 +121,11 @@ private:
     // Runs and drops the callbacks from index first on, in order.
     void endCallbacks(std::size_t first, bool committed);
 
+    void open(const QByteArray &name, int flags, int busyTimeoutMs);
+
     std::recursive_mutex m_mutex;
     sqlite3 *m_db = nullptr;
+    bool m_readOnly = false;
     std::vector<std::function<void(bool)>> m_endCallbacks;
     struct CachedStatement {
         sqlite3_stmt *stmt = nullptr;

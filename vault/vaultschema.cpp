@@ -205,6 +205,12 @@ void VaultSchema::ensure(SqliteDb &db, bool create, int upTo)
     // for another process's batch.
     if (db.userVersion() == upTo)
         return;
+    if (db.isReadOnly())
+        throw HostError(E_DOX_DATABASE_ACCESS,
+                        QStringLiteral("the vault is read-only and its database (schema %1) needs an update to "
+                                       "schema %2 first")
+                            .arg(db.userVersion())
+                            .arg(CurrentVersion));
     Transaction transaction(db);
     const int version = db.userVersion();
     if (version > CurrentVersion)

@@ -62,11 +62,13 @@ std::shared_ptr<VaultStore> VaultStore::open(const QString &dir, const VaultOpen
     // and shared memory live there); say so plainly instead of SQLite's
     // "unable to open".
     const QFileInfo database(databasePath(dir));
-    if (!database.isWritable() || !QFileInfo(database.absolutePath()).isWritable())
+    const bool writable = database.isWritable() && QFileInfo(database.absolutePath()).isWritable();
+    if (!writable && !options.reading)
         throw HostError(E_DOX_DATABASE_ACCESS,
                         QStringLiteral("the vault is read-only (%1 cannot be written)").arg(database.absolutePath()));
     try {
-        return std::make_shared<VaultStore>(databasePath(dir), dir, options, Opening::Existing);
+        return std::make_shared<VaultStore>(databasePath(dir), dir, options,
+                                            writable ? Opening::Existing : Opening::ReadOnly);
     } catch (const HostError &e) {
         if (e.code() == E_DOX_CANT_OPEN_DATABASE && e.context().contains(QLatin1String("holds no vault")))
             throw HostError(E_DOX_CANT_OPEN_DATABASE, damaged);
@@ -87,19 +89,23 @@ std::shared_ptr<VaultStore> VaultStore::createInMemory(const QString &dir, const
 VaultStore::VaultStore(const QString &databasePath, const QString &dir, const VaultOpenOptions &options,
                        Opening opening)
     : m_db(databasePath, options.busyTimeoutMs,
-           opening == Opening::Create ? SqliteDb::OpenMode::Create : SqliteDb::OpenMode::Existing),
+           opening == Opening::Create     ? SqliteDb::OpenMode::Create
+           : opening == Opening::ReadOnly ? SqliteDb::OpenMode::ReadOnly
+                                          : SqliteDb::OpenMode::Existing),
       m_paths(options.drive, dir),
       m_journal(m_db, dir, databasePath == QLatin1String(":memory:")),
       m_user(options.user.isEmpty() ? defaultUser() : options.user),
       m_now(options.now)
 {
     VaultSchema::ensure(m_db, opening == Opening::Create);
-    m_journal.recover([this](const QString &native, const QByteArray &bytes) { return holdsLatest(native, bytes); });
+    // A reader leaves an unfinished hand-over of local copies to the next writer.
+    if (!m_db.isReadOnly())
+        m_journal.recover([this](const QString &native, const QByteArray &bytes) { return holdsLatest(native, bytes); });
     const QString drive = setting(QStringLiteral("drive"));
-    if (drive.isEmpty())
-        setSetting(QStringLiteral("drive"), QString(m_paths.driveLetter()));
-    else
+    if (!drive.isEmpty())
         m_paths = VaultPaths(drive.at(0), dir);
+    else if (!m_db.isReadOnly())
+        setSetting(QStringLiteral("drive"), QString(m_paths.driveLetter()));
 }
 
 QByteArray VaultStore::readLocal(const QString &native) const

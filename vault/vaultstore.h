@@ -71,6 +71,9 @@ struct VaultOpenOptions {
     QString user;                          // empty: $USER, else "user"
     std::function<QDateTime()> now;        // empty: the process-wide Clock
     int busyTimeoutMs = 10000;
+    // The caller only reads: a vault it may not write opens read-only
+    // (every write then fails as read-only) instead of being refused.
+    bool reading = false;
 };
 
 // The vault's data: folders, files and their versions with the bytes of
@@ -98,7 +101,7 @@ public:
     static std::shared_ptr<VaultStore> createInMemory(const QString &dir, const QString &name,
                                                       const VaultOpenOptions &options = {});
 
-    enum class Opening { Create, Existing };
+    enum class Opening { Create, Existing, ReadOnly };
     VaultStore(const QString &databasePath, const QString &dir, const VaultOpenOptions &options,
                Opening opening = Opening::Create);
 

@@ -31,17 +31,27 @@ public:
 
     // Settings of the next processes.
     bool registers = true;
+    HRESULT attachFailure = S_OK; // the registered object cannot be reached
     bool refusesExit = false;
+    bool survivesTerminate = false;
     QString revision = QStringLiteral("21.0.0");
     HRESULT hideFailure = S_OK; // the answer of "Visible"
+    // Application members that fail with the given code.
+    std::map<QString, HRESULT> failingMembers;
     // The answer to run call n (counted from 1 over all processes).
     std::function<RunAnswer(int call)> runAnswer = [](int) { return RunAnswer{}; };
     std::map<qint64, quint64> workingSets;
 
     // What happened.
+    struct Call {
+        QString member;
+        AutomationArgs args;
+    };
+    std::vector<Call> calls; // application calls of every process, in order
     std::vector<QString> commandLines;
     std::map<qint64, Process> processes;
     int runCalls = 0;
+    std::vector<int> runTimeouts; // the time limit of each run call
     int answeredWindows = 0;
     std::vector<QString> macroPaths;
     std::vector<QString> macroTexts;
@@ -59,14 +69,35 @@ public:
         return pid;
     }
 
-    std::unique_ptr<McAutomation> waitForApplication(qint64 pid, int polls, qint64 intervalMs) override
+    Attachment waitForApplication(qint64 pid, int polls, qint64 intervalMs) override
     {
-        for (int poll = 0; poll < polls; ++poll) {
+        Attachment attachment;
+        for (int poll = 0; poll < polls && !attachment.appeared; ++poll) {
             Clock::instance().sleep(intervalMs);
-            if (registers)
-                return std::make_unique<Application>(*this, pid);
+            attachment.appeared = registers;
         }
-        return nullptr;
+        attachment.hr = attachment.appeared ? attachFailure : S_OK;
+        if (attachment.appeared && succeeded(attachFailure))
+            attachment.app = std::make_unique<Application>(*this, pid);
+        return attachment;
+    }
+
+    // The members called, in order (the run calls' names tell which was used).
+    QStringList calledMembers() const
+    {
+        QStringList members;
+        for (const Call &call : calls)
+            members.append(call.member);
+        return members;
+    }
+    // The arguments of every call of member.
+    std::vector<AutomationArgs> argsOf(const QString &member) const
+    {
+        std::vector<AutomationArgs> found;
+        for (const Call &call : calls)
+            if (call.member == member)
+                found.push_back(call.args);
+        return found;
     }
 
     bool isRunning(qint64 pid) override { return processes.count(pid) && processes[pid].running; }
@@ -83,7 +114,7 @@ public:
 
     bool terminate(qint64 pid, int exitCode) override
     {
-        if (!isRunning(pid))
+        if (!isRunning(pid) || survivesTerminate)
             return false;
         processes[pid].running = false;
         processes[pid].exitCode = exitCode;
@@ -114,8 +145,11 @@ private:
 
         AutomationReply call(const ObjectRef &, const QString &member, AutomationArgs args, int timeoutMs) override
         {
+            m_fake.calls.push_back({member, args});
             if (!m_fake.isRunning(m_pid))
                 return {RPC_S_SERVER_UNAVAILABLE, {}, {}};
+            if (const auto failing = m_fake.failingMembers.find(member); failing != m_fake.failingMembers.end())
+                return {failing->second, {}, {}};
             if (member == QLatin1String("RevisionNumber"))
                 return {S_OK, Variant::fromBStr(m_fake.revision), {}};
             if (member == QLatin1String("Advise"))
@@ -133,6 +167,9 @@ private:
                     m_fake.processes[m_pid].running = false;
                 return {};
             }
+            // As Mecadra: the call with an error code exists from revision 17 on.
+            if (member == QLatin1String("RunMacro2") && m_fake.revision.section(QLatin1Char('.'), 0, 0).toInt() < 17)
+                return {DISP_E_MEMBERNOTFOUND, {}, {}};
             if (member == QLatin1String("RunMacro2") || member == QLatin1String("RunMacro"))
                 return m_fake.run(m_pid, std::move(args), timeoutMs);
             return {};
@@ -167,8 +204,9 @@ private:
         FakeMecadra &m_fake;
     };
 
-    AutomationReply run(qint64 pid, AutomationArgs args, int)
+    AutomationReply run(qint64 pid, AutomationArgs args, int timeoutMs)
     {
+        runTimeouts.push_back(timeoutMs);
         const RunAnswer answer = runAnswer(++runCalls);
         const QString path = args.at(0).toText();
         macroPaths.push_back(path);

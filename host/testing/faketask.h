@@ -2,6 +2,7 @@
 
 #include "host/testing/fakevariables.h"
 
+#include <deque>
 #include <optional>
 #include <vector>
 
@@ -56,12 +57,17 @@ public:
     {
         if (failed(getStatusResult))
             return getStatusResult;
+        if (!statusScript.empty()) {
+            status = statusScript.front();
+            statusScript.pop_front();
+        }
         value = status;
         return S_OK;
     }
     HRESULT SetStatus(std::int32_t newStatus, HRESULT result, const std::optional<QString> &message,
                       const std::vector<AffectedObject> &objects, const std::optional<QString> &) override
     {
+        statusWrites.push_back(newStatus);
         status = newStatus;
         finalResult = result;
         finalMessage = message;
@@ -91,6 +97,9 @@ public:
     };
     QString guid = QStringLiteral("{00000000-0000-0000-0000-000000000001}");
     std::int32_t status = TaskStatus_Running;
+    // What the host says at each read, in turn; then the last status.
+    std::deque<std::int32_t> statusScript;
+    std::vector<std::int32_t> statusWrites;
     HRESULT getStatusResult = S_OK;
     HRESULT finalResult = S_OK;
     std::optional<QString> finalMessage;
