@@ -117,6 +117,7 @@ TEST(SystemProcessesTest, AChildLeadsItsOwnGroupWhichTerminateEndsWhole)
 TEST(SystemProcessesTest, AKilledStarterTakesItsChildAlong)
 {
     // A starter that is killed outright has no chance to end its child.
+    coreApp();
     QProcess starter;
     starter.start(QStringLiteral(PROCESS_STARTER), {QStringLiteral("/bin/sleep"), QStringLiteral("60")});
     ASSERT_TRUE(starter.waitForReadyRead(10000));
