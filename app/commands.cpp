@@ -29,6 +29,8 @@ int runTaskInstancesCommand(CommandContext &context);
 int runTaskSuspendCommand(CommandContext &context);
 int runTaskResumeCommand(CommandContext &context);
 int runTaskCancelCommand(CommandContext &context);
+int runHostServeCommand(CommandContext &context);
+int runHostStatusCommand(CommandContext &context);
 
 const std::vector<CommandEntry> &allCommands()
 {
@@ -69,6 +71,10 @@ const std::vector<CommandEntry> &allCommands()
         {"task", "suspend", "[--vault DIR] INSTANCE", "ask a run to suspend", &runTaskSuspendCommand},
         {"task", "resume", "[--vault DIR] INSTANCE", "ask a suspended run to resume", &runTaskResumeCommand},
         {"task", "cancel", "[--vault DIR] INSTANCE", "ask a run to stop", &runTaskCancelCommand},
+        {"host", "serve", "[--vault DIR] [--name HOST] [--workers N] [--once] [...]",
+         "run the task host: claim and run launched instances", &runHostServeCommand},
+        {"host", "status", "[--vault DIR] [--json]", "list the task hosts and what their workers run",
+         &runHostStatusCommand},
     };
     return commands;
 }

@@ -36,7 +36,8 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
     int group = 1;
     while (group < argc && qstrncmp(argv[group], "--home", 6) == 0)
         group += qstrcmp(argv[group], "--home") == 0 ? 2 : 1;
-    const bool task = group < argc && qstrcmp(argv[group], "task") == 0;
+    // The task host loads the add-in as "task run" does.
+    const bool task = group < argc && (qstrcmp(argv[group], "task") == 0 || qstrcmp(argv[group], "host") == 0);
     bool gui = false;
     for (int i = group; i < argc; ++i)
         gui = gui || qstrcmp(argv[i], "--gui") == 0;

@@ -3,6 +3,9 @@
 #include "app/cli.h"
 #include "app/taskhost.h"
 #include "app/vaultlocator.h"
+#include "hostservice/instancerun.h"
+#include "hostservice/taskhostservice.h"
+#include "hostservice/taskqueue.h"
 #include "common/errortexts.h"
 #include "common/translator.h"
 #include "convert/conversionsettings.h"
@@ -16,11 +19,13 @@
 #include "vault/vaultstore.h"
 
 #include <QAbstractItemView>
+#include <QCoreApplication>
 #include <QCommandLineParser>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QMutex>
 #include <QRegularExpression>
+#include <QSysInfo>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -92,22 +97,6 @@ QString hresultHex(HRESULT hr)
 QString describeError(HRESULT hr)
 {
     return errorName(hr) + QStringLiteral(": ") + errorText(hr);
-}
-
-QString statusText(std::int32_t status)
-{
-    switch (status) {
-    case TaskStatus_Waiting: return QStringLiteral("waiting");
-    case TaskStatus_Running: return QStringLiteral("running");
-    case TaskStatus_Suspended: return QStringLiteral("suspended");
-    case TaskStatus_CancelRequested: return QStringLiteral("cancel requested");
-    case TaskStatus_FinishedOk: return QStringLiteral("finished");
-    case TaskStatus_Finished: return QStringLiteral("ended by the host");
-    case TaskStatus_FinishedWithError: return QStringLiteral("finished with errors");
-    case TaskStatus_SuspendRequested: return QStringLiteral("suspend requested");
-    case TaskStatus_ResumeRequested: return QStringLiteral("resume requested");
-    default: return QString::number(status);
-    }
 }
 
 // "KEY=VALUE" is a text; "KEY:int=", "KEY:bool=" and "KEY:real=" give the
@@ -535,37 +524,36 @@ int runRun(CommandContext &context)
     QCommandLineParser parser;
     TaskOptions o;
     if (!parseOptions(context, parser, o, {o.json}, QStringLiteral("task run [--vault DIR] INSTANCE [--json]"),
-                      QStringLiteral("Runs a launched instance here, as the task host does, and reports how it\n"
-                                     "ended: exit status 0 when it finished successfully, 1 otherwise. Files the\n"
-                                     "run announces to the vault client are shown as they arrive.")))
+                      QStringLiteral("Claims a launched instance and runs it here, as the task host does, and\n"
+                                     "reports how it ended: exit status 0 when it finished successfully, 1\n"
+                                     "otherwise, 2 when another run holds it or it has ended. The files the run\n"
+                                     "announces to the vault client are listed once each, with a count.")))
         return 0;
     const QStringList args = parser.positionalArguments();
     if (args.size() != 1)
         throw CliError(QStringLiteral("task run: expected one INSTANCE (see --help)"));
     const auto store = openLocatedVault(parser.value(o.vault));
     TaskStore tasks(store);
+    TaskQueue queue(store);
     const InstanceRow before = requireInstance(tasks, args.first());
-    if (isFinishedStatus(before.status))
-        throw CliError(QStringLiteral("task run: instance %1 has ended already (%2)")
-                           .arg(before.id)
-                           .arg(statusText(before.status)));
+    const TaskHolder holder{QSysInfo::machineHostName(), QCoreApplication::applicationPid(), 0};
+    const QueuePolicy policy;
+    // Refused before the add-in is loaded; the claim itself decides for good.
+    if (const QString refused = queue.refusal(before); !refused.isEmpty())
+        throw CliError(QStringLiteral("task run: ") + refused);
     const auto host = openHost(store, context);
     if (!host)
         return 1;
+    const ClaimOutcome claimed = queue.claim(before.id, holder, policy);
+    if (claimed.kind != ClaimOutcome::Kind::Claimed)
+        throw CliError(QStringLiteral("task run: ") + claimed.refusal);
+    LeaseKeeper leases(openLocatedVault(parser.value(o.vault)),
+                       LeaseKeeper::Options{holder.host, holder.pid, 1, policy.leaseMs, false});
+    leases.start();
     const bool json = parser.isSet(o.json);
 
     // Stand where the vault client serves its pipe while the run goes on.
     VaultClientListener listener(IpcNames::defaultFolder());
-    if (!json) {
-        listener.setObserver([](const VaultClientListener::Message &message) {
-            const QByteArray line = QStringLiteral("vault client: %1 %2\n")
-                                        .arg(message.valid ? QString::number(message.code) : QStringLiteral("?"),
-                                             message.path)
-                                        .toLocal8Bit();
-            std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
-            std::fflush(stderr);
-        });
-    }
     if (!listener.start()) {
         context.err << "mctask: cannot listen on the vault client's pipe (another listener?); notifications are not shown\n";
         context.err.flush();
@@ -573,57 +561,58 @@ int runRun(CommandContext &context)
 
     const bool terminal = isatty(fileno(stderr)) != 0;
     bool barShown = false;
-    DoxCmd cmd;
-    const RunEnd end = runWithHostRules(tasks, before.id, [&] {
-        DoxCmdDataArray data = tasks.instanceData(before.id);
-        ProgressReportingInstance::Observer progress;
-        if (!json && terminal) {
-            // One bar, redrawn in place.
-            progress = [&context, &barShown](std::int32_t position, std::int32_t maximum, const QString &text) {
-                context.err << "\r\033[K" << progressLine(position, maximum, text);
-                context.err.flush();
-                barShown = true;
-            };
-        } else if (!json) {
-            progress = [&context](std::int32_t position, std::int32_t maximum, const QString &text) {
-                context.err << progressLine(position, maximum, text) << '\n';
-                context.err.flush();
-            };
-        }
-        cmd = host->command(DoxCmd_TaskRun,
-                            std::make_shared<ProgressReportingInstance>(host->instance(before.id), progress));
-        return host->send(cmd, data);
-    });
-    if (end.cancelledBeforeStart)
-        cmd.cancel = -1;
-    const HRESULT hr = end.commandResult;
+    ProgressObserver progress;
+    if (!json && terminal) {
+        // One bar, redrawn in place.
+        progress = [&context, &barShown](std::int32_t position, std::int32_t maximum, const QString &text) {
+            context.err << "\r\033[K" << progressLine(position, maximum, text);
+            context.err.flush();
+            barShown = true;
+        };
+    } else if (!json) {
+        progress = [&context](std::int32_t position, std::int32_t maximum, const QString &text) {
+            context.err << progressLine(position, maximum, text) << '\n';
+            context.err.flush();
+        };
+    }
+    const RunReport report = runClaimedInstance(*host, claimed.claim, progress);
+    leases.stop();
     listener.stop();
     if (barShown) {
         context.err << '\n';
         context.err.flush();
     }
 
-    const InstanceRow after = *tasks.instanceById(before.id);
+    const std::vector<VaultClientListener::Tally> notices = listener.tally();
+    const InstanceRow &after = report.end;
     const QString message = after.message.value_or(QString());
     const int status = after.status == TaskStatus_FinishedOk ? 0 : 1;
     if (json) {
         QJsonArray notifications;
-        for (const VaultClientListener::Message &m : listener.messages())
-            notifications.append(QJsonObject{{QStringLiteral("code"), m.code}, {QStringLiteral("path"), m.path}});
+        for (const VaultClientListener::Tally &t : notices)
+            notifications.append(QJsonObject{{QStringLiteral("code"), t.message.code},
+                                             {QStringLiteral("path"), t.message.path},
+                                             {QStringLiteral("count"), t.count}});
         printJson(context.out,
                   QJsonObject{{QStringLiteral("id"), after.id},
                               {QStringLiteral("guid"), after.guid},
                               {QStringLiteral("status"), after.status},
-                              {QStringLiteral("statusText"), statusText(after.status)},
+                              {QStringLiteral("statusText"), taskStatusText(after.status)},
                               {QStringLiteral("hresult"), static_cast<qint64>(after.result)},
                               {QStringLiteral("hresultText"), hresultHex(after.result)},
                               {QStringLiteral("errorName"), errorName(after.result)},
                               {QStringLiteral("message"), message},
-                              {QStringLiteral("commandResult"), hresultHex(hr)},
-                              {QStringLiteral("cancelled"), cmd.cancel != 0},
+                              {QStringLiteral("commandResult"), hresultHex(report.commandResult)},
+                              {QStringLiteral("cancelled"), report.cancelled},
+                              {QStringLiteral("attempt"), after.attempt},
                               {QStringLiteral("notifications"), notifications}});
     } else {
-        context.out << "instance " << after.id << ": " << statusText(after.status) << " (status " << after.status
+        for (const VaultClientListener::Tally &t : notices)
+            context.err << "vault client: " << (t.message.valid ? QString::number(t.message.code) : QStringLiteral("?"))
+                        << ' ' << t.message.path << (t.count > 1 ? QStringLiteral(" (%1 times)").arg(t.count) : QString())
+                        << '\n';
+        context.err.flush();
+        context.out << "instance " << after.id << ": " << taskStatusText(after.status) << " (status " << after.status
                     << ", " << errorName(after.result) << ")";
         if (!message.isEmpty())
             context.out << ": " << message;
@@ -699,7 +688,8 @@ int runInstances(CommandContext &context)
     QCommandLineParser parser;
     TaskOptions o;
     if (!parseOptions(context, parser, o, {o.json}, QStringLiteral("task instances [--vault DIR] [--json]"),
-                      QStringLiteral("Lists the task instances, oldest first.")))
+                      QStringLiteral("Lists the task instances, oldest first: status, the host and worker that\n"
+                                     "holds or ran each, the attempt, progress, started and finished times.")))
         return 0;
     if (!parser.positionalArguments().isEmpty())
         throw CliError(QStringLiteral("task instances: no arguments expected (see --help)"));
@@ -711,22 +701,36 @@ int runInstances(CommandContext &context)
         const auto task = tasks.taskById(row.taskId);
         const QString taskName = task ? task->name : QString();
         const QString message = row.message.value_or(QString());
+        const QString progress = QStringLiteral("%1/%2").arg(row.progressPos).arg(row.progressMax);
         array.append(QJsonObject{{QStringLiteral("id"), row.id},
                                  {QStringLiteral("guid"), row.guid},
                                  {QStringLiteral("task"), taskName},
                                  {QStringLiteral("status"), row.status},
-                                 {QStringLiteral("statusText"), statusText(row.status)},
+                                 {QStringLiteral("statusText"), taskStatusText(row.status)},
                                  {QStringLiteral("hresult"), static_cast<qint64>(row.result)},
                                  {QStringLiteral("message"), message},
                                  {QStringLiteral("progress"), row.progressPos},
                                  {QStringLiteral("progressMax"), row.progressMax},
-                                 {QStringLiteral("created"), row.created}});
-        rows.push_back({QString::number(row.id), row.guid, taskName, statusText(row.status), message});
+                                 {QStringLiteral("created"), row.created},
+                                 {QStringLiteral("host"), row.holderHost},
+                                 {QStringLiteral("pid"), row.holderPid},
+                                 {QStringLiteral("worker"), row.holderWorker},
+                                 {QStringLiteral("attempt"), row.attempt},
+                                 {QStringLiteral("held"), row.held()},
+                                 {QStringLiteral("started"), row.started},
+                                 {QStringLiteral("finished"), row.finished}});
+        const QString holder = row.holderHost.isEmpty() ? QString()
+                                                         : QStringLiteral("%1 (%2)").arg(row.holderHost).arg(row.holderPid);
+        rows.push_back({QString::number(row.id), taskName, taskStatusText(row.status), holder,
+                        row.holderHost.isEmpty() ? QString() : QString::number(row.holderWorker),
+                        QString::number(row.attempt), progress, row.started, row.finished, message});
     }
     if (parser.isSet(o.json))
         printJson(context.out, array);
     else
-        printTable(context.out, {"ID", "IDENTIFIER", "TASK", "STATUS", "MESSAGE"}, rows);
+        printTable(context.out,
+                   {"ID", "TASK", "STATUS", "HOST", "WORKER", "ATTEMPT", "PROGRESS", "STARTED", "FINISHED", "MESSAGE"},
+                   rows);
     return 0;
 }
 
@@ -752,7 +756,7 @@ int runRequest(CommandContext &context, const QString &verb, std::int32_t reques
     if (requested == TaskStatus_SuspendRequested && suspended)
         throw CliError(QStringLiteral("task suspend: instance %1 is suspended already").arg(row.id));
     tasks.setStatusOnly(row.id, requested);
-    context.out << "instance " << row.id << ": " << statusText(requested) << '\n';
+    context.out << "instance " << row.id << ": " << taskStatusText(requested) << '\n';
     return 0;
 }
 

@@ -99,6 +99,11 @@ HRESULT TaskHost::send(DoxCmd &cmd, DoxCmdDataArray &data)
     return m_addin->send(cmd, data);
 }
 
+std::shared_ptr<IDoxVault> TaskHost::hostVault()
+{
+    return m_vault;
+}
+
 std::shared_ptr<StoredTaskProperties> TaskHost::properties(int taskId)
 {
     return std::make_shared<StoredTaskProperties>(*m_tasks, taskId);
@@ -138,79 +143,3 @@ SetupOutcome TaskHost::setupWithOk(int taskId)
     return outcome;
 }
 
-ProgressReportingInstance::ProgressReportingInstance(std::shared_ptr<IDoxTaskInstance> instance, Observer observer)
-    : m_instance(std::move(instance)), m_observer(std::move(observer))
-{
-}
-
-HRESULT ProgressReportingInstance::GetVariable(const QString &name, Variant &value)
-{
-    return m_instance->GetVariable(name, value);
-}
-
-HRESULT ProgressReportingInstance::SetVariable(const QString &name, const Variant &value)
-{
-    return m_instance->SetVariable(name, value);
-}
-
-HRESULT ProgressReportingInstance::GetInstanceGuid(QString &guid)
-{
-    return m_instance->GetInstanceGuid(guid);
-}
-
-HRESULT ProgressReportingInstance::GetStatus(std::int32_t &status)
-{
-    return m_instance->GetStatus(status);
-}
-
-HRESULT ProgressReportingInstance::SetStatus(std::int32_t status, HRESULT result, const std::optional<QString> &message,
-                                             const std::vector<AffectedObject> &affected,
-                                             const std::optional<QString> &extra)
-{
-    return m_instance->SetStatus(status, result, message, affected, extra);
-}
-
-HRESULT ProgressReportingInstance::SetProgressRange(std::int32_t maximum, std::int32_t position, const QString &text)
-{
-    const HRESULT hr = m_instance->SetProgressRange(maximum, position, text);
-    if (succeeded(hr)) {
-        m_maximum = maximum;
-        if (m_observer)
-            m_observer(position, m_maximum, text);
-    }
-    return hr;
-}
-
-HRESULT ProgressReportingInstance::SetProgressPos(std::int32_t position, const QString &text)
-{
-    const HRESULT hr = m_instance->SetProgressPos(position, text);
-    if (succeeded(hr) && m_observer)
-        m_observer(position, m_maximum, text);
-    return hr;
-}
-
-HRESULT ProgressReportingInstance::GetTaskValue(const Variant &nameOrNumber, Variant &value)
-{
-    return m_instance->GetTaskValue(nameOrNumber, value);
-}
-
-RunEnd runWithHostRules(TaskStore &tasks, int instanceId, const std::function<HRESULT()> &run)
-{
-    const auto before = tasks.instanceById(instanceId);
-    if (!before)
-        throw HostError(E_INVALIDARG, QStringLiteral("no task instance %1").arg(instanceId));
-    RunEnd end;
-    if (before->status == TaskStatus_CancelRequested) {
-        tasks.setStatus(instanceId, TaskStatus_Finished, S_FALSE, QStringLiteral("Cancelled before the run started."),
-                        {}, std::nullopt);
-        end.cancelledBeforeStart = true;
-        return end;
-    }
-    if (before->status != TaskStatus_SuspendRequested && before->status != TaskStatus_Suspended)
-        tasks.setStatusOnly(instanceId, TaskStatus_Running);
-    end.commandResult = run();
-    if (!isFinishedStatus(tasks.instanceById(instanceId)->status))
-        tasks.setStatus(instanceId, TaskStatus_Finished, end.commandResult,
-                        QStringLiteral("The add-in did not report the end of the run."), {}, std::nullopt);
-    return end;
-}

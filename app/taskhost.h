@@ -3,6 +3,7 @@
 #include "host/doxcmd.h"
 #include "host/hresult.h"
 #include "host/idoxtask.h"
+#include "hostservice/instancerun.h"
 
 #include <QString>
 #include <QTextStream>
@@ -28,34 +29,10 @@ struct SetupOutcome {
     bool ok() const { return succeeded(setupResult) && confirmed && succeeded(buttonResult) && refusedPage.isEmpty(); }
 };
 
-// A task instance as the add-in sees it during a run, which also tells the
-// program how far the run has come (the progress shown while it runs).
-class ProgressReportingInstance final : public IDoxTaskInstance
-{
-public:
-    using Observer = std::function<void(std::int32_t position, std::int32_t maximum, const QString &text)>;
-
-    ProgressReportingInstance(std::shared_ptr<IDoxTaskInstance> instance, Observer observer);
-
-    HRESULT GetVariable(const QString &name, Variant &value) override;
-    HRESULT SetVariable(const QString &name, const Variant &value) override;
-    HRESULT GetInstanceGuid(QString &guid) override;
-    HRESULT GetStatus(std::int32_t &status) override;
-    HRESULT SetStatus(std::int32_t status, HRESULT result, const std::optional<QString> &message,
-                      const std::vector<AffectedObject> &affected, const std::optional<QString> &extra) override;
-    HRESULT SetProgressRange(std::int32_t maximum, std::int32_t position, const QString &text) override;
-    HRESULT SetProgressPos(std::int32_t position, const QString &text) override;
-    HRESULT GetTaskValue(const Variant &nameOrNumber, Variant &value) override;
-
-private:
-    std::shared_ptr<IDoxTaskInstance> m_instance;
-    Observer m_observer;
-    std::int32_t m_maximum = 0;
-};
-
 // The embedded task host: the vault, its tasks and the add-in loaded as the
-// host loads it. It builds the command records the add-in receives.
-class TaskHost final
+// host loads it. It builds the command records the add-in receives, and is
+// the add-in session of the runs it makes (runClaimedInstance).
+class TaskHost final : public AddInSession
 {
 public:
     ~TaskHost();
@@ -73,7 +50,9 @@ public:
     HostWindow window();
 
     DoxCmd command(DoxCmdType type, HostObjectPtr extra, const QString &comment = QString());
-    HRESULT send(DoxCmd &cmd, DoxCmdDataArray &data);
+    HRESULT send(DoxCmd &cmd, DoxCmdDataArray &data) override;
+    std::shared_ptr<VaultStore> store() override { return m_store; }
+    std::shared_ptr<IDoxVault> hostVault() override;
 
     std::shared_ptr<StoredTaskProperties> properties(int taskId);
     std::shared_ptr<StoredTaskInstance> instance(int instanceId);
@@ -96,17 +75,6 @@ private:
     std::unique_ptr<AddInHost> m_addin;
     std::unique_ptr<QWidget> m_window;
 };
-
-// The host's rules around command 31 for a launched instance. An instance
-// cancelled before it started never reaches the add-in and ends as
-// cancelled; otherwise it is running while run calls the add-in (a pending
-// suspend request stays for the add-in to honour), and an instance the
-// add-in did not end is ended with the command's result.
-struct RunEnd {
-    HRESULT commandResult = S_FALSE; // S_FALSE when the add-in was not called
-    bool cancelledBeforeStart = false;
-};
-RunEnd runWithHostRules(TaskStore &tasks, int instanceId, const std::function<HRESULT()> &run);
 
 // The host's own windows, shown with --gui (taskcommands_windows.cpp).
 

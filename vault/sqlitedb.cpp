@@ -207,6 +207,11 @@ std::int64_t SqliteDb::lastInsertId() const
     return sqlite3_last_insert_rowid(m_db);
 }
 
+int SqliteDb::changes() const
+{
+    return sqlite3_changes(m_db);
+}
+
 bool SqliteDb::inTransaction() const
 {
     return sqlite3_get_autocommit(m_db) == 0;

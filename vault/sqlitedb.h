@@ -92,6 +92,8 @@ public:
     void exec(const char *sql);
 
     std::int64_t lastInsertId() const;
+    // Rows changed by the last INSERT, UPDATE or DELETE of the connection.
+    int changes() const;
     bool inTransaction() const;
     int userVersion();
     void setUserVersion(int version);

@@ -31,6 +31,16 @@ InstanceRow readInstance(const Statement &s)
     row.progressPos = s.integer(8);
     row.progressText = s.text(9);
     row.created = s.text(10);
+    row.holderHost = s.isNull(11) ? QString() : s.text(11);
+    row.holderPid = s.int64(12);
+    row.holderWorker = s.integer(13);
+    row.attempt = s.integer(14);
+    if (!s.isNull(15))
+        row.leaseExpiry = s.int64(15);
+    row.claimed = s.isNull(16) ? QString() : s.text(16);
+    row.started = s.isNull(17) ? QString() : s.text(17);
+    row.finished = s.isNull(18) ? QString() : s.text(18);
+    row.handover = s.isNull(19) ? QString() : s.text(19);
     return row;
 }
 
@@ -51,7 +61,8 @@ const TaskStore::VariableHolder TaskStore::kInstanceVariables = {
 namespace {
 
 constexpr const char *instanceColumns = "SELECT id, task_id, guid, status, result, message, extra, progress_max, "
-                                        "progress_pos, progress_text, created FROM instances ";
+                                        "progress_pos, progress_text, created, holder_host, holder_pid, holder_worker, "
+                                        "attempt, lease_expiry, claimed, started, finished, handover FROM instances ";
 
 } // namespace
 
@@ -329,7 +340,11 @@ void TaskStore::setStatus(int instanceId, std::int32_t status, HRESULT result, c
     requireInstance(instanceId);
     SqliteDb &db = m_store->db();
     Transaction t(db);
-    Statement s = db.prepare("UPDATE instances SET status = ?, result = ?, message = ?, extra = ? WHERE id = ?");
+    // An ended instance is no longer held: its lease goes.
+    Statement s = db.prepare("UPDATE instances SET status = ?1, result = ?2, message = ?3, extra = ?4, "
+                             "finished = CASE WHEN ?1 IN (7, 8, 9) THEN ?6 ELSE finished END, "
+                             "lease_expiry = CASE WHEN ?1 IN (7, 8, 9) THEN NULL ELSE lease_expiry END "
+                             "WHERE id = ?5");
     s.bind(1, status).bind(2, static_cast<std::int64_t>(result));
     if (message)
         s.bind(3, *message);
@@ -339,7 +354,7 @@ void TaskStore::setStatus(int instanceId, std::int32_t status, HRESULT result, c
         s.bind(4, *extra);
     else
         s.bindNull(4);
-    s.bind(5, instanceId).exec();
+    s.bind(5, instanceId).bind(6, m_store->timestamp()).exec();
     db.prepare("DELETE FROM instance_affected WHERE instance_id = ?").bind(1, instanceId).exec();
     int position = 0;
     for (const AffectedObject &a : affected) {

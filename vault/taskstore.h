@@ -32,6 +32,17 @@ struct InstanceRow {
     std::int32_t progressPos = 0;
     QString progressText;
     QString created;
+    // The task host's claim (see TaskQueue): the holder stays after the end.
+    QString holderHost; // empty: never claimed
+    qint64 holderPid = 0;
+    int holderWorker = 0;
+    int attempt = 0;                  // claims made so far
+    std::optional<qint64> leaseExpiry; // ms since the epoch; null when not held
+    QString claimed;
+    QString started;
+    QString finished;
+    QString handover; // when the run began handing its outputs to the vault
+    bool held() const { return leaseExpiry.has_value(); }
 };
 
 using NamedVariant = std::pair<QString, Variant>;
@@ -76,6 +87,7 @@ public:
     std::vector<NamedVariant> instanceOwnVariables(int instanceId);
     void setInstanceVariable(int instanceId, const QString &name, const Variant &value);
 
+    // A finished status (7, 8, 9) also records the time it finished.
     void setStatus(int instanceId, std::int32_t status, HRESULT result, const std::optional<QString> &message,
                    const std::vector<AffectedObject> &affected, const std::optional<QString> &extra);
     // Only the status (a request from outside: cancel, suspend, resume).

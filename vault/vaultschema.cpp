@@ -169,13 +169,41 @@ CREATE TABLE local_journal (
 ) WITHOUT ROWID;
 )sql";
 
+// The queue of the task host: who holds an instance (host name, process,
+// worker), the attempt, when the lease of the claim runs out (milliseconds
+// since the epoch, UTC), when the run started, reached the hand-over of its
+// outputs to the vault, and finished. The holder stays after the end, so the
+// table says who ran each instance. hosts: the task hosts and their last
+// heartbeat; what their workers run is read from instances.
+const char *const schemaV3 = R"sql(
+ALTER TABLE instances ADD COLUMN holder_host TEXT;
+ALTER TABLE instances ADD COLUMN holder_pid INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE instances ADD COLUMN holder_worker INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE instances ADD COLUMN claimed TEXT;
+ALTER TABLE instances ADD COLUMN attempt INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE instances ADD COLUMN lease_expiry INTEGER;
+ALTER TABLE instances ADD COLUMN started TEXT;
+ALTER TABLE instances ADD COLUMN finished TEXT;
+ALTER TABLE instances ADD COLUMN handover TEXT;
+CREATE INDEX instances_lease ON instances(lease_expiry) WHERE lease_expiry IS NOT NULL;
+CREATE TABLE hosts (
+  name      TEXT NOT NULL,
+  pid       INTEGER NOT NULL,
+  workers   INTEGER NOT NULL,
+  started   TEXT NOT NULL,
+  heartbeat TEXT NOT NULL,
+  stopped   TEXT,
+  PRIMARY KEY (name, pid)
+) WITHOUT ROWID;
+)sql";
+
 } // namespace
 
-void VaultSchema::ensure(SqliteDb &db, bool create)
+void VaultSchema::ensure(SqliteDb &db, bool create, int upTo)
 {
     // The common case needs no write lock, so opening a vault never waits
     // for another process's batch.
-    if (db.userVersion() == CurrentVersion)
+    if (db.userVersion() == upTo)
         return;
     Transaction transaction(db);
     const int version = db.userVersion();
@@ -184,7 +212,7 @@ void VaultSchema::ensure(SqliteDb &db, bool create)
                         QStringLiteral("the vault database has schema %1; this program knows up to %2")
                             .arg(version)
                             .arg(CurrentVersion));
-    if (version == CurrentVersion) {
+    if (version >= upTo) {
         transaction.commit();
         return;
     }
@@ -192,8 +220,10 @@ void VaultSchema::ensure(SqliteDb &db, bool create)
         throw HostError(E_DOX_CANT_OPEN_DATABASE, QStringLiteral("the database holds no vault"));
     if (version < 1)
         db.exec(schemaV1);
-    if (version < 2)
+    if (version < 2 && upTo >= 2)
         db.exec(schemaV2);
-    db.setUserVersion(CurrentVersion);
+    if (version < 3 && upTo >= 3)
+        db.exec(schemaV3);
+    db.setUserVersion(upTo);
     transaction.commit();
 }

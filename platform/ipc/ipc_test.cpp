@@ -175,6 +175,21 @@ TEST(VaultClientListenerTest, RecordsDecodedMessagesAndAcknowledges)
     EXPECT_FALSE(messages[1].valid);
     EXPECT_EQ(observed.size(), 2u);
 
+    // The same path twice more, and another: one tally per code and path.
+    for (const QString &path : {QStringLiteral("V:\\x.pdf"), QStringLiteral("V:\\y.pdf"), QStringLiteral("V:\\x.pdf")}) {
+        ASSERT_TRUE(client.open());
+        ASSERT_TRUE(client.write(VaultClientMessage::encode(1, path)));
+        ASSERT_TRUE(client.read(256, reply));
+    }
+    const auto tallies = listener.tally();
+    ASSERT_EQ(tallies.size(), 3u);
+    EXPECT_EQ(tallies[0].message.path, QStringLiteral("V:\\x.pdf"));
+    EXPECT_EQ(tallies[0].count, 3);
+    EXPECT_FALSE(tallies[1].message.valid);
+    EXPECT_EQ(tallies[1].count, 1);
+    EXPECT_EQ(tallies[2].message.path, QStringLiteral("V:\\y.pdf"));
+    EXPECT_EQ(tallies[2].count, 1);
+
     listener.clear();
     EXPECT_TRUE(listener.messages().empty());
 }

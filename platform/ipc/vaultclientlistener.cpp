@@ -2,6 +2,8 @@
 
 #include <QtEndian>
 
+#include <algorithm>
+
 VaultClientListener::VaultClientListener(const QString &folder)
     : m_listener(VaultClientMessage::PipeName, folder)
 {
@@ -32,6 +34,21 @@ std::vector<VaultClientListener::Message> VaultClientListener::messages() const
 {
     std::lock_guard guard(m_mutex);
     return m_messages;
+}
+
+std::vector<VaultClientListener::Tally> VaultClientListener::tally() const
+{
+    std::vector<Tally> tallies;
+    for (const Message &message : messages()) {
+        const auto same = std::find_if(tallies.begin(), tallies.end(), [&](const Tally &t) {
+            return t.message.valid == message.valid && t.message.code == message.code && t.message.path == message.path;
+        });
+        if (same != tallies.end())
+            ++same->count;
+        else
+            tallies.push_back(Tally{message, 1});
+    }
+    return tallies;
 }
 
 void VaultClientListener::clear()

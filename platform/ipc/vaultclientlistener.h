@@ -35,6 +35,14 @@ public:
     const QString &socketPath() const { return m_listener.socketPath(); }
 
     std::vector<Message> messages() const;
+    // The messages once per code and path, in the order each first came,
+    // with how often it came: the add-in announces some outputs several
+    // times, and people want one line for each.
+    struct Tally {
+        Message message;
+        int count = 0;
+    };
+    std::vector<Tally> tally() const;
     void clear();
 
 private:

@@ -2,163 +2,23 @@
 // the add-in module it loads, the stand-in Mecadra it starts, and the
 // embedded vault the results land in.
 
-#include <QDir>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QThread>
-#include <gtest/gtest.h>
-
-#include <csignal>
-
 #include "platform/automation/objecttable.h"
 #include "platform/testing/coreapp.h"
 #include "platform/testing/processgone.h"
-#include "tests/e2e/conversiondefaults.h"
-#include "tests/programrun.h"
+#include "tests/e2e/programtasktest.h"
+
+#include <csignal>
 
 namespace {
 
-class TaskRunTest : public testing::Test
+class TaskRunTest : public ProgramTaskTest
 {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(m_home.isValid() && m_work.isValid());
-        m_vault = m_work.filePath("vault");
-        ASSERT_EQ(run({"vault", "init", m_vault, "--name", "E2E"}).status, 0);
-        const ProgramRun registered = runProgram(QStringLiteral(MCSIM_PROGRAM), {"/regserver"}, setting());
-        ASSERT_EQ(registered.status, 0) << registered.err.toStdString();
-    }
-
-    ProgramSetting setting() const { return ProgramSetting(m_home.path()).offscreen().withVault(m_vault); }
-    ProgramRun run(const QStringList &args) { return runProgram(QStringLiteral(MCTASK_PROGRAM), args, setting()); }
-    void ok(const QStringList &args)
-    {
-        const ProgramRun r = run(args);
-        ASSERT_EQ(r.status, 0) << args.join(' ').toStdString() << "\n" << r.err.toStdString();
-    }
-
-    void addSamples(const QStringList &names, const QString &folder, const QStringList &extra = {})
-    {
-        QStringList args{"vault", "add"};
-        for (const QString &name : names)
-            args << QStringLiteral(MCTASK_SAMPLES) + '/' + name;
-        ok(args + QStringList{"--to", folder} + extra);
-    }
-
-    // A PDF conversion task: one file per sheet and per configuration, all
-    // fixed by the set-up.
-    void createPdfTask(const QString &name, const QStringList &settings = {})
-    {
-        ok({"task", "create", name, "--kind", "convert"});
-        ok(QStringList{"task", "set", name} + ConversionDefaults
-           + QStringList{"OutputPath=<Path>\\PDF\\<Filename>_<Configuration>", "OutputConfs:int=2",
-                         "FileConfs:int=4", "OutputSheets:int=2", "FileSheets:int=4", "PromptOutput:bool=false",
-                         "SourceRefs:int=2"}
-           + settings);
-    }
-
-    int launch(const QStringList &args)
-    {
-        const ProgramRun launched = run(QStringList{"task", "launch"} + args);
-        EXPECT_EQ(launched.status, 0) << launched.err.toStdString();
-        return launched.lastLine().toInt();
-    }
-
-    QJsonObject runInstance(int id, int expectedStatus = 0)
-    {
-        const ProgramRun ran = run({"task", "run", QString::number(id), "--json"});
-        EXPECT_EQ(ran.status, expectedStatus) << ran.out.toStdString() << ran.err.toStdString();
-        return ran.json().object();
-    }
-
-    QJsonObject show(const QString &file)
-    {
-        const ProgramRun shown = run({"vault", "show", file, "--json"});
-        EXPECT_EQ(shown.status, 0) << file.toStdString() << shown.err.toStdString();
-        return shown.json().object();
-    }
-
-    QStringList filesUnder(const QString &folder)
-    {
-        const ProgramRun listed = run({"vault", "ls", "V:\\" + QString(folder).replace('/', '\\'), "--json"});
-        QStringList paths;
-        for (const QJsonValue &row : listed.json().array())
-            paths << row.toObject()["path"].toString();
-        paths.sort();
-        return paths;
-    }
-
     // Starts "task run" and lets it go on while the test acts from outside.
     std::unique_ptr<QProcess> startRun(int id)
     {
-        auto process = std::make_unique<QProcess>();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("MCTASK_HOME", m_home.path());
-        env.insert("MCTASK_VAULT", m_vault);
-        env.insert("QT_QPA_PLATFORM", "offscreen");
-        process->setProcessEnvironment(env);
-        process->start(QStringLiteral(MCTASK_PROGRAM), {"task", "run", QString::number(id), "--json"});
-        EXPECT_TRUE(process->waitForStarted());
-        return process;
+        return startProgram({"task", "run", QString::number(id), "--json"});
     }
-
-    // n copies of one part, "part1.mcdprt" ..., in the vault folder Parts.
-    void addPartCopies(int n)
-    {
-        QStringList names;
-        for (int i = 1; i <= n; ++i) {
-            const QString copy = m_work.filePath(QStringLiteral("part%1.mcdprt").arg(i));
-            ASSERT_TRUE(QFile::copy(QStringLiteral(MCTASK_SAMPLES) + "/shaft.mcdprt", copy));
-            names << copy;
-        }
-        ok(QStringList{"vault", "add"} + names + QStringList{"--to", "Parts"});
-    }
-
-    QJsonObject instanceRow(int id)
-    {
-        for (const QJsonValue &row : run({"task", "instances", "--json"}).json().array())
-            if (row.toObject()["id"].toInt() == id)
-                return row.toObject();
-        return {};
-    }
-    int statusOf(int id) { return instanceRow(id)["status"].toInt(-1); }
-    int progressOf(int id) { return instanceRow(id)["progress"].toInt(-1); }
-
-    // Polls until the condition holds (at most 60 s).
-    template <typename Condition>
-    bool waitFor(Condition holds)
-    {
-        for (int i = 0; i < 600; ++i) {
-            if (holds())
-                return true;
-            QThread::msleep(100);
-        }
-        return false;
-    }
-    bool waitForStatus(int id, int status)
-    {
-        return waitFor([&] { return statusOf(id) == status; });
-    }
-
-    QTemporaryDir m_home;
-    QTemporaryDir m_work;
-    QString m_vault;
-};
-
-// Sets an environment variable of the stand-in for one test.
-class ScopedEnv
-{
-public:
-    ScopedEnv(const char *name, const QByteArray &value) : m_name(name) { qputenv(name, value); }
-    ~ScopedEnv() { qunsetenv(m_name); }
-
-private:
-    const char *m_name;
 };
 
 TEST_F(TaskRunTest, ConversionOfAFolderPutsEveryOutputIntoTheVault)
@@ -205,7 +65,11 @@ TEST_F(TaskRunTest, AnExistingOutputBecomesANewVersionOrIsReplaced)
     addSamples({"shaft.mcdprt"}, "Parts");
     createPdfTask("To PDF", {"ReplaceOutput:bool=false"});
     const QString output = "V:\\Parts\\PDF\\shaft_Default.pdf";
-    runInstance(launch({"To PDF", "V:\\Parts\\shaft.mcdprt"}));
+    // The add-in announces a new output three times; the run lists it once, with the count.
+    const QJsonArray notices = runInstance(launch({"To PDF", "V:\\Parts\\shaft.mcdprt"}))["notifications"].toArray();
+    ASSERT_EQ(notices.size(), 1);
+    EXPECT_EQ(notices[0].toObject()["path"].toString().compare(output, Qt::CaseInsensitive), 0);
+    EXPECT_EQ(notices[0].toObject()["count"], QJsonValue(3));
     ASSERT_EQ(show(output)["versions"].toArray().size(), 1);
     const int firstId = show(output)["id"].toInt();
 
@@ -216,7 +80,11 @@ TEST_F(TaskRunTest, AnExistingOutputBecomesANewVersionOrIsReplaced)
     EXPECT_EQ(versioned["versions"].toArray()[1].toObject()["comment"], QJsonValue("Mecadra Task Add-in"));
 
     ok({"task", "set", "To PDF", "ReplaceOutput:bool=true"});
-    runInstance(launch({"To PDF", "V:\\Parts\\shaft.mcdprt"}));
+    // Once for the file it replaces, three times as a new file: one line for the path.
+    const ProgramRun replacing = run({"task", "run", QString::number(launch({"To PDF", "V:\\Parts\\shaft.mcdprt"}))});
+    EXPECT_EQ(replacing.status, 0) << replacing.err.toStdString();
+    EXPECT_EQ(replacing.err.count("vault client: "), 1) << replacing.err.toStdString();
+    EXPECT_TRUE(replacing.err.contains("shaft_Default.pdf (4 times)", Qt::CaseInsensitive)) << replacing.err.toStdString();
     const QJsonObject replaced = show(output);
     EXPECT_EQ(replaced["versions"].toArray().size(), 1); // a new file, without the old one's history
 }

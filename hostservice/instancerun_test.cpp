@@ -1,0 +1,132 @@
+#include "hostservice/instancerun.h"
+
+#include "hostservice/testing/scriptedsession.h"
+#include "platform/clock.h"
+#include "vault/embeddedvault.h"
+#include "vault/vaulttesting.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const TaskHolder Worker{QStringLiteral("alpha"), 101, 1};
+const TaskHolder Other{QStringLiteral("beta"), 202, 1};
+
+class InstanceRunTest : public testing::Test
+{
+protected:
+    InstanceRunTest() : m_clockGuard(m_clock), m_queue(m_vault.store), m_session(m_vault.store)
+    {
+        m_taskId = m_queue.tasks().createTask(QStringLiteral("Convert"), QStringLiteral("{0}")).id;
+    }
+
+    TaskClaim launchAndClaim(std::int32_t status = TaskStatus_Waiting)
+    {
+        const int id = m_queue.tasks().createInstance(m_taskId).id;
+        if (status != TaskStatus_Waiting)
+            m_queue.tasks().setStatusOnly(id, status);
+        return m_queue.claim(id, Worker, m_policy).claim;
+    }
+    InstanceRow row(int id) { return *m_queue.tasks().instanceById(id); }
+
+    FakeClock m_clock;
+    ScopedClock m_clockGuard;
+    TempVault m_vault;
+    TaskQueue m_queue;
+    ScriptedSession m_session;
+    QueuePolicy m_policy{2000, 2};
+    int m_taskId = 0;
+};
+
+TEST_F(InstanceRunTest, ACancelledInstanceNeverReachesTheAddIn)
+{
+    const TaskClaim claim = launchAndClaim(TaskStatus_CancelRequested);
+    const RunReport report = runClaimedInstance(m_session, claim);
+    EXPECT_EQ(m_session.sent, 0);
+    EXPECT_TRUE(report.cancelled);
+    EXPECT_EQ(report.commandResult, S_FALSE);
+    EXPECT_EQ(report.end.status, TaskStatus_Finished);
+    EXPECT_EQ(report.end.message, QStringLiteral("Cancelled before the run started."));
+    EXPECT_FALSE(report.end.held());
+}
+
+TEST_F(InstanceRunTest, TheAddInGetsCommand43WithTheLaunchDataAndWhatItLeavesOpenIsEnded)
+{
+    const TaskClaim claim = launchAndClaim();
+    m_queue.tasks().setInstanceData(claim.instanceId, {DoxCmdData{7, 1, QStringLiteral("V:\\a.mcdprt"), {}, 1, 0}});
+    std::vector<QString> heard;
+    std::int32_t seen = 0;
+    m_session.script = [&](DoxCmd &cmd, DoxCmdDataArray &data, IDoxTaskInstance &instance, IDoxVault &) {
+        EXPECT_EQ(cmd.commandType, DoxCmd_TaskRun);
+        EXPECT_EQ(data.size(), 1u);
+        instance.GetStatus(seen);
+        EXPECT_EQ(instance.SetProgressRange(2, 0, QStringLiteral("a.mcdprt")), S_OK);
+        EXPECT_EQ(instance.SetProgressPos(1, QStringLiteral("Adding files to vault...")), S_OK);
+        return E_FAIL;
+    };
+    const RunReport report = runClaimedInstance(m_session, claim, [&](std::int32_t p, std::int32_t m, const QString &t) {
+        heard.push_back(QStringLiteral("%1/%2 %3").arg(p).arg(m).arg(t));
+    });
+    EXPECT_EQ(seen, TaskStatus_Running);
+    EXPECT_EQ(heard, (std::vector<QString>{"0/2 a.mcdprt", "1/2 Adding files to vault..."}));
+    EXPECT_EQ(report.commandResult, E_FAIL);
+    EXPECT_FALSE(report.claimLost);
+    EXPECT_EQ(report.end.status, TaskStatus_Finished);
+    EXPECT_EQ(report.end.result, E_FAIL);
+    EXPECT_EQ(report.end.message, QStringLiteral("The add-in did not report the end of the run."));
+    EXPECT_EQ(report.end.progressPos, 1);
+}
+
+TEST_F(InstanceRunTest, ASuspendRequestStaysForTheAddInAndItsEndStands)
+{
+    const TaskClaim claim = launchAndClaim(TaskStatus_SuspendRequested);
+    std::int32_t seen = 0;
+    m_session.script = [&](DoxCmd &, DoxCmdDataArray &, IDoxTaskInstance &instance, IDoxVault &) {
+        instance.GetStatus(seen);
+        return instance.SetStatus(TaskStatus_FinishedOk, S_OK, QStringLiteral("done"), {}, std::nullopt);
+    };
+    const RunReport report = runClaimedInstance(m_session, claim);
+    EXPECT_EQ(seen, TaskStatus_SuspendRequested);
+    EXPECT_EQ(report.end.status, TaskStatus_FinishedOk);
+    EXPECT_EQ(report.end.message, QStringLiteral("done"));
+}
+
+TEST_F(InstanceRunTest, TheHandOverIsRecordedWhenTheRunFirstAsksForAWritingService)
+{
+    const TaskClaim claim = launchAndClaim();
+    m_session.script = [&](DoxCmd &, DoxCmdDataArray &, IDoxTaskInstance &instance, IDoxVault &vault) {
+        HostObjectPtr service;
+        EXPECT_EQ(vault.CreateUtility(DoxUtil_BatchListing, service), S_OK);
+        EXPECT_TRUE(row(claim.instanceId).handover.isEmpty()); // reading is no hand-over
+        EXPECT_EQ(vault.CreateUtility(DoxUtil_BatchAdd, service), S_OK);
+        EXPECT_TRUE(queryInterface<IDoxBatchAdd>(service));
+        EXPECT_FALSE(row(claim.instanceId).handover.isEmpty());
+        return instance.SetStatus(TaskStatus_FinishedOk, S_OK, std::nullopt, {}, std::nullopt);
+    };
+    EXPECT_EQ(runClaimedInstance(m_session, claim).end.status, TaskStatus_FinishedOk);
+}
+
+TEST_F(InstanceRunTest, ARunWhoseClaimWasLostChangesNothingAndChecksNothingIn)
+{
+    const TaskClaim claim = launchAndClaim();
+    m_session.script = [&](DoxCmd &, DoxCmdDataArray &, IDoxTaskInstance &instance, IDoxVault &vault) {
+        // The host hangs past its lease; another host takes the instance over.
+        m_clock.advance(m_policy.leaseMs + 1);
+        EXPECT_TRUE(m_queue.claimNext(Other, m_policy));
+        HostObjectPtr service;
+        EXPECT_EQ(vault.CreateUtility(DoxUtil_BatchAdd, service), E_ACCESSDENIED);
+        EXPECT_FALSE(service);
+        EXPECT_EQ(instance.SetVariable(QStringLiteral("__output_list"), Variant::fromBStr("x")), E_ACCESSDENIED);
+        return instance.SetStatus(TaskStatus_FinishedOk, S_OK, std::nullopt, {}, std::nullopt);
+    };
+    const RunReport report = runClaimedInstance(m_session, claim);
+    EXPECT_TRUE(report.claimLost);
+    // The other host's claim stands, untouched.
+    EXPECT_EQ(report.end.status, TaskStatus_Running);
+    EXPECT_EQ(report.end.holderHost, QStringLiteral("beta"));
+    EXPECT_EQ(report.end.attempt, 2);
+    EXPECT_TRUE(report.end.handover.isEmpty());
+    EXPECT_TRUE(report.end.finished.isEmpty());
+}
+
+} // namespace

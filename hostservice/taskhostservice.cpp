@@ -1,0 +1,217 @@
+#include "hostservice/taskhostservice.h"
+
+#include "host/hosterror.h"
+#include "platform/clock.h"
+
+#include <algorithm>
+
+namespace {
+
+// The lease keeper looks at its stop flag this often while it waits.
+constexpr qint64 StopCheckMs = 100;
+
+} // namespace
+
+LeaseKeeper::LeaseKeeper(std::shared_ptr<VaultStore> store, Options options)
+    : m_store(std::move(store)), m_options(std::move(options))
+{
+}
+
+LeaseKeeper::~LeaseKeeper()
+{
+    stop();
+}
+
+void LeaseKeeper::start()
+{
+    beat(); // the host is seen at once
+    m_thread = std::thread([this] { loop(); });
+}
+
+void LeaseKeeper::stop()
+{
+    if (!m_thread.joinable())
+        return;
+    m_stop = true;
+    m_thread.join();
+    try {
+        TaskQueue queue(m_store);
+        if (m_options.announce)
+            queue.markStopped(m_options.host, m_options.pid);
+    } catch (const HostError &) {
+        // The row only tells people; a heartbeat that stops shows the same.
+    }
+}
+
+void LeaseKeeper::beat()
+{
+    TaskQueue queue(m_store);
+    queue.renewLeases(m_options.host, m_options.pid, m_options.leaseMs);
+    if (m_options.announce)
+        queue.heartbeat(m_options.host, m_options.pid, m_options.workers);
+}
+
+void LeaseKeeper::loop()
+{
+    // Three renewals per lease: one late or lost beat costs no claim.
+    const qint64 interval = std::max<qint64>(m_options.leaseMs / 3, 1);
+    Clock &clock = Clock::instance();
+    qint64 due = clock.elapsed() + interval;
+    while (!m_stop) {
+        clock.sleep(std::min(StopCheckMs, std::max<qint64>(due - clock.elapsed(), 0)));
+        if (m_stop || clock.elapsed() < due)
+            continue;
+        try {
+            beat();
+        } catch (const HostError &) {
+            // A busy or failing database: the next beat tries again.
+        }
+        due = clock.elapsed() + interval;
+    }
+}
+
+TaskHostService::TaskHostService(Options options, StoreFactory stores, SessionFactory sessions, EventSink events)
+    : m_options(std::move(options)), m_stores(std::move(stores)), m_sessions(std::move(sessions)),
+      m_events(std::move(events))
+{
+}
+
+TaskHostService::~TaskHostService()
+{
+    stop();
+    join();
+}
+
+void TaskHostService::start()
+{
+    m_leases = std::make_unique<LeaseKeeper>(
+        m_stores(), LeaseKeeper::Options{m_options.name, m_options.pid, m_options.workers, m_options.leaseMs, true});
+    m_leases->start();
+    m_running = m_options.workers;
+    for (int worker = 1; worker <= m_options.workers; ++worker)
+        m_threads.emplace_back([this, worker] { work(worker); });
+}
+
+void TaskHostService::stop()
+{
+    m_stopping = true;
+}
+
+void TaskHostService::cancel()
+{
+    m_stopping = true;
+    m_cancelling = true;
+    TaskQueue(m_stores()).requestCancelHeldBy(m_options.name, m_options.pid);
+}
+
+bool TaskHostService::finished() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_running == 0;
+}
+
+void TaskHostService::join()
+{
+    for (std::thread &thread : m_threads)
+        if (thread.joinable())
+            thread.join();
+    m_threads.clear();
+    if (m_leases)
+        m_leases->stop();
+}
+
+QStringList TaskHostService::failures() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_failures;
+}
+
+int TaskHostService::serve(const std::function<int(int timeoutMs)> &waitForSignal)
+{
+    start();
+    int received = 0;
+    while (!finished()) {
+        if (waitForSignal(static_cast<int>(std::min<qint64>(m_options.pollMs, 200))) == 0)
+            continue;
+        if (++received == 1)
+            stop();
+        else
+            cancel();
+    }
+    join();
+    return failures().isEmpty() ? 0 : 1;
+}
+
+void TaskHostService::report(HostEvent::Kind kind, int worker, const InstanceRow &row)
+{
+    if (!m_events)
+        return;
+    HostEvent event;
+    event.kind = kind;
+    event.time = Clock::instance().now().toUTC().toString(Qt::ISODateWithMs);
+    event.host = m_options.name;
+    event.worker = worker;
+    event.instanceId = row.id;
+    event.status = row.status;
+    event.message = row.message.value_or(QString());
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    event.task = m_taskNames.value(row.taskId);
+    m_events(event);
+}
+
+void TaskHostService::work(int worker)
+{
+    QString failure;
+    std::unique_ptr<AddInSession> session;
+    try {
+        session = m_sessions(worker, failure);
+    } catch (const HostError &e) {
+        failure = e.context();
+    }
+    if (!session && failure.isEmpty())
+        failure = QStringLiteral("the add-in could not be loaded");
+    if (session) {
+        TaskQueue queue(session->store());
+        const TaskHolder holder{m_options.name, m_options.pid, worker};
+        const QueuePolicy policy{m_options.leaseMs, m_options.attempts};
+        while (!m_stopping) {
+            try {
+                if (!runNext(*session, queue, holder, policy))
+                    break;
+            } catch (const HostError &) {
+                // The database stayed busy past its timeout, or a run could
+                // not write its end: its lease runs out and the next claim
+                // handles the instance. Wait a poll before the next claim.
+                Clock::instance().sleep(m_options.pollMs);
+            }
+        }
+        session.reset(); // the add-in object ends on the thread that used it
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!failure.isEmpty())
+        m_failures.append(QStringLiteral("worker %1: %2").arg(worker).arg(failure));
+    --m_running;
+}
+
+bool TaskHostService::runNext(AddInSession &session, TaskQueue &queue, const TaskHolder &holder,
+                              const QueuePolicy &policy)
+{
+    const std::optional<TaskClaim> claim = queue.claimNext(holder, policy);
+    if (!claim) {
+        if (m_options.once && queue.pendingCount() == 0)
+            return false;
+        Clock::instance().sleep(m_options.pollMs);
+        return true;
+    }
+    if (m_cancelling)
+        queue.tasks().setStatusOnly(claim->instanceId, TaskStatus_CancelRequested);
+    const InstanceRow row = *queue.tasks().instanceById(claim->instanceId);
+    {
+        const auto task = queue.tasks().taskById(row.taskId);
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_taskNames.insert(row.taskId, task ? task->name : QString());
+    }
+    report(HostEvent::Kind::Started, holder.worker, row);
+    report(HostEvent::Kind::Ended, holder.worker, runClaimedInstance(session, *claim).end);
+    return true;
+}

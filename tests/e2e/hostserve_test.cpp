@@ -1,0 +1,222 @@
+// The task host as an administrator runs it: "mctask host serve" processes
+// on one vault, the add-in they load, the stand-in Mecadra of each worker,
+// and people acting on the instances from other shells meanwhile.
+
+#include "tests/e2e/programtasktest.h"
+
+#include <QRegularExpression>
+
+#include <csignal>
+#include <map>
+#include <set>
+
+namespace {
+
+class HostServeTest : public ProgramTaskTest
+{
+protected:
+    void TearDown() override
+    {
+        // A killed host's Mecadra may outlive it; none may outlive the test.
+        for (const qint64 pid : liveMecadras())
+            ::kill(static_cast<pid_t>(pid), SIGKILL);
+    }
+
+    std::unique_ptr<QProcess> startHost(const QString &name, const QStringList &options = {})
+    {
+        return startProgram(QStringList{"host", "serve", "--name", name, "--poll", "100", "--json"} + options);
+    }
+
+    static void expectCleanExit(QProcess &host)
+    {
+        ASSERT_TRUE(host.waitForFinished(600000));
+        EXPECT_EQ(host.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(host.exitCode(), 0) << host.readAllStandardError().toStdString();
+    }
+
+    // The stand-in processes registered in the test's object table that still run.
+    std::vector<qint64> liveMecadras() const
+    {
+        std::vector<qint64> pids;
+        static const QRegularExpression moniker(QStringLiteral("^Mecadra_PID_([0-9]+)$"));
+        for (const QString &entry : QDir(m_home.filePath("rot")).entryList(QDir::AllEntries | QDir::System)) {
+            const auto match = moniker.match(entry);
+            if (!match.hasMatch())
+                continue;
+            QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(match.captured(1)));
+            if (cmdline.open(QIODevice::ReadOnly) && cmdline.readAll().contains("mcsim"))
+                pids.push_back(match.captured(1).toLongLong());
+        }
+        return pids;
+    }
+
+    std::vector<QJsonObject> events(QProcess &host)
+    {
+        std::vector<QJsonObject> lines;
+        for (const QByteArray &line : host.readAllStandardOutput().split('\n'))
+            if (!line.trimmed().isEmpty())
+                lines.push_back(QJsonDocument::fromJson(line).object());
+        return lines;
+    }
+
+    bool held(int id) { return instanceRow(id)["held"].toBool(); }
+
+    // Each output of the conversion is in the vault once, with one version.
+    void expectEachOutputOnce(int expected)
+    {
+        const QStringList outputs = filesUnder("Parts/PDF");
+        EXPECT_EQ(outputs.size(), expected);
+        for (const QString &output : outputs)
+            EXPECT_EQ(show(output)["versions"].toArray().size(), 1) << output.toStdString();
+    }
+};
+
+TEST_F(HostServeTest, TwoHostsOfTwoWorkersRunFortyInstancesEachExactlyOnce)
+{
+    constexpr int Count = 40;
+    addPartCopies(Count);
+    createPdfTask("To PDF");
+    std::vector<int> ids;
+    for (int i = 1; i <= Count; ++i)
+        ids.push_back(launch({"To PDF", QStringLiteral("V:\\Parts\\part%1.mcdprt").arg(i)}));
+
+    auto alpha = startHost("alpha", {"--workers", "2", "--once"});
+    auto beta = startHost("beta", {"--workers", "2", "--once"});
+    expectCleanExit(*alpha);
+    expectCleanExit(*beta);
+
+    // Who started each instance, from the hosts' own lines.
+    std::map<int, std::pair<QString, int>> startedBy;
+    std::multiset<int> starts;
+    std::multiset<int> ends;
+    for (QProcess *host : {alpha.get(), beta.get()}) {
+        for (const QJsonObject &event : events(*host)) {
+            const int id = event["instance"].toInt();
+            EXPECT_EQ(event["task"], QJsonValue("To PDF"));
+            if (event["event"] == QJsonValue("started")) {
+                starts.insert(id);
+                startedBy[id] = {event["host"].toString(), event["worker"].toInt()};
+            } else {
+                ends.insert(id);
+                const int status = event["status"].toInt();
+                EXPECT_TRUE(status == 7 || status == 9) << id << ": " << status;
+            }
+        }
+    }
+    std::set<std::pair<QString, int>> workers;
+    for (const int id : ids) {
+        EXPECT_EQ(starts.count(id), 1u) << "instance " << id;
+        EXPECT_EQ(ends.count(id), 1u) << "instance " << id;
+        // The table says who ran it.
+        const QJsonObject row = instanceRow(id);
+        EXPECT_TRUE(row["status"].toInt() == 7 || row["status"].toInt() == 9) << id;
+        EXPECT_EQ(row["held"], QJsonValue(false));
+        EXPECT_EQ(row["attempt"], QJsonValue(1));
+        EXPECT_EQ(std::make_pair(row["host"].toString(), row["worker"].toInt()), startedBy[id]) << id;
+        workers.insert(startedBy[id]);
+    }
+    EXPECT_GE(workers.size(), 2u); // they ran side by side
+    expectEachOutputOnce(Count);
+    EXPECT_TRUE(liveMecadras().empty());
+
+    // Both hosts are listed as stopped, with no run left.
+    const QJsonArray hosts = run({"host", "status", "--json"}).json().array();
+    ASSERT_EQ(hosts.size(), 2);
+    for (const QJsonValue &host : hosts)
+        EXPECT_FALSE(host.toObject()["stopped"].toString().isEmpty());
+}
+
+TEST_F(HostServeTest, AHostKilledMidInstanceIsRecoveredByTheOtherAfterTheLease)
+{
+    addPartCopies(3);
+    createPdfTask("To PDF");
+    const int id = launch({"To PDF", "V:\\Parts"});
+    const ScopedEnv slow("MCSIM_MACRO_DELAY_MS", "1500");
+    auto alpha = startHost("alpha", {"--lease", "2"});
+    ASSERT_TRUE(waitFor([&] { return progressOf(id) >= 1; })); // on its second file
+    ::kill(static_cast<pid_t>(alpha->processId()), SIGKILL);
+    ASSERT_TRUE(alpha->waitForFinished(10000));
+    EXPECT_EQ(instanceRow(id)["host"], QJsonValue("alpha"));
+
+    auto beta = startHost("beta", {"--lease", "2", "--once"});
+    expectCleanExit(*beta);
+    const QJsonObject row = instanceRow(id);
+    EXPECT_EQ(row["held"], QJsonValue(false));
+    if (row["status"].toInt() == 7) {
+        EXPECT_EQ(row["attempt"], QJsonValue(2));
+        EXPECT_EQ(row["host"], QJsonValue("beta"));
+        expectEachOutputOnce(3);
+    } else {
+        // Lost after it had begun the hand-over: not run again.
+        EXPECT_EQ(row["status"], QJsonValue(9));
+        EXPECT_TRUE(row["message"].toString().contains("not run again")) << row["message"].toString().toStdString();
+    }
+    for (const QJsonValue &instance : run({"task", "instances", "--json"}).json().array())
+        EXPECT_NE(instance.toObject()["status"], QJsonValue(3));
+}
+
+TEST_F(HostServeTest, SigtermTakesNothingNewAndTheRunningInstanceFinishes)
+{
+    addPartCopies(2);
+    createPdfTask("To PDF");
+    const int first = launch({"To PDF", "V:\\Parts\\part1.mcdprt"});
+    const int second = launch({"To PDF", "V:\\Parts\\part2.mcdprt"});
+    const ScopedEnv slow("MCSIM_MACRO_DELAY_MS", "2000");
+    auto alpha = startHost("alpha");
+    ASSERT_TRUE(waitFor([&] { return held(first); }));
+
+    // "task run" of an instance the host runs: refused with the holder's name; nothing changes.
+    const QJsonObject before = instanceRow(first);
+    const ProgramRun refused = run({"task", "run", QString::number(first)});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.err, QStringLiteral("mctask: task run: instance %1 is held by host alpha (process %2, worker 1)\n")
+                               .arg(first)
+                               .arg(alpha->processId()));
+    const QJsonObject after = instanceRow(first);
+    for (const QString &key : QStringList{"host", "pid", "worker", "attempt", "started", "held"})
+        EXPECT_EQ(after[key], before[key]) << key.toStdString();
+
+    ::kill(static_cast<pid_t>(alpha->processId()), SIGTERM);
+    expectCleanExit(*alpha);
+    EXPECT_EQ(statusOf(first), 7);
+    EXPECT_EQ(statusOf(second), 0);
+    EXPECT_EQ(instanceRow(second)["host"], QJsonValue(""));
+    const std::vector<QJsonObject> lines = events(*alpha);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[1]["event"], QJsonValue("ended"));
+    EXPECT_EQ(lines[1]["instance"], QJsonValue(first));
+
+    const ProgramRun ended = run({"task", "run", QString::number(first)});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.err, QStringLiteral("mctask: task run: instance %1 has ended (finished)\n").arg(first));
+}
+
+TEST_F(HostServeTest, SuspendResumeAndCancelFromAnotherShellReachTheHostsRuns)
+{
+    addPartCopies(3);
+    createPdfTask("To PDF");
+    const int first = launch({"To PDF", "V:\\Parts"});
+    // Two files, so that a cancel is seen between them at the latest.
+    const int second = launch({"To PDF", "V:\\Parts\\part1.mcdprt", "V:\\Parts\\part2.mcdprt"});
+    const ScopedEnv slow("MCSIM_MACRO_DELAY_MS", "1000");
+    auto alpha = startHost("alpha");
+    ASSERT_TRUE(waitFor([&] { return progressOf(first) >= 1; }));
+
+    ok({"task", "suspend", QString::number(first)});
+    ASSERT_TRUE(waitForStatus(first, 5));
+    const QJsonArray hosts = run({"host", "status", "--json"}).json().array();
+    ASSERT_EQ(hosts.size(), 1);
+    const QJsonObject worker = hosts[0].toObject()["workers"].toArray()[0].toObject();
+    EXPECT_EQ(worker["instance"], QJsonValue(first));
+    EXPECT_EQ(worker["status"], QJsonValue(5));
+    ok({"task", "resume", QString::number(first)});
+    ASSERT_TRUE(waitForStatus(first, 7));
+
+    ASSERT_TRUE(waitFor([&] { return held(second); }));
+    ok({"task", "cancel", QString::number(second)});
+    ASSERT_TRUE(waitFor([&] { return statusOf(second) == 8; }));
+    ::kill(static_cast<pid_t>(alpha->processId()), SIGTERM);
+    expectCleanExit(*alpha);
+}
+
+} // namespace
