@@ -12,7 +12,7 @@ namespace {
 ProgramRun runMctask(const QStringList &args)
 {
     QTemporaryDir home;
-    return runProgram(MCTASK_ERROR_PROGRAM, args, ProgramSetting(home.path()).timeout(30000));
+    return runProgram(MCTASK_PROGRAM, args, ProgramSetting(home.path()).timeout(30000));
 }
 
 } // namespace

@@ -22,7 +22,7 @@ protected:
     // MCTASK_VAULT from the caller's environment.
     ProgramRun run(const QStringList &args, const QString &cwd = {}, const QString &vaultVariable = {})
     {
-        return runProgram(MCTASK_VAULT_PROGRAM, args,
+        return runProgram(MCTASK_PROGRAM, args,
                           ProgramSetting(m_dir.path() + "/home")
                               .in(cwd.isEmpty() ? m_dir.path() : cwd)
                               .withVault(vaultVariable));

@@ -16,7 +16,7 @@ class VaultShowTest : public ::testing::Test
 protected:
     ProgramRun run(const QStringList &args)
     {
-        return runProgram(MCTASK_VAULT_PROGRAM, args, ProgramSetting(m_dir.path() + "/home").withVault(m_dir.path() + "/v"));
+        return runProgram(MCTASK_PROGRAM, args, ProgramSetting(m_dir.path() + "/home").withVault(m_dir.path() + "/v"));
     }
     void ok(const QStringList &args)
     {

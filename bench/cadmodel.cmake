@@ -7,4 +7,5 @@ if(TARGET mctask_cadsim_model AND TARGET mctask_macro_testing)
     MCTASK_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/samples"
     MCTASK_TEMPLATES_DIR="${PROJECT_SOURCE_DIR}/macro/templates")
   mctask_warnings(cadmodel_bench)
+  mctask_pch(cadmodel_bench code)
 endif()

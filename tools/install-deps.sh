@@ -4,7 +4,7 @@ set -euo pipefail
 pkgs=(build-essential cmake ninja-build pkg-config
       qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
       libsqlite3-dev sqlite3 libgtest-dev libgmock-dev googletest libbenchmark-dev
-      clang xvfb xauth
+      clang ccache xvfb xauth
       qt6-image-formats-plugins fonts-dejavu-core poppler-utils file
       cups-daemon cups-client systemd)
 missing=()
