@@ -96,8 +96,8 @@ std::optional<qint64> SystemProcesses::start(const StartRequest &request)
         sigset_t none;
         ::sigemptyset(&none);
         ::sigprocmask(SIG_SETMASK, &none, nullptr);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGQUIT})
-            ::signal(signal, SIG_DFL);
+        for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGQUIT})
+            ::signal(number, SIG_DFL);
         const int out = ::open(output.constData(), O_WRONLY | O_CREAT | O_APPEND, 0644);
         if (out >= 0) {
             ::dup2(out, STDOUT_FILENO);
