@@ -6,13 +6,13 @@
 TEST(TerminationSignals, SignalsArriveInOrderAndNoLongerEndTheProcess)
 {
     {
-        TerminationSignals signals;
-        EXPECT_EQ(signals.wait(0), 0);
+        TerminationSignals received;
+        EXPECT_EQ(received.wait(0), 0);
         ASSERT_EQ(::raise(SIGTERM), 0); // would end the test without the handler
         ASSERT_EQ(::raise(SIGINT), 0);
-        EXPECT_EQ(signals.wait(1000), SIGTERM);
-        EXPECT_EQ(signals.wait(1000), SIGINT);
-        EXPECT_EQ(signals.wait(0), 0);
+        EXPECT_EQ(received.wait(1000), SIGTERM);
+        EXPECT_EQ(received.wait(1000), SIGINT);
+        EXPECT_EQ(received.wait(0), 0);
     }
     // The default handler is back: a second object can be made.
     struct sigaction current {};
