@@ -19,9 +19,10 @@ std::optional<MacroFile> MacroFile::create(const QString &folder, const QByteArr
         const QString temp = stem + QStringLiteral(".tmp");
         const QString macro = stem + QStringLiteral(".mcb");
         if (!fs.create(temp, {})) {
-            if (fs.exists(temp))
-                continue; // another run's
-            return std::nullopt; // the folder takes no files
+            // Taken by another run, which may have moved it on since.
+            if (!fs.isDirectory(folder))
+                return std::nullopt;
+            continue;
         }
         // The ".mcb" name is claimed too before the move, which would
         // otherwise replace another run's macro file under that name.

@@ -45,7 +45,9 @@ protected:
             if (!match.hasMatch())
                 continue;
             QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(match.captured(1)));
-            if (cmdline.open(QIODevice::ReadOnly) && cmdline.readAll().contains("mcsim"))
+            // Started as the installed CADRIX.EXE, a link to mcsim.
+            const QByteArray command = cmdline.open(QIODevice::ReadOnly) ? cmdline.readAll() : QByteArray();
+            if (command.contains("mcsim") || command.contains("CADRIX.EXE"))
                 pids.push_back(match.captured(1).toLongLong());
         }
         return pids;
