@@ -5,16 +5,15 @@
 #include "common/settingslight.h"
 #include "host/hosterror.h"
 #include "platform/filesystem.h"
+#include "vault/vaultadd.h"
 #include "vault/vaultstore.h"
 
 #include <QCommandLineParser>
 #include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
-#include <functional>
 
 namespace {
 
@@ -94,69 +93,6 @@ int runVaultInit(CommandContext &context)
     }
 }
 
-struct AddItem {
-    QString source;   // native file
-    QString folder;   // relative vault folder
-    QString name;
-};
-
-// True for the vault's own data folder and what lies in it: never a document.
-bool insideVaultData(const VaultStore &store, const QString &native)
-{
-    const QString data = QDir(store.paths().nativeRoot()).absoluteFilePath(QStringLiteral(".mctask"));
-    return native == data || native.startsWith(data + '/');
-}
-
-// The files one SRC stands for: a file, or every file below a folder
-// (keeping the folder's own name and structure), skipping the vault's own
-// hidden folder. What is not a regular file (a FIFO, a device, a broken
-// link) is named in skipped.
-void collectSources(const VaultStore &store, const QString &argument, const std::optional<QString> &to,
-                    std::vector<AddItem> &items, QStringList &skipped)
-{
-    requirePath(argument, QStringLiteral("vault add"));
-    QString native;
-    QString relative;
-    if (store.paths().toRelative(argument, relative))
-        native = store.paths().findNative(relative);
-    else
-        native = QDir::cleanPath(QDir::current().absoluteFilePath(argument));
-    const QFileInfo info(native);
-    if (!info.exists())
-        throw CliError(QStringLiteral("vault add: no such file or folder: %1").arg(argument));
-    if (insideVaultData(store, info.absoluteFilePath()))
-        throw CliError(QStringLiteral("vault add: %1 is the vault's own data, not a document").arg(argument));
-    if (!info.isFile() && !info.isDir())
-        throw CliError(QStringLiteral("vault add: %1 is not a regular file").arg(argument));
-    QString insideRelative;
-    const bool inside = store.paths().toRelative(info.absoluteFilePath(), insideRelative);
-    if (info.isFile()) {
-        const QString folder = to ? *to : (inside ? VaultPaths::parentOf(insideRelative) : QString());
-        items.push_back({info.absoluteFilePath(), folder, info.fileName()});
-        return;
-    }
-    const QString base = to ? VaultPaths::join(*to, info.fileName()) : (inside ? insideRelative : info.fileName());
-    // System: FIFOs, devices and broken links are listed too, to be named.
-    QDirIterator it(info.absoluteFilePath(), QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
-    std::vector<AddItem> found;
-    while (it.hasNext()) {
-        const QString file = it.next();
-        if (insideVaultData(store, file))
-            continue;
-        if (!it.fileInfo().isFile()) {
-            skipped.append(file);
-            continue;
-        }
-        const QString sub = QDir(info.absoluteFilePath()).relativeFilePath(QFileInfo(file).absolutePath());
-        const QString subFolder = sub == QLatin1String(".") ? QString() : QString(sub).replace('/', '\\');
-        if (subFolder.split('\\').contains(QStringLiteral(".mctask")))
-            continue;
-        found.push_back({file, subFolder.isEmpty() ? base : VaultPaths::join(base, subFolder), QFileInfo(file).fileName()});
-    }
-    std::sort(found.begin(), found.end(), [](const AddItem &a, const AddItem &b) { return a.source < b.source; });
-    items.insert(items.end(), found.begin(), found.end());
-}
-
 int runVaultAdd(CommandContext &context)
 {
     QCommandLineParser parser;
@@ -198,60 +134,39 @@ int runVaultAdd(CommandContext &context)
             throw CliError(QStringLiteral("vault add: '%1' is not a vault folder").arg(value));
         folder = relative;
     }
-    std::vector<AddItem> items;
-    QStringList skipped;
-    for (const QString &source : parser.positionalArguments())
-        collectSources(*store, source, folder, items, skipped);
-    for (const QString &file : skipped)
+    VaultAdd add(*store);
+    try {
+        for (const QString &source : parser.positionalArguments()) {
+            requirePath(source, QStringLiteral("vault add"));
+            add.addSource(source, folder);
+        }
+    } catch (const VaultAddError &e) {
+        throw CliError(QStringLiteral("vault add: ") + e.message());
+    }
+    for (const QString &file : add.skipped())
         context.err << "mctask: vault add: skipped " << file << ": not a regular file\n";
     context.err.flush();
-    for (const AddItem &item : items) {
-        for (const QString &part : VaultPaths::join(item.folder, item.name).split('\\'))
-            if (!VaultPaths::isValidName(part))
-                throw CliError(QStringLiteral("vault add: '%1' is not a valid vault name").arg(part));
-    }
 
-    QJsonArray json;
-    std::vector<QStringList> rows;
+    VaultAdd::Labels labels;
+    if (parser.isSet(revision))
+        labels.revision = parser.value(revision);
+    if (parser.isSet(state))
+        labels.state = parser.value(state);
+    labels.cards = std::move(cards);
+    std::vector<VaultAdd::Result> results;
     try {
-        Transaction transaction(store->db());
-        for (const auto &[name, value] : cards)
-            store->defineCardVariable(name);
-        for (const AddItem &item : items) {
-            const QString relative = VaultPaths::join(item.folder, item.name);
-            QString action;
-            int version = 0;
-            int id = 0;
-            if (const auto existing = store->fileByPath(relative)) {
-                id = existing->id;
-                const VaultStore::Update update = store->updateFrom(id, item.source);
-                version = update.version;
-                action = update.changed ? QStringLiteral("new version") : QStringLiteral("unchanged");
-            } else {
-                VaultStore::AddOptions options;
-                options.revision = parser.value(revision);
-                options.state = parser.value(state);
-                const VaultFileRow row = store->addFile(item.source, item.folder, item.name, options);
-                id = row.id;
-                version = row.latestVersion;
-                action = QStringLiteral("added");
-            }
-            if (action != QLatin1String("unchanged")) {
-                if (parser.isSet(revision) || parser.isSet(state)) {
-                    const auto labels = store->version(id, version);
-                    store->setVersionLabels(id, version, parser.isSet(revision) ? parser.value(revision) : labels->revision,
-                                            parser.isSet(state) ? parser.value(state) : labels->state);
-                }
-                for (const auto &[name, value] : cards)
-                    store->setCardValue(id, version, name, QString(), Variant::fromBStr(value));
-            }
-            const QString path = store->paths().toWindows(relative);
-            rows.push_back({QString::number(id), path, QString::number(version), action});
-            json.append(QJsonObject{{"id", id}, {"path", path}, {"version", version}, {"action", action}});
-        }
-        transaction.commit();
+        results = add.commit(labels);
+    } catch (const VaultAddError &e) {
+        throw CliError(QStringLiteral("vault add: ") + e.message());
     } catch (const HostError &e) {
         return reportHostError(context, e);
+    }
+    QJsonArray json;
+    std::vector<QStringList> rows;
+    for (const VaultAdd::Result &result : results) {
+        const QString action = VaultAdd::actionText(result.action);
+        rows.push_back({QString::number(result.id), result.path, QString::number(result.version), action});
+        json.append(QJsonObject{{"id", result.id}, {"path", result.path}, {"version", result.version}, {"action", action}});
     }
     if (parser.isSet(jsonOption()))
         printJson(context.out, json);

@@ -11,31 +11,13 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$root/build-release}
 files=${2:-1000}
-for program in "$build/app/mctask" "$build/cadsim/server/mcsim"; do
-  [ -x "$program" ] || { echo "realrun: $program is missing; build first (tools/bench.sh builds it)" >&2; exit 2; }
-done
+source "$root/bench/realvault.sh"
+require_programs
 
 work=$(mktemp -d /tmp/mctask-realrun.XXXXXX)
 [ -n "${REALRUN_KEEP:-}" ] || trap 'rm -rf "$work"' EXIT
-export MCTASK_HOME="$work/home" MCTASK_VAULT="$work/vault" QT_QPA_PLATFORM=offscreen
-export MCSIM_MACRO_TIMES="$work/macro-times" MCSIM_EXPORT_RECORDS="$work/exports"
-mctask() { "$build/app/mctask" "$@"; }
-now_ms() { date +%s%3N; }
-
-mctask addin register >/dev/null
-"$build/cadsim/server/mcsim" /regserver >/dev/null
-mctask vault init "$MCTASK_VAULT" --name Bench --drive V >/dev/null
-mkdir -p "$work/parts"
-for ((i = 1; i <= files; i++)); do cp "$root/samples/shaft.mcdprt" "$work/parts/part$i.mcdprt"; done
-mctask vault add "$work"/parts/*.mcdprt --to Parts >/dev/null
-# Declares the card variable that the outputs' cards are filled into.
-mctask vault card 'V:\Parts\part1.mcdprt' Description=Part >/dev/null
-mctask task create "To STEP" --kind convert >/dev/null 2>&1
-mctask task set "To STEP" "FileFormat=STEP (*.step)" 'OutputPath=<Path>\STEP\<Filename>' OutputPath2= \
-  ErrorLogPath=Logs ReplaceOutput:bool=true RefToSource:bool=true PromptOutput:bool=false SourceRefs:int=2 \
-  OutputConfs:int=1 FileConfs:int=4 OutputSheets:int=1 FileSheets:int=4 StepGeometry:int=0 StepVersion:int=203 \
-  "FileCardData=Description;8;made by the benchmark
-" >/dev/null
+new_vault "$work" "$files"
+export MCSIM_MACRO_TIMES="$work/macro-times"
 id=$(mctask task launch "To STEP" 'V:\Parts' 2>/dev/null | tail -1)
 
 : >"$MCSIM_MACRO_TIMES"

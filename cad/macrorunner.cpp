@@ -1,6 +1,7 @@
 // McManager's macro runner and the start-up add-in switch.
 
 #include "cad/cadtexts.h"
+#include "cad/macrofile.h"
 #include "cad/mcmanager.h"
 #include "common/settingslight.h"
 #include "host/hosterror.h"
@@ -11,7 +12,6 @@
 #include "platform/registry.h"
 
 #include <QDir>
-#include <QRandomGenerator>
 
 #include <algorithm>
 
@@ -28,30 +28,6 @@ const QStringList &startupAddInKeys()
     static const QStringList keys = {QStringLiteral("Software\\Mecadra\\AddInsStartup"),
                                      QStringLiteral("Software\\Mecadra\\Startup\\Applications")};
     return keys;
-}
-
-QString withExtension(const QString &path, const QString &extension)
-{
-    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
-    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
-    return (dot > slash ? path.left(dot) : path) + extension;
-}
-
-// A new, empty "TFR<hex>.tmp" in the temporary folder, as the system's
-// temporary-file call makes it; empty when none could be made. The number
-// starts at random, so runs of several processes rarely meet, and a name
-// whose ".mcb" is still in use by another run is passed over.
-QString createTempFile()
-{
-    FileSystem &fs = FileSystem::instance();
-    const QString folder = QDir::tempPath();
-    unsigned unique = QRandomGenerator::global()->bounded(1u, 0x10000u);
-    for (int tries = 0; tries < 0xFFFF; ++tries, unique = unique % 0xFFFF + 1) {
-        const QString path = QStringLiteral("%1/TFR%2.tmp").arg(folder, QString::number(unique, 16).toUpper());
-        if (!fs.exists(path) && !fs.exists(withExtension(path, QStringLiteral(".mcb"))))
-            return fs.append(path, {}) ? path : QString();
-    }
-    return {};
 }
 
 } // namespace
@@ -103,17 +79,13 @@ McManager::RunOutcome McManager::callRun(const QString &macroFile, std::uint32_t
 void McManager::RunMacro(const QString &macroText)
 {
     FileSystem &fs = FileSystem::instance();
-    const QString tempFile = createTempFile();
-    // Appended to the new empty file: a macro file lives for one run and
-    // needs no flush to disk, which would cost two syncs per file.
-    const QString macroFile = withExtension(tempFile, QStringLiteral(".mcb"));
-    if (tempFile.isEmpty() || !fs.append(tempFile, encodeWindows1252(macroText)) || !fs.rename(tempFile, macroFile)) {
+    const std::optional<MacroFile> file = MacroFile::create(QDir::tempPath(), encodeWindows1252(macroText));
+    if (!file) {
         // The run driver reports the connection's text; no macro ran.
-        if (!tempFile.isEmpty())
-            fs.remove(tempFile);
         m_lastError = CadTexts::FailedToRunMacro.translated();
         throw HostError(E_ACCESSDENIED, m_lastError);
     }
+    const QString &macroFile = file->path();
 
     const std::uint32_t timeoutSeconds = macroTimeoutSeconds();
     int attempts = std::max(0, 3 - m_restartCount / 3);
@@ -158,10 +130,7 @@ void McManager::RunMacro(const QString &macroText)
             }
         }
     }
-    if (fs.exists(macroFile))
-        fs.remove(macroFile);
-    if (fs.exists(tempFile))
-        fs.remove(tempFile);
+    file->remove();
 
     if (succeeded(outcome.hr) && outcome.flag)
         return;

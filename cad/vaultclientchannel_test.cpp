@@ -4,11 +4,15 @@
 #include "platform/ipc/vaultclientlistener.h"
 #include "platform/ipc/vaultclientmessage.h"
 
+#include <QSet>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -42,6 +46,45 @@ TEST_F(VaultClientChannelTest, HoldsTheMutexForTheWholeExchange)
 
     NamedMutex after(VaultClientMessage::MutexName, m_dir.path());
     EXPECT_TRUE(after.tryLock());
+}
+
+TEST_F(VaultClientChannelTest, ParallelWorkersWaitForTheMutexAndEveryMessageArrivesWhole)
+{
+    std::atomic<int> unlockedExchanges{0};
+    m_listener.setObserver([&](const VaultClientListener::Message &) {
+        NamedMutex probe(VaultClientMessage::MutexName, m_dir.path());
+        if (probe.tryLock())
+            ++unlockedExchanges;
+    });
+    ASSERT_TRUE(m_listener.start());
+    constexpr int kEach = 10;
+    std::vector<std::thread> workers;
+    {
+        // A third party (another task process) holds the mutex: both
+        // workers' messages wait for it, in one process as across processes.
+        VaultClientLock held(m_dir.path());
+        ASSERT_TRUE(held.isLocked());
+        for (int w = 0; w < 2; ++w)
+            workers.emplace_back([this, w] {
+                VaultClientChannel channel(m_dir.path());
+                for (int i = 0; i < kEach; ++i)
+                    channel.notify(1, QStringLiteral("V:\\w%1\\out%2.pdf").arg(w).arg(i));
+            });
+        QThread::msleep(200);
+        EXPECT_TRUE(m_listener.messages().empty());
+    }
+    for (std::thread &worker : workers)
+        worker.join();
+    const auto messages = m_listener.messages();
+    ASSERT_EQ(messages.size(), 2u * kEach);
+    QSet<QString> paths;
+    for (const auto &message : messages) {
+        EXPECT_TRUE(message.valid);
+        paths.insert(message.path);
+    }
+    EXPECT_EQ(paths.size(), 2 * kEach);
+    EXPECT_TRUE(paths.contains(QStringLiteral("V:\\w1\\out9.pdf")));
+    EXPECT_EQ(unlockedExchanges, 0);
 }
 
 TEST_F(VaultClientChannelTest, FreeFunctionsUseTheHomeFolderAndTheLockHoldsUntilDestroyed)

@@ -22,6 +22,10 @@ public:
     // the folder must exist. False when not possible (e.g. read-only file).
     virtual bool write(const QString &path, const QByteArray &data) = 0;
     virtual bool append(const QString &path, const QByteArray &data) = 0;
+    // Makes a new file holding data; false when something lies at path
+    // already. Deciding and creating are one step (O_EXCL on disk), so of
+    // several callers, threads or processes, exactly one gets the name.
+    virtual bool create(const QString &path, const QByteArray &data) = 0;
     // Removes a file (not a folder); false when it is missing or read-only.
     virtual bool remove(const QString &path) = 0;
     // Moves the file from onto to in one step, replacing a file there; both
@@ -53,6 +57,7 @@ public:
     std::optional<QByteArray> read(const QString &path) const override;
     bool write(const QString &path, const QByteArray &data) override;
     bool append(const QString &path, const QByteArray &data) override;
+    bool create(const QString &path, const QByteArray &data) override;
     bool remove(const QString &path) override;
     bool replace(const QString &from, const QString &to) override;
     bool isWritable(const QString &path) const override;

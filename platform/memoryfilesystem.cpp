@@ -67,6 +67,14 @@ bool MemoryFileSystem::append(const QString &path, const QByteArray &data)
     return writeLocked(path, data, true);
 }
 
+bool MemoryFileSystem::create(const QString &path, const QByteArray &data)
+{
+    std::lock_guard lock(m_mutex);
+    if (m_nodes.count(clean(path)) != 0)
+        return false;
+    return writeLocked(path, data, false);
+}
+
 bool MemoryFileSystem::remove(const QString &path)
 {
     std::lock_guard lock(m_mutex);

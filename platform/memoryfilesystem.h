@@ -17,6 +17,7 @@ public:
     std::optional<QByteArray> read(const QString &path) const override;
     bool write(const QString &path, const QByteArray &data) override;
     bool append(const QString &path, const QByteArray &data) override;
+    bool create(const QString &path, const QByteArray &data) override;
     bool remove(const QString &path) override;
     bool replace(const QString &from, const QString &to) override;
     bool isWritable(const QString &path) const override;

@@ -15,3 +15,6 @@ done
 # A real run: mctask, the add-in and the stand-in processes, 1,000 files.
 echo "== realrun (1000 files through the real programs)"
 "$root/bench/realrun.sh" "$build" 1000
+# The task host: launch-to-start latency, and 1,000 files with 1, 2 and 4 workers.
+echo "== hostrun (the task host on the real programs)"
+"$root/bench/hostrun.sh" "$build" 1000

@@ -55,6 +55,7 @@ public:
         return m_real.write(path, data);
     }
     bool append(const QString &path, const QByteArray &data) override { return m_real.append(path, data); }
+    bool create(const QString &path, const QByteArray &data) override { return m_real.create(path, data); }
     bool remove(const QString &path) override { return m_real.remove(path); }
     bool replace(const QString &from, const QString &to) override
     {

@@ -1,6 +1,12 @@
 #include "cadsim/server/faultconfig.h"
 
+#include <algorithm>
+
+#include <QCryptographicHash>
 #include <QStringList>
+
+#include <array>
+#include <random>
 
 namespace {
 
@@ -54,5 +60,31 @@ FaultConfig FaultConfig::fromEnvironment(const QProcessEnvironment &env, QString
                                      .arg(env.value(QStringLiteral("MCSIM_RUN_ERROR"))));
         }
     }
+    config.randomFaultPercent = std::min(100, readCount(env, QStringLiteral("MCSIM_RANDOM_FAULTS"), 0, warnings));
+    if (env.contains(QStringLiteral("MCSIM_FAULT_SEED"))) {
+        bool ok = false;
+        config.faultSeed = env.value(QStringLiteral("MCSIM_FAULT_SEED")).trimmed().toULongLong(&ok);
+        if (!ok && warnings)
+            warnings->append(QStringLiteral("MCSIM_FAULT_SEED: not a number: \"%1\"")
+                                 .arg(env.value(QStringLiteral("MCSIM_FAULT_SEED"))));
+    }
     return config;
+}
+
+FaultConfig::RandomFault FaultConfig::drawFault(int number, const QByteArray &macro) const
+{
+    if (randomFaultPercent <= 0)
+        return RandomFault::None;
+    // A digest rather than qHash: the same on every run and every machine.
+    QCryptographicHash digest(QCryptographicHash::Sha1);
+    digest.addData(QByteArray::number(static_cast<qulonglong>(faultSeed)) + ':' + QByteArray::number(number) + ':');
+    digest.addData(macro);
+    const QByteArray bytes = digest.result();
+    std::seed_seq seeds(bytes.begin(), bytes.end());
+    std::mt19937 generator(seeds);
+    if (std::uniform_int_distribution<int>(0, 99)(generator) >= randomFaultPercent)
+        return RandomFault::None;
+    static constexpr std::array kinds = {RandomFault::Crash, RandomFault::Hang, RandomFault::Dialog, RandomFault::Grow,
+                                         RandomFault::RunError};
+    return kinds[std::uniform_int_distribution<std::size_t>(0, kinds.size() - 1)(generator)];
 }

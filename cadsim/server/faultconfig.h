@@ -1,7 +1,10 @@
 #pragma once
 
+#include <QByteArray>
 #include <QProcessEnvironment>
 #include <QString>
+
+#include <cstdint>
 
 // How the stand-in misbehaves on purpose, read from its environment so that
 // restarts, the dialog watcher and recovery can be exercised for real.
@@ -21,6 +24,18 @@ struct FaultConfig
     int growMiBPerMacro = 0;        // MCSIM_GROW_MIB
     bool refuseExit = false;        // MCSIM_REFUSE_EXIT
     int runError = 0;               // MCSIM_RUN_ERROR: run calls fail with this code (0: none)
+    int randomFaultPercent = 0;     // MCSIM_RANDOM_FAULTS: share of run calls that get a random fault
+    std::uint64_t faultSeed = 0;    // MCSIM_FAULT_SEED
+
+    // What a run call suffers in the random mode.
+    enum class RandomFault { None, Crash, Hang, Dialog, Grow, RunError };
+    // The fault of the number-th run call of this process running macro:
+    // drawn from the seed, the macro's text and number, so that one seed and
+    // one sequence of calls give the same faults again.
+    RandomFault drawFault(int number, const QByteArray &macro) const;
+    // Fixed sizes of the random faults.
+    static constexpr int RandomGrowMiB = 96;
+    static constexpr int RandomRunError = 20; // "Call failed."
 
     // Unset or unreadable values keep the defaults above; problems are
     // collected in warnings (one line each) for the process to report.

@@ -32,7 +32,9 @@ public:
     std::size_t grownBytes() const;
 
 private:
-    MacroOutcome execute(int number, const QString &nativePath, const QString &module, const QString &procedure);
+    // randomCrash: the random mode wants the process to end after this run.
+    MacroOutcome execute(int number, const QString &nativePath, const QString &module, const QString &procedure,
+                         bool &randomCrash);
 
     FaultConfig m_faults;
     WindowService &m_windows;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <map>
 #include <thread>
 
 namespace {
@@ -119,4 +120,41 @@ TEST(FaultConfigTest, FlagsAndBadNumbersFallBackWithWarnings)
     EXPECT_EQ(config.runError, 0);
     EXPECT_EQ(config.showWindowAt, FaultConfig::WindowMoment::Macro);
     EXPECT_EQ(warnings.size(), 4);
+}
+
+TEST(FaultConfigTest, RandomFaultsFollowTheSeedAndTheShareAskedFor)
+{
+    QProcessEnvironment env;
+    env.insert(QStringLiteral("MCSIM_RANDOM_FAULTS"), QStringLiteral("40"));
+    env.insert(QStringLiteral("MCSIM_FAULT_SEED"), QStringLiteral("7"));
+    const FaultConfig config = FaultConfig::fromEnvironment(env);
+    EXPECT_EQ(config.randomFaultPercent, 40);
+    EXPECT_EQ(config.faultSeed, 7u);
+
+    using RandomFault = FaultConfig::RandomFault;
+    std::map<RandomFault, int> counts;
+    int sameWithOtherSeed = 0;
+    FaultConfig otherSeed = config;
+    otherSeed.faultSeed = 8;
+    constexpr int kCalls = 2000;
+    for (int i = 0; i < kCalls; ++i) {
+        const QByteArray macro = "Sub main() ' file " + QByteArray::number(i);
+        const RandomFault fault = config.drawFault(1 + i % 3, macro);
+        EXPECT_EQ(fault, config.drawFault(1 + i % 3, macro)) << i; // reproducible
+        ++counts[fault];
+        sameWithOtherSeed += otherSeed.drawFault(1 + i % 3, macro) == fault ? 1 : 0;
+    }
+    // About 40 % get a fault, every kind among them, each about as often.
+    EXPECT_NEAR(kCalls - counts[RandomFault::None], kCalls * 0.4, kCalls * 0.05);
+    for (const RandomFault kind : {RandomFault::Crash, RandomFault::Hang, RandomFault::Dialog, RandomFault::Grow,
+                                   RandomFault::RunError})
+        EXPECT_NEAR(counts[kind], kCalls * 0.08, kCalls * 0.03) << static_cast<int>(kind);
+    // Another seed draws other faults (agreeing about as often as chance has it).
+    EXPECT_LT(sameWithOtherSeed, kCalls * 0.6);
+
+    FaultConfig off = config;
+    off.randomFaultPercent = 0;
+    EXPECT_EQ(off.drawFault(1, "Sub main()"), RandomFault::None);
+    env.insert(QStringLiteral("MCSIM_RANDOM_FAULTS"), QStringLiteral("250"));
+    EXPECT_EQ(FaultConfig::fromEnvironment(env).randomFaultPercent, 100);
 }

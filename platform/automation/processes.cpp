@@ -7,8 +7,9 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -60,20 +61,68 @@ std::optional<qint64> SystemProcesses::start(const StartRequest &request)
     CStrings envp;
     for (const QString &entry : environment.toStringList())
         envp.add(entry);
-
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    const QByteArray output = request.outputFile.isEmpty() ? QByteArray("/dev/null") : QFile::encodeName(request.outputFile);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.constData(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-    if (!request.outputFile.isEmpty())
-        posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-
     const QByteArray program = QFile::encodeName(request.program);
-    pid_t pid = 0;
-    const int rc = posix_spawn(&pid, program.constData(), &actions, nullptr, argv.pointers(), envp.pointers());
-    posix_spawn_file_actions_destroy(&actions);
-    if (rc != 0)
+    const QByteArray output = request.outputFile.isEmpty() ? QByteArray("/dev/null") : QFile::encodeName(request.outputFile);
+    const bool outputToFile = !request.outputFile.isEmpty();
+    char *const *argvPointers = argv.pointers();
+    char *const *envpPointers = envp.pointers();
+
+    // The child reports a failed exec through this pipe; a successful exec
+    // closes it (close-on-exec) and the parent reads nothing.
+    int report[2];
+    if (::pipe2(report, O_CLOEXEC) != 0)
         return std::nullopt;
+    const pid_t parent = ::getpid();
+    const pid_t pid = ::fork();
+    if (pid < 0) {
+        ::close(report[0]);
+        ::close(report[1]);
+        return std::nullopt;
+    }
+    if (pid == 0) {
+        // Only async-signal-safe calls from here to exec: the parent has threads.
+        //
+        // A group of its own: a Ctrl-C meant for the host does not reach the
+        // program (a host asked to stop lets the running macro finish), and
+        // terminate() ends whatever the program started too.
+        ::setpgid(0, 0);
+        // The program dies with the thread that started it, a host killed
+        // with SIGKILL included. If the parent died before this call, the
+        // signal would never come: stop here instead.
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (::getppid() != parent)
+            ::_exit(127);
+        // The host's blocked signals and ignored ones are no business of the program.
+        sigset_t none;
+        ::sigemptyset(&none);
+        ::sigprocmask(SIG_SETMASK, &none, nullptr);
+        for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGQUIT})
+            ::signal(number, SIG_DFL);
+        const int out = ::open(output.constData(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+        if (out >= 0) {
+            ::dup2(out, STDOUT_FILENO);
+            if (outputToFile)
+                ::dup2(out, STDERR_FILENO);
+            if (out != STDOUT_FILENO && out != STDERR_FILENO)
+                ::close(out);
+        }
+        ::execve(program.constData(), argvPointers, envpPointers);
+        const int error = errno;
+        [[maybe_unused]] const ssize_t written = ::write(report[1], &error, sizeof error);
+        ::_exit(127);
+    }
+    ::close(report[1]);
+    int execError = 0;
+    ssize_t got;
+    do {
+        got = ::read(report[0], &execError, sizeof execError);
+    } while (got < 0 && errno == EINTR);
+    ::close(report[0]);
+    if (got == static_cast<ssize_t>(sizeof execError)) {
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        return std::nullopt;
+    }
     std::lock_guard lock(m_mutex);
     m_children[pid] = Child{};
     return pid;
@@ -124,7 +173,12 @@ bool SystemProcesses::terminate(qint64 pid, int exitCode)
     const bool ours = reap(pid);
     if (ours && m_children[pid].exitCode)
         return false;
-    if (pid <= 0 || ::kill(static_cast<pid_t>(pid), SIGKILL) != 0)
+    if (pid <= 0)
+        return false;
+    // A child of ours leads its own group: the whole group goes.
+    if (ours)
+        ::kill(-static_cast<pid_t>(pid), SIGKILL);
+    if (::kill(static_cast<pid_t>(pid), SIGKILL) != 0 && !ours)
         return false;
     if (ours) {
         m_children[pid].terminatedWith = exitCode;

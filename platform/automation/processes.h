@@ -56,6 +56,10 @@ public:
 
 // The operating system's processes. Children started here are reaped when
 // asked about, so an ended child is never left as a zombie once looked at.
+// A child never outlives its starter: it gets SIGKILL when the thread that
+// started it ends (the whole process killed included), so start programs
+// from a thread that lives as long as they should. Each child leads a
+// process group of its own, which terminate() ends as a whole.
 class SystemProcesses final : public Processes
 {
 public:

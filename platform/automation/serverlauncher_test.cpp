@@ -5,13 +5,18 @@
 #include "platform/clock.h"
 #include "platform/drivemap.h"
 #include "platform/testing/coreapp.h"
+#include "platform/testing/processgone.h"
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
 
 #include <gtest/gtest.h>
+
+#include <csignal>
+#include <unistd.h>
 
 namespace {
 
@@ -82,6 +87,46 @@ TEST(SystemProcessesTest, ReportsExitCodesTerminatesAndPassesTheShowCommand)
 
     request.program = QStringLiteral("/no/such/program");
     EXPECT_FALSE(processes.start(request));
+}
+
+TEST(SystemProcessesTest, AChildLeadsItsOwnGroupWhichTerminateEndsWhole)
+{
+    QTemporaryDir dir;
+    SystemProcesses processes;
+    Processes::StartRequest request;
+    request.program = QStringLiteral("/bin/sh");
+    const QString pidFile = dir.filePath(QStringLiteral("grandchild"));
+    request.arguments = {QStringLiteral("-c"), QStringLiteral("sleep 60 & echo $! > '%1'; wait").arg(pidFile)};
+    const std::optional<qint64> shell = processes.start(request);
+    ASSERT_TRUE(shell);
+    // Signals of the starter's terminal (Ctrl-C) go to its group, not this one.
+    EXPECT_EQ(::getpgid(static_cast<pid_t>(*shell)), static_cast<pid_t>(*shell));
+    qint64 grandchild = 0;
+    for (int i = 0; i < 500 && grandchild == 0; ++i) {
+        QFile file(pidFile);
+        if (file.open(QIODevice::ReadOnly))
+            grandchild = file.readAll().trimmed().toLongLong();
+        if (grandchild == 0)
+            QThread::msleep(10);
+    }
+    ASSERT_NE(grandchild, 0);
+    EXPECT_TRUE(processes.terminate(*shell, 255));
+    EXPECT_TRUE(waitUntilGone(grandchild, 5000)) << "what the child started outlived it";
+}
+
+TEST(SystemProcessesTest, AKilledStarterTakesItsChildAlong)
+{
+    // A starter that is killed outright has no chance to end its child.
+    coreApp();
+    QProcess starter;
+    starter.start(QStringLiteral(PROCESS_STARTER), {QStringLiteral("/bin/sleep"), QStringLiteral("60")});
+    ASSERT_TRUE(starter.waitForReadyRead(10000));
+    const qint64 child = starter.readLine().trimmed().toLongLong();
+    ASSERT_GT(child, 0);
+    EXPECT_FALSE(processGone(child));
+    ::kill(static_cast<pid_t>(starter.processId()), SIGKILL);
+    starter.waitForFinished();
+    EXPECT_TRUE(waitUntilGone(child, 5000)) << "the child of a killed starter is still running";
 }
 
 TEST(ServerLauncherTest, PollsOnTheClockAndStopsWhenTheProcessEnds)

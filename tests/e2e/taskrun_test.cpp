@@ -2,7 +2,12 @@
 // the add-in module it loads, the stand-in Mecadra it starts, and the
 // embedded vault the results land in.
 
+#include "platform/automation/objecttable.h"
+#include "platform/testing/coreapp.h"
+#include "platform/testing/processgone.h"
 #include "tests/e2e/programtasktest.h"
+
+#include <csignal>
 
 namespace {
 
@@ -183,6 +188,36 @@ TEST_F(TaskRunTest, AMacroThatNeverRunsEndsTheRunWithTheConnectionsMessage)
     EXPECT_TRUE(log.readAll().startsWith("An error occured: V:\\Parts\\"));
     // Mecadra was closed: no stand-in is left in the object table.
     EXPECT_TRUE(QDir(m_home.path() + "/rot").entryList(QDir::NoDotAndDotDot | QDir::AllEntries).isEmpty());
+}
+
+TEST_F(TaskRunTest, AKilledHostLeavesNoMecadraAndItsTableEntriesAreDropped)
+{
+    addSamples({"shaft.mcdprt"}, "Parts");
+    createPdfTask("To PDF");
+    const int id = launch({"To PDF", "V:\\Parts\\shaft.mcdprt"});
+    const ScopedEnv hang("MCSIM_HANG_IN_MACRO", "1");
+    auto running = startRun(id);
+    const QString table = m_home.path() + "/rot";
+    QString moniker;
+    ASSERT_TRUE(waitFor([&] {
+        const QStringList names = QDir(table).entryList({"Mecadra_PID_*"}, QDir::System);
+        moniker = names.value(0);
+        return !moniker.isEmpty();
+    }));
+    const qint64 mecadra = moniker.section('_', -1).toLongLong();
+    ASSERT_GT(mecadra, 0);
+    ASSERT_TRUE(waitFor([&] { return progressOf(id) >= 0 && statusOf(id) == 3; }));
+
+    ::kill(static_cast<pid_t>(running->processId()), SIGKILL);
+    ASSERT_TRUE(running->waitForFinished(10000));
+    EXPECT_TRUE(waitUntilGone(mecadra, 10000)) << "Mecadra outlived the host that started it";
+
+    // Its sockets are still in the folder; a look-up ignores and removes them.
+    coreApp();
+    ObjectTable objects(table);
+    EXPECT_TRUE(objects.lookup(moniker).isEmpty());
+    EXPECT_TRUE(objects.list().isEmpty());
+    EXPECT_TRUE(QDir(table).entryList(QDir::NoDotAndDotDot | QDir::System | QDir::Files).isEmpty());
 }
 
 } // namespace
