@@ -34,7 +34,7 @@ host_pid=$!
 latencies=()
 for ((i = 1; i <= samples; i++)); do
   id=$(mctask task launch "To STEP" 'V:\Parts\part1.mcdprt' 2>/dev/null | tail -1)
-  launched=$(mctask task instances --json | tr -d '\n ' | tr '}' '\n' | grep "\"id\":$id," | grep -o '"created":"[^"]*"' | cut -d'"' -f4)
+  launched=$(mctask task instances --json | tr -d '\n ' | sed 's/"guid":"[^"]*"//g' | tr '}' '\n' | grep "\"id\":$id," | grep -o '"created":"[^"]*"' | cut -d'"' -f4)
   for ((wait = 0; wait < 1200; wait++)); do
     grep -q "\"event\":\"ended\".*\"instance\":$id[,}]" "$work/latency/host.jsonl" && break
     sleep 0.05
