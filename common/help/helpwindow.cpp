@@ -28,6 +28,8 @@ QString collectionFileFor(const QString &helpFile)
 HelpBrowser::HelpBrowser(QWidget *parent) : QTextBrowser(parent)
 {
     setObjectName(QStringLiteral("helpBrowser"));
+    // The pages carry no style of their own: terms stand out from their text.
+    document()->setDefaultStyleSheet(QStringLiteral("dt { font-weight: bold; margin-top: 6px; }"));
 }
 
 QVariant HelpBrowser::loadResource(int type, const QUrl &name)
@@ -99,9 +101,10 @@ bool HelpWindow::open(const QString &helpFile)
     QHelpContentWidget *contents = engine->contentWidget();
     contents->setObjectName(QStringLiteral("helpContents"));
     m_splitter->insertWidget(0, contents);
-    m_splitter->setSizes({220, 640});
+    m_splitter->setSizes({260, 600});
     connect(contents, &QHelpContentWidget::linkActivated, m_browser,
             [this](const QUrl &url) { m_browser->setSource(url); });
+    connect(engine->contentModel(), &QHelpContentModel::contentsCreated, contents, &QTreeView::expandAll);
     engine->contentModel()->createContents(QString());
     return true;
 }
