@@ -9,8 +9,6 @@
 #include <QFile>
 #include <QHelpEngineCore>
 #include <QHelpLink>
-#include <QPushButton>
-#include <QTest>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>
 
@@ -109,30 +107,6 @@ TEST_F(HelpTest, ADamagedOrMissingHelpFileFallsBackWithoutAMessage)
         EXPECT_FALSE(HelpEnvironment::shownBeside(&other));
     }
     EXPECT_TRUE(m_prompter.messages.isEmpty()) << m_prompter.messages.join('\n').toStdString();
-}
-
-TEST_F(HelpTest, TheButtonAndF1OpenTheTopicOfTheMoment)
-{
-    HelpEnvironment english;
-    QDialog dialog;
-    auto *button = new QPushButton(QStringLiteral("Help"), &dialog);
-    button->setEnabled(false);
-    QString topic = QStringLiteral("PrintUIDlg");
-    connectHelp(&dialog, button, [&] { return topic; });
-    EXPECT_TRUE(button->isEnabled());
-
-    button->click();
-    HelpWindow *help = HelpEnvironment::shownBeside(&dialog);
-    ASSERT_TRUE(help);
-    EXPECT_EQ(help->topic(), "PrintUIDlg");
-
-    help->hide();
-    dialog.show();
-    QApplication::setActiveWindow(&dialog);
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
-    QTest::keyClick(button, Qt::Key_F1);
-    ASSERT_TRUE(HelpEnvironment::shownBeside(&dialog));
-    EXPECT_EQ(help->topic(), "PrintUIDlg");
 }
 
 TEST_F(HelpTest, EveryLanguageHasEveryTopicOnAPageOfItsHelpFile)
