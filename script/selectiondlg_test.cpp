@@ -136,7 +136,7 @@ TEST_F(SelectionDlgTest, HelpOpensTheSelectionTopicInTheUsersLanguage)
     const HelpWindow *help = HelpEnvironment::shownBeside(window);
     ASSERT_TRUE(help);
     EXPECT_EQ(help->topic(), "SelectionDlg");
-    EXPECT_EQ(help->browser()->documentTitle(), "Dateien und Ordner auswählen");
+    EXPECT_EQ(help->browser()->documentTitle(), "Dateien und Ordner für die Aufgabe auswählen");
     EXPECT_TRUE(prompter.messages.isEmpty());
 }
 

@@ -55,7 +55,7 @@ TEST_F(HelpTest, TheTopicOpensInTheLanguageAndInEnglishWhenTheLanguageHasNoHelp)
         EXPECT_EQ(help->topic(), "PrintUIDlg");
         EXPECT_EQ(help->browser()->documentTitle(), "Drucken");
         EXPECT_TRUE(help->browser()->source().toString().endsWith("/printuidlg.html"));
-        EXPECT_TRUE(help->browser()->toPlainText().contains("Anzahl Exemplare"));
+        EXPECT_TRUE(help->browser()->toPlainText().contains("Anzahl der Kopien"));
 
         // A topic no help file has: nothing changes, nothing is said.
         EXPECT_FALSE(showHelp(&dialog, QStringLiteral("NoSuchDlg")));
