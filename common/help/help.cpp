@@ -16,9 +16,11 @@ const char *const TopicProperty = "helpTopic";
 
 QStringList helpFiles(SettingsLight &settings)
 {
+    const QString languageFolder = settings.path(InstallPath::LanguageFolder);
+    if (languageFolder.isEmpty())
+        return {};
     QStringList files;
-    for (const QString &file : {settings.path(InstallPath::HelpFile),
-                                SettingsLight::englishHelpFile(settings.path(InstallPath::LanguageFolder))}) {
+    for (const QString &file : {settings.path(InstallPath::HelpFile), SettingsLight::englishHelpFile(languageFolder)}) {
         const QString native = file.isEmpty() ? QString() : DriveMap::instance().toNativeOrSelf(file);
         if (!native.isEmpty() && !files.contains(native))
             files.append(native);

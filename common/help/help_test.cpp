@@ -99,11 +99,11 @@ TEST_F(HelpTest, ADamagedOrMissingHelpFileFallsBackWithoutAMessage)
         EXPECT_EQ(help->helpFile(), install.path() + "/Lang/GB/McTaskAddIn.qch");
         EXPECT_EQ(help->browser()->documentTitle(), "Print");
     }
-    {
-        // No language folder at all.
-        HelpEnvironment german(QStringLiteral("DE"), install.path() + "/nowhere");
+    for (const QString &folder : {install.path() + "/nowhere", QString()}) {
+        // A language folder that is not there, and none recorded at all.
+        HelpEnvironment german(QStringLiteral("DE"), folder);
         QDialog other;
-        EXPECT_FALSE(showHelp(&other, QStringLiteral("PrintUIDlg")));
+        EXPECT_FALSE(showHelp(&other, QStringLiteral("PrintUIDlg"))) << folder.toStdString();
         EXPECT_FALSE(HelpEnvironment::shownBeside(&other));
     }
     EXPECT_TRUE(m_prompter.messages.isEmpty()) << m_prompter.messages.join('\n').toStdString();
