@@ -1,7 +1,10 @@
 #include "app/addinhost.h"
 #include "app/cli.h"
 
+#include "common/settingslight.h"
+
 #include <QCommandLineParser>
+#include <QDir>
 #include <QFileInfo>
 
 namespace {
@@ -39,6 +42,17 @@ int runRegistration(CommandContext &context, bool unregister)
         context.err << "mctask: " << (unregister ? "unregistering" : "registering") << " failed: " << describe(hr)
                     << '\n';
         return 1;
+    }
+    if (!unregister) {
+        // The installation folder holds the language folders ("Lang/<CODE>"),
+        // beside the module's "lib" folder.
+        QDir folder = QFileInfo(module).absoluteDir();
+        if (folder.dirName() == QLatin1String("lib"))
+            folder.cdUp();
+        if (!SettingsLight().setInstallationFolder(folder.absolutePath())) {
+            context.err << "mctask: the installation folder could not be recorded\n";
+            return 1;
+        }
     }
     context.out << (unregister ? "unregistered " : "registered ") << module << '\n';
     return 0;

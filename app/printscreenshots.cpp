@@ -32,7 +32,7 @@ bool savePrintScreenshots(const QDir &folder, const SaveShot &save)
     {
         SetupDialog dialog;
         std::vector<std::unique_ptr<TaskPage>> pages;
-        CMenuCommandDlg menu(2, englishText);
+        CMenuCommandDlg menu(2, TextLookup{});
         menu.create(&host);
         menu.load(props);
         dialog.addPage(QStringLiteral("Menu Command"), menu.window());
@@ -43,7 +43,7 @@ bool savePrintScreenshots(const QDir &folder, const SaveShot &save)
         PageContext context;
         context.taskType = 2;
         for (std::size_t i = 0; i < std::size(PrintSetupPages); ++i) {
-            pages.push_back(createPrintPage(PrintSetupPages[i], context, englishText));
+            pages.push_back(createPrintPage(PrintSetupPages[i], context, TextLookup{}));
             pages.back()->create(&host);
             pages.back()->load(props);
             dialog.addPage(captions[i], pages.back()->window());
@@ -81,7 +81,7 @@ bool savePrintScreenshots(const QDir &folder, const SaveShot &save)
     instance->set(QStringLiteral("__printer_prseltype"), Variant::fromI4(1));
     instance->set(QStringLiteral("__printer_prnamelist"), Variant::fromBStr(QStringLiteral("Office\r\nPlotter")));
     instance->set(QStringLiteral("__printer_prname"), Variant::fromBStr(QStringLiteral("Plotter")));
-    PrintUIDlg dialog(vault, instance, selection, englishText);
+    PrintUIDlg dialog(vault, instance, selection, TextLookup{});
     dialog.initialise();
     dialog.window()->resize(700, 540);
     dialog.window()->findChild<QLineEdit *>(QStringLiteral("copiesEdit"))->setText(QStringLiteral("3"));
