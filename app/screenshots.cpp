@@ -5,6 +5,7 @@
 // --record-texts every text the windows ask the translation service for is
 // written to FILE, one "module TAB section TAB key TAB English" a line.
 #include "addin/menucommanddlg.h"
+#include "addin/taskcatalogue.h"
 #include "app/printscreenshots.h"
 #include "app/setupdialog.h"
 #include "app/vaultbrowser.h"
@@ -116,9 +117,9 @@ bool saveLaunchWindows(const QDir &folder)
         context.instance = instance;
         context.taskType = 2;
         context.finished = true;
-        TaskDetailsPage details(context, TextLookup{});
+        TaskDetailsPage details(context, tr_ts);
         QWidget *page = details.create(nullptr);
-        page->setWindowTitle(QStringLiteral("Printed Files"));
+        page->setWindowTitle(tr_ts(114, QStringLiteral("Printed Files")));
         // Wide enough for every column (their widths add up to 16 tenths).
         page->resize(1300, 260);
         ok &= save(*page, folder, QStringLiteral("task-details-printed"));
@@ -157,7 +158,7 @@ bool saveConvertPages(const QDir &folder)
     context.properties = props;
     context.taskType = 1;
 
-    CConversionSettingsPageDlg settings(context, TextLookup{});
+    CConversionSettingsPageDlg settings(context, tr_ts);
     settings.create(nullptr);
     settings.load(*props);
     ok &= savePage(settings.window(), folder, QStringLiteral("conversion-settings-setup"));
@@ -165,13 +166,13 @@ bool saveConvertPages(const QDir &folder)
     ok &= savePage(settings.window(), folder, QStringLiteral("conversion-settings-setup-sheets"));
     context.conversionPage = &settings;
 
-    CFileCardPageDlg card(context, TextLookup{});
+    CFileCardPageDlg card(context, tr_ts);
     card.create(nullptr);
     card.load(*props);
     card.selectRow(0);
     ok &= savePage(card.window(), folder, QStringLiteral("file-card"));
 
-    COutputFileDetailsPageDlg details(context, TextLookup{});
+    COutputFileDetailsPageDlg details(context, tr_ts);
     details.create(nullptr);
     details.load(*props);
     ok &= savePage(details.window(), folder, QStringLiteral("output-file-details"));
@@ -185,7 +186,7 @@ bool saveConvertPages(const QDir &folder)
     launch.set(QStringLiteral("FileConfs"), Variant::fromI4(4));
     PageContext launchContext = context;
     launchContext.launchMode = true;
-    CConversionSettingsPageDlg atLaunch(launchContext, TextLookup{});
+    CConversionSettingsPageDlg atLaunch(launchContext, tr_ts);
     atLaunch.create(nullptr);
     atLaunch.load(launch);
     ok &= savePage(atLaunch.window(), folder, QStringLiteral("conversion-settings-launch"));
@@ -194,7 +195,7 @@ bool saveConvertPages(const QDir &folder)
                                       {22, "VRML (*.wrl)"}, {2, "ACIS (*.sat)"}, {15, "Parasolid (*.x_t)"},
                                       {12, "IGES (*.igs)"}, {17, "STEP (*.step)"}, {18, "STL (*.stl)"},
                                       {19, "TIF (*.tif)"}}) {
-        CAdvancedConvOpDlg dialog(*props, index, QString::fromLatin1(name), nullptr, true, TextLookup{});
+        CAdvancedConvOpDlg dialog(*props, index, QString::fromLatin1(name), nullptr, true, tr_ts);
         ok &= save(dialog, folder,
                    QStringLiteral("conversion-options-") + QString::fromLatin1(name).section(QLatin1Char(' '), 0, 0).toLower());
         dialog.hide();
@@ -250,26 +251,29 @@ int main(int argc, char **argv)
 
     // The two pages of an execute-script task inside the host's dialog.
     FakeTaskProperties script;
-    CMenuCommandDlg menuPage(3, TextLookup{});
+    CMenuCommandDlg menuPage(3, tr_ts);
     menuPage.create(&host);
     menuPage.load(script);
-    CScriptPageDlg scriptPage(true, 3, TextLookup{}, sampleProducts);
+    CScriptPageDlg scriptPage(true, 3, tr_ts, sampleProducts);
     scriptPage.create(&host);
     scriptPage.load(script);
     {
         SetupDialog dialog;
-        dialog.addPage(QStringLiteral("Menu Command"), menuPage.window());
-        dialog.addPage(QStringLiteral("Script"), scriptPage.window());
+        const std::vector<TaskCatalogue::Page> setup = TaskCatalogue::setupPages(TaskCatalogue::ExecuteScript);
+        const QString menuCaption = tr_ts(setup[0].caption.number, QString::fromLatin1(setup[0].caption.english));
+        const QString scriptCaption = tr_ts(setup[1].caption.number, QString::fromLatin1(setup[1].caption.english));
+        dialog.addPage(menuCaption, menuPage.window());
+        dialog.addPage(scriptCaption, scriptPage.window());
         dialog.resize(780, 520);
         ok &= save(dialog, folder, QStringLiteral("setup-dialog-menu-command"));
-        dialog.showPage(QStringLiteral("Script"));
+        dialog.showPage(scriptCaption);
         ok &= save(dialog, folder, QStringLiteral("setup-dialog-script"));
         dialog.releasePages();
     }
 
     // The pages alone, as a page of a conversion task shows its defaults.
     FakeTaskProperties convert;
-    CMenuCommandDlg convertMenu(1, TextLookup{});
+    CMenuCommandDlg convertMenu(1, tr_ts);
     convertMenu.create(&host);
     convertMenu.load(convert);
     convertMenu.window()->setParent(nullptr);
@@ -280,7 +284,7 @@ int main(int argc, char **argv)
     // "Advanced Scripting Options" of a conversion task with its own macro.
     convert.set(QStringLiteral("__type"), Variant::fromI4(1));
     convert.set(QStringLiteral("__mc_version"), Variant::fromI4(2014));
-    CScriptPageDlg options(false, 1, TextLookup{}, sampleProducts);
+    CScriptPageDlg options(false, 1, tr_ts, sampleProducts);
     options.load(convert);
     options.editScript(options.editorText() + QStringLiteral("' changed\n"));
     QWidget *dialog = options.create(nullptr);

@@ -571,6 +571,10 @@
         <source>Output File</source>
         <translation>Ausgabedatei</translation>
     </message>
+    <message id="TS.123">
+        <source>Example</source>
+        <translation>Beispiel</translation>
+    </message>
     <message id="TS.124">
         <source>You must restart the task property dialog box in order to see the new user interface.</source>
         <translation>Die neue Oberfläche erscheint erst, wenn der Dialog der Aufgabeneigenschaften neu geöffnet wird.</translation>
@@ -1057,6 +1061,33 @@
     <message id="FileCardPageDlg.sourceLabel">
         <source>Source:</source>
         <translation>Quelle:</translation>
+    </message>
+</context>
+<context>
+    <name>FileRefTree</name>
+    <message id="FileRefTree.Unsupported File Format">
+        <source>Unsupported File Format</source>
+        <translation>Nicht unterstütztes Dateiformat</translation>
+    </message>
+    <message id="FileRefTree.configurationColumn">
+        <source>Configuration</source>
+        <translation>Konfiguration</translation>
+    </message>
+    <message id="FileRefTree.foundInColumn">
+        <source>Found in</source>
+        <translation>Gefunden in</translation>
+    </message>
+    <message id="FileRefTree.nameColumn">
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message id="FileRefTree.stateColumn">
+        <source>State</source>
+        <translation>Status</translation>
+    </message>
+    <message id="FileRefTree.versionColumn">
+        <source>Version</source>
+        <translation>Version</translation>
     </message>
 </context>
 <context>

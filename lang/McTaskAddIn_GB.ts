@@ -571,6 +571,10 @@
         <source>Output File</source>
         <translation>Output File</translation>
     </message>
+    <message id="TS.123">
+        <source>Example</source>
+        <translation>Example</translation>
+    </message>
     <message id="TS.124">
         <source>You must restart the task property dialog box in order to see the new user interface.</source>
         <translation>You must restart the task property dialog box in order to see the new user interface.</translation>
@@ -1057,6 +1061,33 @@
     <message id="FileCardPageDlg.sourceLabel">
         <source>Source:</source>
         <translation>Source:</translation>
+    </message>
+</context>
+<context>
+    <name>FileRefTree</name>
+    <message id="FileRefTree.Unsupported File Format">
+        <source>Unsupported File Format</source>
+        <translation>Unsupported File Format</translation>
+    </message>
+    <message id="FileRefTree.configurationColumn">
+        <source>Configuration</source>
+        <translation>Configuration</translation>
+    </message>
+    <message id="FileRefTree.foundInColumn">
+        <source>Found in</source>
+        <translation>Found in</translation>
+    </message>
+    <message id="FileRefTree.nameColumn">
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message id="FileRefTree.stateColumn">
+        <source>State</source>
+        <translation>State</translation>
+    </message>
+    <message id="FileRefTree.versionColumn">
+        <source>Version</source>
+        <translation>Version</translation>
     </message>
 </context>
 <context>
