@@ -1,10 +1,7 @@
 #include "app/addinhost.h"
 #include "app/cli.h"
 
-#include "common/settingslight.h"
-
 #include <QCommandLineParser>
-#include <QDir>
 #include <QFileInfo>
 
 namespace {
@@ -43,16 +40,9 @@ int runRegistration(CommandContext &context, bool unregister)
                     << '\n';
         return 1;
     }
-    if (!unregister) {
-        // The installation folder holds the language folders ("Lang/<CODE>"),
-        // beside the module's "lib" folder.
-        QDir folder = QFileInfo(module).absoluteDir();
-        if (folder.dirName() == QLatin1String("lib"))
-            folder.cdUp();
-        if (!SettingsLight().setInstallationFolder(folder.absolutePath())) {
-            context.err << "mctask: the installation folder could not be recorded\n";
-            return 1;
-        }
+    if (!unregister && !recordInstallationFolder(module)) {
+        context.err << "mctask: the installation folder could not be recorded\n";
+        return 1;
     }
     context.out << (unregister ? "unregistered " : "registered ") << module << '\n';
     return 0;

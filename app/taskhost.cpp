@@ -50,6 +50,7 @@ std::unique_ptr<TaskHost> TaskHost::open(std::shared_ptr<VaultStore> store, QTex
                         .arg(module, registrationError.isEmpty() ? QString() : QStringLiteral(": ") + registrationError);
             return nullptr;
         }
+        recordInstallationFolder(module); // without it the texts stay English
         err << "mctask: the add-in was not registered; registered " << module << '\n';
         err.flush();
         error.clear();

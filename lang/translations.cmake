@@ -1,5 +1,7 @@
 # Qt Linguist files built into language folders. The add-in's texts are
-# id-based (a text's id is "<section>.<key>"), so lrelease runs with -idbased.
+# id-based (a text's id is "<section>.<key>"), so lrelease runs with -idbased;
+# a text translated as its English is left out (-removeidentical), so the code's
+# own English shows, exactly, where a language has nothing else to say.
 find_package(Qt6 REQUIRED COMPONENTS LinguistTools)
 # texts.py keeps the .ts files up to date and checks them (a test).
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
@@ -18,7 +20,7 @@ function(mctask_qm_files)
     set(qm ${ARG_OUTPUT_DIR}/${name}.qm)
     add_custom_command(OUTPUT ${qm}
       COMMAND ${CMAKE_COMMAND} -E make_directory ${ARG_OUTPUT_DIR}
-      COMMAND Qt6::lrelease -idbased -silent ${ts} -qm ${qm}
+      COMMAND Qt6::lrelease -idbased -removeidentical -silent ${ts} -qm ${qm}
       DEPENDS ${ts} VERBATIM)
     list(APPEND outputs ${qm})
   endforeach()
