@@ -50,6 +50,30 @@ TEST(StrWndTest, ADialogTakesItsTextsFromItsOwnSection)
     EXPECT_EQ(plain->text(), "Plain"); // another dialog's text is not taken
 }
 
+TEST(StrWndTest, APageEmbeddedInADialogKeepsItsOwnDialogsTexts)
+{
+    widgetApp();
+    MemoryFileSystem files;
+    ScopedFileSystem filesGuard(files);
+    addTestLanguage(files, "/lang/DE");
+    Translator translator("/lang/DE");
+
+    QWidget dialog;
+    auto *page = new QWidget(&dialog);
+    auto *inner = new QLabel("Menu command:", page);
+    inner->setObjectName("menuTextLabel");
+    auto *plain = new QLabel("Plain", page);
+    plain->setObjectName("plainLabel");
+    auto *outer = new QLabel("Menu command:", &dialog);
+    outer->setObjectName("menuTextLabel");
+
+    StrWnd(page).localise("OtherDlg", translator);
+    StrWnd(&dialog).localise("MenuCommandDlg", translator);
+    EXPECT_EQ(plain->text(), "nicht hier");
+    EXPECT_EQ(inner->text(), "Menu command:"); // the page's dialog has no such text
+    EXPECT_EQ(outer->text(), "Befehl:");
+}
+
 TEST(StrWndTest, GroupsHideAndCloseUpEnableAndMoveTogether)
 {
     widgetApp();
