@@ -56,9 +56,9 @@ FeatureParse parseFeature(const QString &text)
     }
     while (i < words.size()) {
         const QString word = words[i].toLower();
-        if (word == QLatin1String("at") && i + 3 < words.size()) {
+        if (word == QLatin1String("at")) {
             for (int k = 0; k < 3; ++k) {
-                const auto v = number(words[i + 1 + k]);
+                const auto v = i + 1 + k < words.size() ? number(words[i + 1 + k]) : std::nullopt;
                 if (!v)
                     return failure(QStringLiteral("\"at\" needs three numbers"));
                 f.at[k] = *v;
