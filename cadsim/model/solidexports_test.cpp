@@ -6,7 +6,9 @@
 #include "cadsim/model/solidexports.h"
 #include "modeltestsupport.h"
 
+#include <BRepBndLib.hxx>
 #include <BRepBuilderAPI_Sewing.hxx>
+#include <Bnd_Box.hxx>
 #include <BRepTools.hxx>
 #include <BRep_Builder.hxx>
 #include <IGESControl_Reader.hxx>
@@ -365,6 +367,40 @@ TEST_F(SolidExportTest, FormatsWithoutAWriterSayWhatTheyAreAndCarryTheSolid)
         BRepTools::Read(read, brep, builder);
         expectSameVolume(volume, read, format);
     }
+}
+
+// A component inside a component: the inner placement first, then the outer
+// turn and move; a component that contains itself is refused, not followed.
+TEST_F(SolidExportTest, NestedPlacementsTurnAndMoveComponents)
+{
+    const auto write = [&](const QString &name, const QByteArray &text) {
+        QFile f(scratch.filePath(name));
+        return f.open(QIODevice::WriteOnly) && f.write(text) == text.size();
+    };
+    ASSERT_TRUE(write("inner.mcdasm", "Mecadra-Document: 1\nType: assembly\nComponent: S:\\shaft.mcdprt at 10 0 0\n"));
+    ASSERT_TRUE(write("outer.mcdasm", "Mecadra-Document: 1\nType: assembly\nComponent: inner.mcdasm at 100 0 0 rotate 90\n"));
+    ASSERT_TRUE(write("loop.mcdasm", "Mecadra-Document: 1\nType: assembly\nComponent: loop.mcdasm\n"));
+
+    std::int32_t errors = 0, warnings = 0;
+    ModelDocPtr outer = app.openDoc6("C:\\outer.mcdasm", cad::mcDocASSEMBLY, 0, "", errors, warnings);
+    ASSERT_TRUE(outer);
+    Bnd_Box box;
+    BRepBndLib::AddOptimal(documentShape(*outer), box, false, false);
+    double x0, y0, z0, x1, y1, z1;
+    box.Get(x0, y0, z0, x1, y1, z1);
+    // The shaft runs 0..120 along x with its 30 mm collar; inside it starts
+    // at x 10, turned it runs along y, moved it is centred on x 100.
+    EXPECT_NEAR(x0, 85, 1e-6);
+    EXPECT_NEAR(x1, 115, 1e-6);
+    EXPECT_NEAR(y0, 10, 1e-6);
+    EXPECT_NEAR(y1, 130, 1e-6);
+    EXPECT_NEAR(z0, -15, 1e-6);
+
+    ModelDocPtr loop = app.openDoc6("C:\\loop.mcdasm", cad::mcDocASSEMBLY, 0, "", errors, warnings);
+    ASSERT_TRUE(loop);
+    QString error;
+    EXPECT_FALSE(documentGeometry(app, *loop, "Default", &error));
+    EXPECT_TRUE(error.contains("nest too deep")) << error.toStdString();
 }
 
 TEST_F(SolidExportTest, ADocumentWithoutSolidExportsNoSolid)
