@@ -1,6 +1,7 @@
 #include "cadsim/geometry/solidexport.h"
 
 #include "cadsim/geometry/shapebuilder.h"
+#include "base/codepage.h"
 
 #include <APIHeaderSection_MakeHeader.hxx>
 #include <BRepBndLib.hxx>
@@ -58,17 +59,9 @@ SolidExport failed(const QString &why)
     return e;
 }
 
-QByteArray asciiOnly(const QString &text)
-{
-    QByteArray out;
-    for (QChar c : text)
-        out.append(c.unicode() >= 32 && c.unicode() < 127 ? char(c.unicode()) : '_');
-    return out;
-}
-
 Handle(TCollection_HAsciiString) hstring(const QString &text)
 {
-    return new TCollection_HAsciiString(asciiOnly(text).constData());
+    return new TCollection_HAsciiString(printableAscii(text).constData());
 }
 
 // The kernel's file writers take a path: they write into a private folder
@@ -194,7 +187,7 @@ SolidExport writeIges(const ModelGeometry &geometry, const IgesOptions &options)
             return failed(QStringLiteral("the IGES translator refused the edges"));
         writer.ComputeModel();
         Handle(TColStd_HSequenceOfHAsciiString) start = new TColStd_HSequenceOfHAsciiString;
-        const QByteArray text = asciiOnly(options.description);
+        const QByteArray text = printableAscii(options.description);
         for (qsizetype i = 0; i < text.size(); i += 72)
             start->Append(new TCollection_HAsciiString(text.mid(i, 72).constData()));
         writer.Model()->SetStartSection(start);
@@ -241,7 +234,7 @@ SolidExport writeVrml(const ModelGeometry &geometry, const VrmlOptions &options)
         // The unit and the export's description as comments under the header line.
         const qsizetype eol = bytes->indexOf('\n');
         bytes->insert(eol < 0 ? bytes->size() : eol + 1,
-                      "# units: " + unitName(options.unit).toLatin1() + "\n# " + asciiOnly(options.description) + '\n');
+                      "# units: " + unitName(options.unit).toLatin1() + "\n# " + printableAscii(options.description) + '\n');
         return bytes;
     };
     if (options.oneFile || geometry.bodies.size() < 2) {
@@ -253,7 +246,7 @@ SolidExport writeVrml(const ModelGeometry &geometry, const VrmlOptions &options)
     // One file per body; the target inlines them.
     SolidExport result;
     result.bytes = "#VRML V2.0 utf8\n# units: " + unitName(options.unit).toLatin1() + "\n# "
-                   + asciiOnly(options.description) + '\n';
+                   + printableAscii(options.description) + '\n';
     QStringList used;
     for (const Body &body : geometry.bodies) {
         QString suffix = QLatin1Char('_') + body.name;

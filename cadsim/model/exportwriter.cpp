@@ -1,5 +1,7 @@
 #include "cadsim/model/exportwriter.h"
 
+#include "base/codepage.h"
+
 
 #include <QBuffer>
 #include <QFileInfo>
@@ -210,14 +212,6 @@ QByteArray psd(const ExportView &view)
     return out;
 }
 
-QByteArray asciiOnly(const QString &text)
-{
-    QByteArray out;
-    for (QChar c : text)
-        out.append(c.unicode() >= 32 && c.unicode() < 127 ? char(c.unicode()) : '_');
-    return out;
-}
-
 QByteArray dxf(const ExportView &view)
 {
     QByteArray out;
@@ -256,9 +250,9 @@ QByteArray dxf(const ExportView &view)
 QByteArray postscript(const ExportView &view)
 {
     auto psString = [](const QString &s) {
-        return '(' + asciiOnly(s).replace('\\', "\\\\").replace('(', "\\(").replace(')', "\\)") + ')';
+        return '(' + printableAscii(s).replace('\\', "\\\\").replace('(', "\\(").replace(')', "\\)") + ')';
     };
-    return "%!PS-Adobe-3.0\n%%Creator: mcsim\n%%Title: " + asciiOnly(view.documentName()) + "\n%%BoundingBox: 0 0 842 595\n"
+    return "%!PS-Adobe-3.0\n%%Creator: mcsim\n%%Title: " + printableAscii(view.documentName()) + "\n%%BoundingBox: 0 0 842 595\n"
            + "%%Pages: 1\n%%EndComments\n%%Page: 1 1\n/Helvetica findfont 24 scalefont setfont\n"
            + "40 540 moveto " + psString(view.documentName()) + " show\n"
            + "/Helvetica findfont 14 scalefont setfont\n40 510 moveto " + psString(view.itemKind() + ": " + view.itemsText())
