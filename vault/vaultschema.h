@@ -5,7 +5,7 @@ class SqliteDb;
 // The schema of a vault database, versioned by PRAGMA user_version.
 namespace VaultSchema {
 
-inline constexpr int CurrentVersion = 3;
+inline constexpr int CurrentVersion = 4;
 
 // Creates the tables of a new database (only when create is set) or
 // upgrades an older one, in one transaction. Throws HostError when the
