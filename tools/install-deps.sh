@@ -3,6 +3,7 @@
 set -euo pipefail
 pkgs=(build-essential cmake ninja-build pkg-config
       qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
+      qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-translations-l10n python3
       libsqlite3-dev sqlite3 libgtest-dev libgmock-dev googletest libbenchmark-dev
       clang lld xvfb xauth
       qt6-image-formats-plugins fonts-dejavu-core poppler-utils file
