@@ -40,6 +40,10 @@ int runRegistration(CommandContext &context, bool unregister)
                     << '\n';
         return 1;
     }
+    if (!unregister && !recordInstallationFolder(module)) {
+        context.err << "mctask: the installation folder could not be recorded\n";
+        return 1;
+    }
     context.out << (unregister ? "unregistered " : "registered ") << module << '\n';
     return 0;
 }

@@ -1,5 +1,7 @@
 #include "app/addinhost.h"
 
+#include "common/settingslight.h"
+
 #include "host/classfactory.h"
 #include "platform/registrystore.h"
 
@@ -87,6 +89,14 @@ HRESULT callModuleRegistration(const QString &modulePath, bool unregister, QStri
         return E_FAIL;
     }
     return fn();
+}
+
+bool recordInstallationFolder(const QString &modulePath)
+{
+    QDir folder = QFileInfo(modulePath).absoluteDir();
+    if (folder.dirName() == QLatin1String("lib"))
+        folder.cdUp();
+    return SettingsLight().setInstallationFolder(folder.absolutePath());
 }
 
 QString defaultAddInModulePath()

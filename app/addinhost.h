@@ -54,5 +54,11 @@ private:
 // Registers or unregisters a module through its own entry points.
 HRESULT callModuleRegistration(const QString &modulePath, bool unregister, QString &error);
 
+// Records the installation folder of a registered module in the vault
+// client's settings (the folder above its "lib" folder, else its own), so
+// that the language folders below it are found. False when the registry
+// store refuses.
+bool recordInstallationFolder(const QString &modulePath);
+
 // Where the add-in module of this build lies (next to the program's lib folder).
 QString defaultAddInModulePath();

@@ -6,6 +6,7 @@
 int runAddInRegister(CommandContext &context);
 int runAddInUnregister(CommandContext &context);
 int runErrorCommand(CommandContext &context);
+int runLanguageCommand(CommandContext &context);
 int runRegistryGetCommand(CommandContext &context);
 int runRegistrySetCommand(CommandContext &context);
 int runRegistryDeleteCommand(CommandContext &context);
@@ -38,6 +39,7 @@ const std::vector<CommandEntry> &allCommands()
         {"addin", "register", "[MODULE]", "register the task add-in module", &runAddInRegister},
         {"addin", "unregister", "[MODULE]", "remove the add-in's registration", &runAddInUnregister},
         {"error", "", "CODE", "print the name and message of a result code", &runErrorCommand},
+        {"language", "", "[CODE]", "show or set the user-interface language", &runLanguageCommand},
         {"registry", "get", "[--view 32|64] KEY [NAME]", "print registry values", &runRegistryGetCommand},
         {"registry", "set", "[--view 32|64] KEY NAME VALUE [--dword|--string]", "write a registry value",
          &runRegistrySetCommand},

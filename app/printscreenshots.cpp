@@ -3,6 +3,8 @@
 // scratch vault.
 #include "app/printscreenshots.h"
 
+#include "addin/taskcatalogue.h"
+
 #include "addin/menucommanddlg.h"
 #include "app/setupdialog.h"
 #include "common/translator.h"
@@ -32,18 +34,20 @@ bool savePrintScreenshots(const QDir &folder, const SaveShot &save)
     {
         SetupDialog dialog;
         std::vector<std::unique_ptr<TaskPage>> pages;
-        CMenuCommandDlg menu(2, englishText);
+        CMenuCommandDlg menu(2, tr_ts);
         menu.create(&host);
         menu.load(props);
-        dialog.addPage(QStringLiteral("Menu Command"), menu.window());
-        const QString captions[] = {QStringLiteral("Printer"), QStringLiteral("Paper Size and Orientation"),
-                                    QStringLiteral("Margins"), QStringLiteral("Files")};
+        // The captions the add-in hands the host: "Menu Command", then the print pages.
+        const std::vector<TaskCatalogue::Page> setup = TaskCatalogue::setupPages(TaskCatalogue::Print);
+        auto caption = [&](std::size_t i) { return tr_ts(setup[i].caption.number, QString::fromLatin1(setup[i].caption.english)); };
+        dialog.addPage(caption(0), menu.window());
+        const QString captions[] = {caption(1), caption(2), caption(3), caption(4)};
         const char *names[] = {"setup-dialog-printer", "setup-dialog-paper-size", "setup-dialog-margins",
                                "setup-dialog-files"};
         PageContext context;
         context.taskType = 2;
         for (std::size_t i = 0; i < std::size(PrintSetupPages); ++i) {
-            pages.push_back(createPrintPage(PrintSetupPages[i], context, englishText));
+            pages.push_back(createPrintPage(PrintSetupPages[i], context, tr_ts));
             pages.back()->create(&host);
             pages.back()->load(props);
             dialog.addPage(captions[i], pages.back()->window());
@@ -81,7 +85,7 @@ bool savePrintScreenshots(const QDir &folder, const SaveShot &save)
     instance->set(QStringLiteral("__printer_prseltype"), Variant::fromI4(1));
     instance->set(QStringLiteral("__printer_prnamelist"), Variant::fromBStr(QStringLiteral("Office\r\nPlotter")));
     instance->set(QStringLiteral("__printer_prname"), Variant::fromBStr(QStringLiteral("Plotter")));
-    PrintUIDlg dialog(vault, instance, selection, englishText);
+    PrintUIDlg dialog(vault, instance, selection, tr_ts);
     dialog.initialise();
     dialog.window()->resize(700, 540);
     dialog.window()->findChild<QLineEdit *>(QStringLiteral("copiesEdit"))->setText(QStringLiteral("3"));

@@ -1,6 +1,11 @@
 // Renders the set-up windows to PNG files, offscreen, so that people can
-// look at them without a screen: mctask_screenshots OUTPUT_FOLDER.
+// look at them without a screen:
+//   mctask_screenshots OUTPUT_FOLDER [--language-folder DIR] [--record-texts FILE]
+// The texts come from the language folder (English without one); with
+// --record-texts every text the windows ask the translation service for is
+// written to FILE, one "module TAB section TAB key TAB English" a line.
 #include "addin/menucommanddlg.h"
+#include "addin/taskcatalogue.h"
 #include "app/printscreenshots.h"
 #include "app/setupdialog.h"
 #include "app/vaultbrowser.h"
@@ -74,8 +79,7 @@ bool saveLaunchWindows(const QDir &folder)
     vault->GetRootFolderPath(root);
 
     {
-        const Translator english{QString()};
-        CSelectionDlg selection(vault, root, {}, &english);
+        CSelectionDlg selection(vault, root, {});
         selection.addEntry(root + QStringLiteral("\\Parts\\gear.mcdprt"), {2, DoxObject_File, 2, 1});
         selection.addEntry(root + QStringLiteral("\\Assemblies\\gearbox.mcdasm"), {4, DoxObject_File, 3, 1});
         selection.addEntry(root + QStringLiteral("\\Drawings"), {4, DoxObject_Folder, 0, 0});
@@ -85,9 +89,8 @@ bool saveLaunchWindows(const QDir &folder)
         window->hide();
     }
     {
-        const Translator english{QString()};
-        VaultBrowser files(*vault, VaultBrowser::Mode::Files, QStringLiteral("Select Files"),
-                           CSelectionDlg(vault, root, {}, &english).filterText());
+        VaultBrowser files(*vault, VaultBrowser::Mode::Files, tr_ts(5, QStringLiteral("Select Files")),
+                           CSelectionDlg(vault, root, {}).filterText());
         auto *tree = files.findChild<QTreeWidget *>(QStringLiteral("folderTree"));
         tree->setCurrentItem(tree->topLevelItem(0)->child(2)); // Parts
         auto *list = files.findChild<QTreeWidget *>(QStringLiteral("fileList"));
@@ -95,7 +98,7 @@ bool saveLaunchWindows(const QDir &folder)
             list->topLevelItem(0)->setSelected(true);
         ok &= save(files, folder, QStringLiteral("vault-file-browser"));
         files.hide();
-        VaultBrowser folders(*vault, VaultBrowser::Mode::Folder, QStringLiteral("Please select a folder:"));
+        VaultBrowser folders(*vault, VaultBrowser::Mode::Folder, tr_ts(6, QStringLiteral("Please select a folder:")));
         tree = folders.findChild<QTreeWidget *>(QStringLiteral("folderTree"));
         tree->setCurrentItem(tree->topLevelItem(0)->child(1)); // Drawings
         ok &= save(folders, folder, QStringLiteral("vault-folder-browser"));
@@ -116,9 +119,9 @@ bool saveLaunchWindows(const QDir &folder)
         context.instance = instance;
         context.taskType = 2;
         context.finished = true;
-        TaskDetailsPage details(context, englishText);
+        TaskDetailsPage details(context, tr_ts);
         QWidget *page = details.create(nullptr);
-        page->setWindowTitle(QStringLiteral("Printed Files"));
+        page->setWindowTitle(tr_ts(114, QStringLiteral("Printed Files")));
         // Wide enough for every column (their widths add up to 16 tenths).
         page->resize(1300, 260);
         ok &= save(*page, folder, QStringLiteral("task-details-printed"));
@@ -157,7 +160,7 @@ bool saveConvertPages(const QDir &folder)
     context.properties = props;
     context.taskType = 1;
 
-    CConversionSettingsPageDlg settings(context, englishText);
+    CConversionSettingsPageDlg settings(context, tr_ts);
     settings.create(nullptr);
     settings.load(*props);
     ok &= savePage(settings.window(), folder, QStringLiteral("conversion-settings-setup"));
@@ -165,13 +168,13 @@ bool saveConvertPages(const QDir &folder)
     ok &= savePage(settings.window(), folder, QStringLiteral("conversion-settings-setup-sheets"));
     context.conversionPage = &settings;
 
-    CFileCardPageDlg card(context, englishText);
+    CFileCardPageDlg card(context, tr_ts);
     card.create(nullptr);
     card.load(*props);
     card.selectRow(0);
     ok &= savePage(card.window(), folder, QStringLiteral("file-card"));
 
-    COutputFileDetailsPageDlg details(context, englishText);
+    COutputFileDetailsPageDlg details(context, tr_ts);
     details.create(nullptr);
     details.load(*props);
     ok &= savePage(details.window(), folder, QStringLiteral("output-file-details"));
@@ -185,7 +188,7 @@ bool saveConvertPages(const QDir &folder)
     launch.set(QStringLiteral("FileConfs"), Variant::fromI4(4));
     PageContext launchContext = context;
     launchContext.launchMode = true;
-    CConversionSettingsPageDlg atLaunch(launchContext, englishText);
+    CConversionSettingsPageDlg atLaunch(launchContext, tr_ts);
     atLaunch.create(nullptr);
     atLaunch.load(launch);
     ok &= savePage(atLaunch.window(), folder, QStringLiteral("conversion-settings-launch"));
@@ -194,7 +197,7 @@ bool saveConvertPages(const QDir &folder)
                                       {22, "VRML (*.wrl)"}, {2, "ACIS (*.sat)"}, {15, "Parasolid (*.x_t)"},
                                       {12, "IGES (*.igs)"}, {17, "STEP (*.step)"}, {18, "STL (*.stl)"},
                                       {19, "TIF (*.tif)"}}) {
-        CAdvancedConvOpDlg dialog(*props, index, QString::fromLatin1(name), nullptr, true, englishText);
+        CAdvancedConvOpDlg dialog(*props, index, QString::fromLatin1(name), nullptr, true, tr_ts);
         ok &= save(dialog, folder,
                    QStringLiteral("conversion-options-") + QString::fromLatin1(name).section(QLatin1Char(' '), 0, 0).toLower());
         dialog.hide();
@@ -227,38 +230,72 @@ bool saveHelpWindows(const QDir &folder)
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: mctask_screenshots OUTPUT_FOLDER\n");
+    QStringList args = app.arguments().mid(1);
+    auto option = [&](const QString &name) {
+        const qsizetype at = args.indexOf(name);
+        if (at < 0 || at + 1 >= args.size())
+            return QString();
+        const QString value = args.at(at + 1);
+        args.remove(at, 2);
+        return value;
+    };
+    const QString languageFolder = option(QStringLiteral("--language-folder"));
+    const QString recordFile = option(QStringLiteral("--record-texts"));
+    if (args.size() != 1) {
+        std::fprintf(stderr, "usage: mctask_screenshots OUTPUT_FOLDER [--language-folder DIR] [--record-texts FILE]\n");
         return 2;
     }
-    QDir folder(QString::fromLocal8Bit(argv[1]));
+    QDir folder(args.first());
     if (!folder.mkpath(QStringLiteral(".")))
         return 1;
+    Translator translator(languageFolder.isEmpty() ? QString() : QDir(languageFolder).absolutePath());
+    ScopedTranslator translatorGuard(translator);
+    translator.installQtTranslations();
+    QFile record(recordFile);
+    QTextStream recorded(&record);
+    if (!recordFile.isEmpty()) {
+        if (!record.open(QIODevice::WriteOnly | QIODevice::Text))
+            return 1;
+        recorded.setEncoding(QStringConverter::Utf8);
+        Translator::setRecorder([&recorded](const QString &module, const QString &section, const QString &key,
+                                            const QString &english) {
+            QString escaped = english;
+            escaped.replace(QLatin1Char('\\'), QLatin1String("\\\\")).replace(QLatin1Char('\n'), QLatin1String("\\n"))
+                .replace(QLatin1Char('\t'), QLatin1String("\\t"));
+            recorded << module << '\t' << section << '\t' << key << '\t' << escaped << '\n';
+        });
+    }
+    struct RecorderGuard {
+        ~RecorderGuard() { Translator::setRecorder({}); }
+    } recorderGuard;
     bool ok = true;
     QWidget host;
 
     // The two pages of an execute-script task inside the host's dialog.
     FakeTaskProperties script;
-    CMenuCommandDlg menuPage(3, englishText);
+    CMenuCommandDlg menuPage(3, tr_ts);
     menuPage.create(&host);
     menuPage.load(script);
-    CScriptPageDlg scriptPage(true, 3, englishText, sampleProducts);
+    CScriptPageDlg scriptPage(true, 3, tr_ts, sampleProducts);
     scriptPage.create(&host);
     scriptPage.load(script);
     {
         SetupDialog dialog;
-        dialog.addPage(QStringLiteral("Menu Command"), menuPage.window());
-        dialog.addPage(QStringLiteral("Script"), scriptPage.window());
+        const std::vector<TaskCatalogue::Page> setup = TaskCatalogue::setupPages(TaskCatalogue::ExecuteScript);
+        const QString menuCaption = tr_ts(setup[0].caption.number, QString::fromLatin1(setup[0].caption.english));
+        const QString scriptCaption = tr_ts(setup[1].caption.number, QString::fromLatin1(setup[1].caption.english));
+        dialog.addPage(menuCaption, menuPage.window());
+        dialog.addPage(scriptCaption, scriptPage.window());
         dialog.resize(780, 520);
         ok &= save(dialog, folder, QStringLiteral("setup-dialog-menu-command"));
-        dialog.showPage(QStringLiteral("Script"));
+        dialog.showPage(scriptCaption);
         ok &= save(dialog, folder, QStringLiteral("setup-dialog-script"));
         dialog.releasePages();
     }
 
     // The pages alone, as a page of a conversion task shows its defaults.
     FakeTaskProperties convert;
-    CMenuCommandDlg convertMenu(1, englishText);
+    CMenuCommandDlg convertMenu(1, tr_ts);
     convertMenu.create(&host);
     convertMenu.load(convert);
     convertMenu.window()->setParent(nullptr);
@@ -269,7 +306,7 @@ int main(int argc, char **argv)
     // "Advanced Scripting Options" of a conversion task with its own macro.
     convert.set(QStringLiteral("__type"), Variant::fromI4(1));
     convert.set(QStringLiteral("__mc_version"), Variant::fromI4(2014));
-    CScriptPageDlg options(false, 1, englishText, sampleProducts);
+    CScriptPageDlg options(false, 1, tr_ts, sampleProducts);
     options.load(convert);
     options.editScript(options.editorText() + QStringLiteral("' changed\n"));
     QWidget *dialog = options.create(nullptr);

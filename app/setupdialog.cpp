@@ -1,4 +1,5 @@
 #include "app/setupdialog.h"
+#include "common/widgets/strwnd.h"
 
 #include "common/help/help.h"
 
@@ -10,6 +11,7 @@
 SetupDialog::SetupDialog(QWidget *parent) : QDialog(parent), m_ui(std::make_unique<Ui::SetupDialog>())
 {
     m_ui->setupUi(this);
+    (new StrWnd(this))->localise(QStringLiteral("SetupDialog"));
     setSizeGripEnabled(true);
     connect(m_ui->pageList, &QListWidget::currentRowChanged, m_ui->pageStack, &QStackedWidget::setCurrentIndex);
     connect(m_ui->buttons, &QDialogButtonBox::accepted, this, &SetupDialog::pressOk);

@@ -3,6 +3,7 @@
 #include "addin/module/moduleregistration.h"
 #include "app/addinhost.h"
 #include "app/vaultbrowser.h"
+#include "common/translator.h"
 #include "host/hosterror.h"
 #include "platform/home.h"
 #include "platform/jsonregistrystore.h"
@@ -49,6 +50,7 @@ std::unique_ptr<TaskHost> TaskHost::open(std::shared_ptr<VaultStore> store, QTex
                         .arg(module, registrationError.isEmpty() ? QString() : QStringLiteral(": ") + registrationError);
             return nullptr;
         }
+        recordInstallationFolder(module); // without it the texts stay English
         err << "mctask: the add-in was not registered; registered " << module << '\n';
         err.flush();
         error.clear();
@@ -64,8 +66,11 @@ std::unique_ptr<TaskHost> TaskHost::open(std::shared_ptr<VaultStore> store, QTex
     host->m_vault = std::make_shared<EmbeddedVault>(store);
     // The host's browse windows, for pages and dialogs that let the user pick
     // vault files and folders; only a user's click opens them.
-    if (qobject_cast<QApplication *>(QCoreApplication::instance()))
+    if (qobject_cast<QApplication *>(QCoreApplication::instance())) {
         installVaultBrowsers(*host->m_vault);
+        // Standard buttons, file dialogs and context menus in the language.
+        Translator::instance().installQtTranslations();
+    }
     const HRESULT hr = addin->initialise(host->m_vault);
     if (failed(hr)) {
         error = QStringLiteral("the add-in refused to start (0x%1)").arg(static_cast<quint32>(hr), 8, 16, QLatin1Char('0'));

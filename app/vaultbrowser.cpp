@@ -1,4 +1,6 @@
 #include "app/vaultbrowser.h"
+#include "common/translator.h"
+#include "common/widgets/strwnd.h"
 
 #include "host/idoxvault.h"
 #include "vault/embeddedvault.h"
@@ -47,7 +49,6 @@ VaultBrowser::VaultBrowser(IDoxVault &vault, Mode mode, const QString &title, co
     : QDialog(parent), m_vault(vault), m_mode(mode), m_filters(parseFilter(filter))
 {
     setObjectName(mode == Mode::Files ? QStringLiteral("vaultFileBrowser") : QStringLiteral("vaultFolderBrowser"));
-    setWindowTitle(title);
     setSizeGripEnabled(true);
     auto *layout = new QVBoxLayout(this);
 
@@ -65,7 +66,8 @@ VaultBrowser::VaultBrowser(IDoxVault &vault, Mode mode, const QString &title, co
         splitter->addWidget(m_folderTree);
         m_fileList = new QTreeWidget(splitter);
         m_fileList->setObjectName(QStringLiteral("fileList"));
-        m_fileList->setHeaderLabels({QStringLiteral("Name")});
+        m_fileList->setHeaderLabels({Translator::instance().dialogText(QStringLiteral("VaultBrowser"),
+                                                                       QStringLiteral("nameColumn"), QStringLiteral("Name"))});
         m_fileList->setRootIsDecorated(false);
         m_fileList->setSelectionMode(QAbstractItemView::ExtendedSelection);
         splitter->addWidget(m_fileList);
@@ -76,6 +78,7 @@ VaultBrowser::VaultBrowser(IDoxVault &vault, Mode mode, const QString &title, co
 
         auto *filterRow = new QHBoxLayout;
         auto *label = new QLabel(QStringLiteral("Files of type:"), this);
+        label->setObjectName(QStringLiteral("fileTypeLabel"));
         m_filterCombo = new QComboBox(this);
         m_filterCombo->setObjectName(QStringLiteral("filterCombo"));
         label->setBuddy(m_filterCombo);
@@ -95,6 +98,10 @@ VaultBrowser::VaultBrowser(IDoxVault &vault, Mode mode, const QString &title, co
     layout->addWidget(m_buttons);
     connect(m_buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    // The title is the caller's; the rest follows the language.
+    (new StrWnd(this))->localise(QStringLiteral("VaultBrowser"));
+    setWindowTitle(title);
 
     // The root folder carries the vault's name.
     QString root;

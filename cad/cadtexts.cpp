@@ -29,7 +29,8 @@ constexpr std::array kReasons{
     ReasonRow{23, {110, "Permission denied."}},
     ReasonRow{25, {111, "Too many open files."}},
     ReasonRow{27, {112, "File save failed."}},
-    ReasonRow{28, {113, "File open failed."}},
+    // 113 is the details caption "Converted Files"; this reason has a number of its own.
+    ReasonRow{28, {9008, "File open failed."}},
 };
 
 } // namespace

@@ -152,6 +152,26 @@ QString SettingsLight::language()
     return fallback;
 }
 
+bool SettingsLight::setLanguage(const QString &code)
+{
+    Registry settings(m_store);
+    if (!settings.create(kRoot, under(settingsRoot(), QString::fromUtf16(kLanguageKey)), RegistryReadWrite, kView))
+        return false;
+    std::lock_guard lock(m_mutex);
+    m_paths = {}; // the folders below the language change with it
+    return settings.writeString(QStringLiteral("0"), code);
+}
+
+bool SettingsLight::setInstallationFolder(const QString &folder)
+{
+    Registry root(m_store);
+    if (!root.create(kRoot, settingsRoot(), RegistryReadWrite, kView))
+        return false;
+    std::lock_guard lock(m_mutex);
+    m_paths = {};
+    return root.writeString(QStringLiteral("InstallDir"), folder);
+}
+
 QString SettingsLight::rootString(const QString &name) const
 {
     Registry root(m_store);

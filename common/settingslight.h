@@ -80,6 +80,12 @@ public:
     // "DefaultLanguage" of the root (then copied to "0" and "Language"),
     // else "GB".
     QString language();
+    // Sets value "0" of the language key (what "mctask language CODE" does).
+    bool setLanguage(const QString &code);
+
+    // Records the add-in's installation folder ("InstallDir" of the root),
+    // below which "Lang\<language>\" is the language folder.
+    bool setInstallationFolder(const QString &folder);
 
     // A folder (with a trailing "\") or file of the installation; empty when
     // neither its value nor its fall-back gives one. Cached per object.

@@ -128,6 +128,22 @@ TEST_F(SettingsLightTest, InstallationFoldersUseTheirValueOrTheirFallBack)
               "C:\\Program Files\\Vaultek\\Default Configurations\\VaultConfigurations.ini");
 }
 
+TEST_F(SettingsLightTest, RecordedInstallationAndChosenLanguageMoveTheLanguageFolder)
+{
+    EXPECT_EQ(m_settings.path(InstallPath::LanguageFolder), ""); // cached, but the setters forget it
+    ASSERT_TRUE(m_settings.setInstallationFolder("/opt/mctask"));
+    EXPECT_EQ(m_settings.path(InstallPath::LanguageFolder), "/opt/mctask\\Lang\\GB\\");
+    ASSERT_TRUE(m_settings.setLanguage("DE"));
+    EXPECT_EQ(m_settings.language(), "DE");
+    EXPECT_EQ(m_settings.path(InstallPath::LanguageFolder), "/opt/mctask\\Lang\\DE\\");
+    // A chosen language is not replaced by the default one.
+    set("", "DefaultLanguage", RegistryValue::fromString("FR"));
+    EXPECT_EQ(SettingsLight(m_store).language(), "DE");
+    // "LangDir" still wins.
+    set("", "LangDir", RegistryValue::fromString("L:\\Lang\\IT"));
+    EXPECT_EQ(SettingsLight(m_store).path(InstallPath::LanguageFolder), "L:\\Lang\\IT\\");
+}
+
 TEST_F(SettingsLightTest, FoldersWithoutValueOrBaseAreEmpty)
 {
     EXPECT_EQ(m_settings.path(InstallPath::SharedFolder), "");

@@ -4,70 +4,113 @@
 #include "platform/drivemap.h"
 #include "platform/filesystem.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QCoreApplication>
+#include <QPointer>
+#include <QTranslator>
 #include <atomic>
 
 namespace {
 
 std::atomic<Translator *> g_override{nullptr};
 
-} // namespace
+std::mutex g_recorderMutex;
+Translator::Recorder g_recorder;
 
-Translator::Translator(const QString &languageFolder)
-    : m_folder(languageFolder.isEmpty() ? QString() : DriveMap::instance().toNativeOrSelf(languageFolder))
+void record(const QString &module, const QString &section, const QString &key, const QString &english)
 {
+    std::lock_guard lock(g_recorderMutex);
+    if (g_recorder)
+        g_recorder(module, section, key, english);
 }
 
-const Translator::Sections *Translator::module(const QString &name) const
+// A translator that owns the bytes it was loaded from (QTranslator keeps
+// pointing into them).
+class OwnedTranslator final : public QTranslator
+{
+public:
+    explicit OwnedTranslator(QByteArray data, QObject *parent = nullptr) : QTranslator(parent), m_data(std::move(data)) {}
+    bool load() { return QTranslator::load(reinterpret_cast<const uchar *>(m_data.constData()), int(m_data.size())); }
+
+private:
+    QByteArray m_data;
+};
+
+// The entry of folder whose name is wanted, compared case-insensitively.
+QString findEntry(const QString &folder, const QString &wanted)
+{
+    const QString folded = wanted.toCaseFolded();
+    for (const QString &entry : FileSystem::instance().entries(folder))
+        if (entry.toCaseFolded() == folded)
+            return folder + QLatin1Char('/') + entry;
+    return {};
+}
+
+std::unique_ptr<OwnedTranslator> loadQm(const QString &path)
+{
+    const auto bytes = FileSystem::instance().read(path);
+    if (!bytes)
+        return nullptr;
+    auto translator = std::make_unique<OwnedTranslator>(*bytes);
+    if (!translator->load())
+        return nullptr; // damaged: as if missing
+    return translator;
+}
+
+} // namespace
+
+struct Translator::Module {
+    std::unique_ptr<OwnedTranslator> qm;
+};
+
+Translator::Translator(const QString &languageFolder)
+{
+    if (languageFolder.isEmpty())
+        return;
+    QString folder = languageFolder;
+    // A native installation folder with the "Lang\<language>\" of the
+    // registry's path rules appended.
+    if (folder.startsWith(QLatin1Char('/')))
+        folder.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    m_folder = DriveMap::instance().toNativeOrSelf(folder);
+}
+
+Translator::~Translator() = default;
+
+const Translator::Module *Translator::module(const QString &name) const
 {
     const QString folded = name.toCaseFolded();
     std::lock_guard lock(m_mutex);
     const auto cached = m_modules.constFind(folded);
     if (cached != m_modules.constEnd())
-        return cached->has_value() ? &cached->value() : nullptr;
+        return cached->get();
 
-    std::optional<Sections> loaded;
-    const FileSystem &fs = FileSystem::instance();
+    std::shared_ptr<const Module> loaded;
     if (!m_folder.isEmpty() && !name.isEmpty()) {
-        const QString wanted = (name + QStringLiteral(".json")).toCaseFolded();
-        for (const QString &entry : fs.entries(m_folder)) {
-            if (entry.toCaseFolded() != wanted)
-                continue;
-            const auto bytes = fs.read(m_folder + QLatin1Char('/') + entry);
-            const QJsonDocument doc = bytes ? QJsonDocument::fromJson(*bytes) : QJsonDocument();
-            if (!doc.isObject())
-                break; // a damaged file counts as missing
-            Sections sections;
-            const QJsonObject json = doc.object();
-            for (auto s = json.begin(); s != json.end(); ++s) {
-                auto &texts = sections[s.key().toCaseFolded()];
-                const QJsonObject entries = s.value().toObject();
-                for (auto e = entries.begin(); e != entries.end(); ++e) {
-                    if (e.value().isString())
-                        texts.insert(e.key().toCaseFolded(), e.value().toString());
-                }
-            }
-            loaded = std::move(sections);
-            break;
+        const QString path = findEntry(m_folder, name + QStringLiteral(".qm"));
+        if (!path.isEmpty()) {
+            if (auto qm = loadQm(path))
+                loaded = std::make_shared<const Module>(Module{std::move(qm)});
         }
     }
-    const auto it = m_modules.insert(folded, std::move(loaded));
-    return it->has_value() ? &it->value() : nullptr;
+    m_modules.insert(folded, loaded);
+    return loaded.get();
+}
+
+QString Translator::textId(const QString &section, const QString &key)
+{
+    return section + QLatin1Char('.') + key;
 }
 
 std::optional<QString> Translator::find(const QString &moduleName, const QString &section, const QString &key) const
 {
-    const Sections *sections = module(moduleName);
-    if (!sections)
+    const Module *found = module(moduleName);
+    if (!found)
         return std::nullopt;
-    const auto s = sections->constFind(section.toCaseFolded());
-    if (s == sections->constEnd())
+    // Id-based modules keep their texts under an empty context.
+    const QString text = found->qm->translate(nullptr, textId(section, key).toUtf8().constData());
+    if (text.isEmpty())
         return std::nullopt;
-    const auto t = s->constFind(key.toCaseFolded());
-    if (t == s->constEnd())
-        return std::nullopt;
-    return *t;
+    return text;
 }
 
 std::optional<QString> Translator::find(const QString &moduleName, const QString &section, int number) const
@@ -77,20 +120,64 @@ std::optional<QString> Translator::find(const QString &moduleName, const QString
 
 QString Translator::text(int number, const QString &english, const QString &section, const QString &moduleName) const
 {
-    const auto found = find(moduleName, section, number);
-    return found && !found->isEmpty() ? *found : english;
+    record(moduleName, section, QString::number(number), english);
+    return find(moduleName, section, number).value_or(english);
 }
 
 QString Translator::dialogText(const QString &dialog, const QString &controlId, const QString &english,
                                const QString &moduleName) const
 {
-    const auto found = find(moduleName, dialog, controlId);
-    return found && !found->isEmpty() ? *found : english;
+    return keyedText(dialog, controlId, english, moduleName);
+}
+
+QString Translator::keyedText(const QString &section, const QString &key, const QString &english,
+                              const QString &moduleName) const
+{
+    record(moduleName, section, key, english);
+    return find(moduleName, section, key).value_or(english);
 }
 
 bool Translator::hasModule(const QString &name) const
 {
     return module(name) != nullptr;
+}
+
+int Translator::installQtTranslations() const
+{
+    QCoreApplication *app = QCoreApplication::instance();
+    if (!app || m_folder.isEmpty())
+        return 0;
+    // Once per folder and application.
+    static std::mutex installedMutex;
+    static QHash<QString, QPointer<QCoreApplication>> installed;
+    {
+        std::lock_guard lock(installedMutex);
+        if (installed.value(m_folder) == app)
+            return 0;
+        installed.insert(m_folder, app);
+    }
+    int count = 0;
+    QStringList entries = FileSystem::instance().entries(m_folder);
+    entries.sort();
+    for (const QString &entry : entries) {
+        if (!entry.startsWith(QLatin1String("qt"), Qt::CaseInsensitive) || !entry.endsWith(QLatin1String(".qm"), Qt::CaseInsensitive))
+            continue;
+        auto qm = loadQm(m_folder + QLatin1Char('/') + entry);
+        if (!qm)
+            continue;
+        qm->setParent(app);
+        if (QCoreApplication::installTranslator(qm.get())) {
+            qm.release();
+            ++count;
+        }
+    }
+    return count;
+}
+
+void Translator::setRecorder(Recorder recorder)
+{
+    std::lock_guard lock(g_recorderMutex);
+    g_recorder = std::move(recorder);
 }
 
 Translator &Translator::instance()

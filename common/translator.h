@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QString>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 
@@ -11,32 +12,52 @@ inline constexpr char16_t kAddInTextModule[] = u"McTaskAddIn";
 inline constexpr char16_t kAddInTextSection[] = u"TS";
 
 // The string-translation service: texts by (number, section, module) and
-// dialog texts by (dialog name, control id), read from the language folder,
-// with the English text as fall-back.
+// dialog texts by (dialog name, control), read from the language folder, with
+// the English text as fall-back.
 //
-// A module is the file "<module>.json" in the language folder: an object of
-// sections, each an object from text number (or control id) to text, e.g.
-//     { "TS": { "1023": "Convert Files" }, "MenuCommandDlg": { "IDOK": "OK" } }
-// Module file, section and key names compare case-insensitively. A module is
-// read once per Translator.
+// A module is the Qt Linguist file "<module>.qm" in the language folder, built
+// by lrelease from an id-based ".ts" file: a text's id is its section and key,
+// "TS.1023" for a numbered text and "MenuCommandDlg.caption" for a dialog's
+// control, so numbered and dialog texts never meet. The module's file name
+// compares case-insensitively; a module is read once per Translator, and a
+// missing or damaged one leaves every text English.
 class Translator final
 {
 public:
     // languageFolder: a native folder, or a Windows path the drive map
     // resolves; empty for no translations at all.
     explicit Translator(const QString &languageFolder);
+    ~Translator();
 
     QString text(int number, const QString &english, const QString &section = QString::fromUtf16(kAddInTextSection),
                  const QString &module = QString::fromUtf16(kAddInTextModule)) const;
     std::optional<QString> find(const QString &module, const QString &section, const QString &key) const;
     std::optional<QString> find(const QString &module, const QString &section, int number) const;
 
-    // A dialog's control text: section = the dialog name, key = the control id.
+    // A dialog's control text: section = the dialog name, key = the control.
     QString dialogText(const QString &dialog, const QString &controlId, const QString &english,
                        const QString &module = QString::fromUtf16(kAddInTextModule)) const;
 
+    // A text of section under a key of its own (a name rather than a number).
+    QString keyedText(const QString &section, const QString &key, const QString &english,
+                      const QString &module = QString::fromUtf16(kAddInTextModule)) const;
+
     bool hasModule(const QString &module) const;
     QString languageFolder() const { return m_folder; }
+
+    // Installs Qt's own translations found in the language folder
+    // ("qt*.qm") into the application, so that standard buttons, file
+    // dialogs and context menus follow the language. Returns how many.
+    int installQtTranslations() const;
+
+    // The id of a text in a module: "<section>.<key>".
+    static QString textId(const QString &section, const QString &key);
+
+    // Every text asked for goes to the recorder while one is set (the
+    // completeness check lists the texts the code uses this way).
+    using Recorder = std::function<void(const QString &module, const QString &section, const QString &key,
+                                        const QString &english)>;
+    static void setRecorder(Recorder recorder);
 
     // The process-wide translator on the vault client's language folder
     // (SettingsLight), made at first use, unless a test installed another.
@@ -44,12 +65,12 @@ public:
     static Translator *setInstance(Translator *translator);
 
 private:
-    using Sections = QHash<QString, QHash<QString, QString>>; // folded section -> folded key -> text
-    const Sections *module(const QString &name) const;
+    struct Module;
+    const Module *module(const QString &name) const;
 
     QString m_folder; // native
     mutable std::mutex m_mutex;
-    mutable QHash<QString, std::optional<Sections>> m_modules;
+    mutable QHash<QString, std::shared_ptr<const Module>> m_modules; // folded name -> module, null when missing
 };
 
 // The add-in's text number in section "TS" of module "McTaskAddIn".

@@ -15,8 +15,7 @@ constexpr int MinimumWidth = 480;
 
 QString CAdvancedConvOpDlg::title(const QString &formatName, const TextLookup &text)
 {
-    const QString pattern = QStringLiteral("Advanced Scripting Options (%s)");
-    QString format = text ? text(TitleTextId, pattern) : pattern;
+    QString format = lookupText(text, TitleTextId, "Advanced Scripting Options (%s)");
     const qsizetype paren = formatName.indexOf(QLatin1Char('('));
     return format.replace(QLatin1String("%s"), (paren < 0 ? formatName : formatName.left(paren)).trimmed());
 }
@@ -34,7 +33,6 @@ CAdvancedConvOpDlg::CAdvancedConvOpDlg(IDoxVariables &holder, std::int32_t forma
         m_loaded = m_page->LoadVariables(false);
         return;
     }
-    setWindowTitle(title(formatName, text));
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_page->CreatePage(this));
     m_loaded = m_page->LoadVariables(false);
@@ -51,6 +49,9 @@ CAdvancedConvOpDlg::CAdvancedConvOpDlg(IDoxVariables &holder, std::int32_t forma
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
     (new StrWnd(this))->localise(QStringLiteral("AdvancedConvOpDlg"));
+    // The caption names the format: a numbered text of its own, set after the
+    // dialog's texts.
+    setWindowTitle(title(formatName, text));
     adjustSize();
     resize(std::max(width(), MinimumWidth), height());
 }

@@ -1,5 +1,6 @@
 #include "convert/conversionsettingspage.h"
 
+#include "common/testing/testlanguage.h"
 #include "common/translator.h"
 #include "common/widgets/testing/widgetapp.h"
 #include "host/testing/faketask.h"
@@ -102,8 +103,7 @@ TEST(ConversionLaunchTest, ALaunchTakesOnlyWhatThePageOffersInTheAddInsLanguage)
 {
     MemoryFileSystem files;
     ScopedFileSystem filesGuard(files);
-    files.addFile("/lang/DE/McTaskAddIn.json",
-                  R"json({ "TS": { "61": "Adobe-PDF-Dokument (*.pdf)", "78": "VRML-Welt (*.wrl)" } })json");
+    addTestLanguage(files, "/lang/DE");
     Translator german("/lang/DE");
     ScopedTranslator translatorGuard(german);
     using Choice = ConversionSettingsValues::LaunchChoice;

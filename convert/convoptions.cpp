@@ -313,10 +313,13 @@ void CConvOpDlg::buildControl(const ConvOpKey &key, QWidget *page, QFormLayout *
         QObject::connect(list, &QComboBox::activated, page, [this, name, list](int index) {
             setValue(name, list->itemData(index).toInt());
         });
-        if (*c.texts[0])
-            form->addRow(new QLabel(QString::fromLatin1(c.texts[0]), page), list);
-        else
+        if (*c.texts[0]) {
+            auto *label = new QLabel(QString::fromLatin1(c.texts[0]), page);
+            label->setObjectName(controlName(key, -1) + QStringLiteral("_label"));
+            form->addRow(label, list);
+        } else {
             form->addRow(QString(), list);
+        }
         break;
     }
     case ConvOpControl::Radios:

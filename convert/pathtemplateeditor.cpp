@@ -23,7 +23,7 @@ PathTemplateEditor::PathTemplateEditor(PlaceholderEdit *edit, QPushButton *butto
     const auto translated = [&](std::int32_t number, const QString &english) {
         return text ? text(number, english) : english;
     };
-    m_exampleWord = translated(ExampleTextId, QStringLiteral("Example"));
+    m_exampleWord = lookupText(text, ExampleTextId, "Example");
     m_menu = new QMenu(button);
     m_menu->setObjectName(button->objectName() + QStringLiteral("Menu"));
     for (const OutputPlaceholder &entry : outputPathPlaceholders()) {

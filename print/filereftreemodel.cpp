@@ -1,6 +1,12 @@
 #include "print/filereftreemodel.h"
 
+#include "common/translator.h"
 #include "print/printlaunch.h"
+
+namespace {
+// The reference tree is the host's control; its texts have a section of their own.
+const QString TreeTexts = QStringLiteral("FileRefTree");
+} // namespace
 
 FileRefTreeModel::FileRefTreeModel(PrintLaunch &launch, QObject *parent) : QAbstractItemModel(parent), m_launch(launch)
 {
@@ -75,7 +81,10 @@ QVariant FileRefTreeModel::data(const QModelIndex &index, int role) const
     case Configuration: return info.configuration;
     case Version: return info.version;
     case FoundIn: return info.folderPath;
-    case State: return info.errorText;
+    case State:
+        // The state is a fixed English text; the tree shows it in the language.
+        return info.errorText.isEmpty() ? info.errorText
+                                        : Translator::instance().keyedText(TreeTexts, info.errorText, info.errorText);
     default: return {};
     }
 }
@@ -107,6 +116,10 @@ QVariant FileRefTreeModel::headerData(int section, Qt::Orientation orientation, 
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
+    static const char *const keys[] = {"nameColumn", "configurationColumn", "versionColumn", "foundInColumn",
+                                       "stateColumn"};
     static const char *const captions[] = {"Name", "Configuration", "Version", "Found in", "State"};
-    return section >= 0 && section < ColumnCount ? QString::fromLatin1(captions[section]) : QVariant();
+    if (section < 0 || section >= ColumnCount)
+        return {};
+    return Translator::instance().dialogText(TreeTexts, QLatin1String(keys[section]), QLatin1String(captions[section]));
 }

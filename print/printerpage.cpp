@@ -16,6 +16,8 @@
 namespace {
 constexpr std::int32_t PaperSizeColumnText = 17;
 constexpr std::int32_t PrinterNameColumnText = 18;
+// The last row, the printer of every other size, is shown as the word "Default".
+constexpr std::int32_t DefaultText = 54;
 constexpr int PrinterIcon = 229;
 } // namespace
 
@@ -24,7 +26,11 @@ constexpr int PrinterIcon = 229;
 class PaperSizeRow final : public VListCtrlItem, public FocusEditValue
 {
 public:
-    PaperSizeRow(CPrinterDlg &page, std::int32_t code) : m_page(page), code(code), label(PaperSizes::label(code)) {}
+    PaperSizeRow(CPrinterDlg &page, std::int32_t code)
+        : m_page(page), code(code),
+          label(code == PaperSizes::DefaultCode ? page.text(DefaultText, "Default") : PaperSizes::label(code))
+    {
+    }
 
     QString text(int column) const override { return column == 0 ? label : printer; }
     int imageIndex(int column) const override { return column == 0 ? 0 : -1; }

@@ -2,6 +2,7 @@
 
 #include "common/errortexts.h"
 #include "common/help/testing/helpenvironment.h"
+#include "common/testing/testlanguage.h"
 #include "common/translator.h"
 #include "common/widgets/recordingprompter.h"
 #include "common/widgets/testing/widgetapp.h"
@@ -183,9 +184,7 @@ TEST_F(PrintLaunchTest, TheVersionTipsComeFromTheReferenceDialogsTexts)
 {
     MemoryFileSystem files;
     ScopedFileSystem filesGuard(files);
-    files.addFile("/lang/DE/McTaskAddIn.json",
-                  R"({ "TS": { "123": "Beispiel", "124": "Anzahl" },
-                       "RefDlg": { "123": "Referenzierte Version", "124": "Neueste Version" } })");
+    addTestLanguage(files, "/lang/DE");
     Translator german("/lang/DE");
     ScopedTranslator translatorGuard(german);
     const auto d = dialog();

@@ -121,8 +121,7 @@ QString CSelectionDlg::filterText() const
             patterns.append(QStringLiteral("*.") + QLatin1String(extension));
         // The type names have no numbers: they are translated by their English text.
         const QString english = QString::fromLatin1(entry.name);
-        const QString name = translator.find(QString::fromUtf16(kAddInTextModule), QString::fromUtf16(kAddInTextSection), english)
-                                 .value_or(english);
+        const QString name = translator.keyedText(QString::fromUtf16(kAddInTextSection), english, english);
         filter += QStringLiteral("%1 (%2)|%3|").arg(name, patterns.join(QLatin1Char(';')),
                                                      patterns.join(QLatin1String("; ")));
     }

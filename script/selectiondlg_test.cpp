@@ -2,6 +2,7 @@
 
 #include "common/errortexts.h"
 #include "common/help/testing/helpenvironment.h"
+#include "common/testing/testlanguage.h"
 #include "common/translator.h"
 #include "common/widgets/recordingprompter.h"
 #include "common/widgets/testing/widgetapp.h"
@@ -145,8 +146,7 @@ TEST_F(SelectionDlgTest, WindowAddsRemovesWithDeleteAndRefusesAnEmptyList)
     // The dialog's own translator, not the process-wide one, gives every text.
     MemoryFileSystem files;
     ScopedFileSystem filesGuard(files);
-    files.addFile("/lang/DE/McTaskAddIn.json", R"({ "TS": { "161": "Auswahl für %s", "5": "Dateien wählen", "Part": "Teil" },
-                                                   "SelectionDlg": { "addFiles213": "Dateien hinzufügen..." } })");
+    addTestLanguage(files, "/lang/DE");
     const Translator german("/lang/DE");
     CSelectionDlg dialog(vault, Root, "Print Drawings", &german);
     QDialog *window = dialog.create(nullptr);

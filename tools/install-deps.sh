@@ -3,11 +3,14 @@
 set -euo pipefail
 pkgs=(build-essential cmake ninja-build pkg-config
       qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
+      qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-translations-l10n python3
       libsqlite3-dev sqlite3 libgtest-dev libgmock-dev googletest libbenchmark-dev
       clang lld xvfb xauth
       qt6-image-formats-plugins fonts-dejavu-core poppler-utils file
       cups-daemon cups-client systemd
-      qt6-tools-dev qt6-tools-dev-tools libqt6help6)
+      libocct-foundation-dev libocct-modeling-data-dev libocct-modeling-algorithms-dev
+      libocct-data-exchange-dev libocct-visualization-dev libtbb-dev admesh
+      libqt6help6)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

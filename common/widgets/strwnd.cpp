@@ -7,6 +7,11 @@
 #include <QGroupBox>
 #include <QLabel>
 
+namespace {
+// The dialog name a window was localised under.
+constexpr char LocalisedAs[] = "mctaskDialogName";
+} // namespace
+
 StrWnd::StrWnd(QWidget *window) : QObject(window), m_window(window)
 {
     window->installEventFilter(this);
@@ -28,9 +33,17 @@ int StrWnd::localise(const QString &dialogName, const Translator &translator)
         }
     };
     apply(QStringLiteral("caption"), m_window->windowTitle(), [&](const QString &t) { m_window->setWindowTitle(t); });
+    m_window->setProperty(LocalisedAs, dialogName);
+    // A page embedded in the window keeps the texts of its own dialog name.
+    auto ownedByAnother = [&](QWidget *child) {
+        for (QWidget *parent = child->parentWidget(); parent && parent != m_window; parent = parent->parentWidget())
+            if (parent->property(LocalisedAs).isValid())
+                return true;
+        return child->property(LocalisedAs).isValid();
+    };
     for (QWidget *child : m_window->findChildren<QWidget *>()) {
         const QString id = child->objectName();
-        if (id.isEmpty())
+        if (id.isEmpty() || ownedByAnother(child))
             continue;
         if (auto *label = qobject_cast<QLabel *>(child))
             apply(id, label->text(), [&](const QString &t) { label->setText(t); });

@@ -1,9 +1,15 @@
 #include "common/widgets/strwnd.h"
 
+#include "common/testing/testlanguage.h"
 #include "common/translator.h"
 #include "common/widgets/testing/widgetapp.h"
 
 #include <QCheckBox>
+#include <QCoreApplication>
+#include <QDialogButtonBox>
+#include <QLibraryInfo>
+#include <QPushButton>
+#include <QTranslator>
 #include <QFile>
 #include <QGroupBox>
 #include <QLabel>
@@ -18,14 +24,10 @@ namespace {
 TEST(StrWndTest, ADialogTakesItsTextsFromItsOwnSection)
 {
     widgetApp();
-    QTemporaryDir folder;
-    QFile module(folder.filePath("McTaskAddIn.json"));
-    ASSERT_TRUE(module.open(QIODevice::WriteOnly));
-    module.write(R"({"MenuCommandDlg": {"caption": "Menübefehl", "menuTextLabel": "Befehl:",
-                     "displayCheck": "Anzeigen", "box": "Gruppe"},
-                    "OtherDlg": {"plainLabel": "nicht hier"}})");
-    module.close();
-    Translator translator(folder.path());
+    MemoryFileSystem files;
+    ScopedFileSystem filesGuard(files);
+    addTestLanguage(files, "/lang/DE");
+    Translator translator("/lang/DE");
 
     QWidget dialog;
     dialog.setWindowTitle("Menu Command");
@@ -46,6 +48,30 @@ TEST(StrWndTest, ADialogTakesItsTextsFromItsOwnSection)
     EXPECT_EQ(check->text(), "Anzeigen");
     EXPECT_EQ(box->title(), "Gruppe");
     EXPECT_EQ(plain->text(), "Plain"); // another dialog's text is not taken
+}
+
+TEST(StrWndTest, APageEmbeddedInADialogKeepsItsOwnDialogsTexts)
+{
+    widgetApp();
+    MemoryFileSystem files;
+    ScopedFileSystem filesGuard(files);
+    addTestLanguage(files, "/lang/DE");
+    Translator translator("/lang/DE");
+
+    QWidget dialog;
+    auto *page = new QWidget(&dialog);
+    auto *inner = new QLabel("Menu command:", page);
+    inner->setObjectName("menuTextLabel");
+    auto *plain = new QLabel("Plain", page);
+    plain->setObjectName("plainLabel");
+    auto *outer = new QLabel("Menu command:", &dialog);
+    outer->setObjectName("menuTextLabel");
+
+    StrWnd(page).localise("OtherDlg", translator);
+    StrWnd(&dialog).localise("MenuCommandDlg", translator);
+    EXPECT_EQ(plain->text(), "nicht hier");
+    EXPECT_EQ(inner->text(), "Menu command:"); // the page's dialog has no such text
+    EXPECT_EQ(outer->text(), "Befehl:");
 }
 
 TEST(StrWndTest, GroupsHideAndCloseUpEnableAndMoveTogether)
@@ -120,6 +146,35 @@ TEST(StrWndTest, FixedControlsFollowTheEdgesTheyAreAnchoredTo)
     window.resize(300, 200); // and back
     EXPECT_EQ(editor->geometry(), QRect(10, 10, 280, 140));
     EXPECT_EQ(button->geometry(), QRect(210, 160, 80, 25));
+}
+
+} // namespace
+
+namespace {
+
+TEST(StrWndTest, QtsOwnTranslationsInTheLanguageFolderTranslateStandardButtons)
+{
+    widgetApp();
+    MemoryFileSystem files;
+    ScopedFileSystem filesGuard(files);
+    QFile qtbase(QLibraryInfo::path(QLibraryInfo::TranslationsPath) + "/qtbase_de.qm");
+    ASSERT_TRUE(qtbase.open(QIODevice::ReadOnly)) << "qt6-translations-l10n is missing";
+    files.addFile("/strwnd/DE/qtbase_de.qm", qtbase.readAll());
+    files.addFile("/strwnd/DE/qt_damaged_de.qm", "not a translation file");
+    addTestLanguage(files, "/strwnd/DE");
+
+    // The folder as the registry's rules build it below a native installation folder.
+    const Translator translator("/strwnd\\DE\\");
+    EXPECT_EQ(translator.languageFolder(), "/strwnd/DE");
+    EXPECT_EQ(translator.installQtTranslations(), 1);
+    EXPECT_EQ(translator.installQtTranslations(), 0); // once per folder
+    QDialogButtonBox buttons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    EXPECT_EQ(buttons.button(QDialogButtonBox::Cancel)->text(), "Abbrechen");
+
+    // Other tests of this program see English buttons again.
+    qDeleteAll(QCoreApplication::instance()->findChildren<QTranslator *>(Qt::FindDirectChildrenOnly));
+    QDialogButtonBox english(QDialogButtonBox::Cancel);
+    EXPECT_EQ(english.button(QDialogButtonBox::Cancel)->text(), "Cancel");
 }
 
 } // namespace
