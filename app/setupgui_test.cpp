@@ -1,10 +1,12 @@
 #include "app/cli.h"
 #include "app/vaultlocator.h"
+#include "common/settingslight.h"
 #include "macro/templateloader.h"
 #include "vault/taskstore.h"
 #include "vault/vaultstore.h"
 
 #include <QApplication>
+#include <QScopeGuard>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QJsonArray>
@@ -30,6 +32,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 
 #include "tests/programrun.h"
 
@@ -193,11 +196,33 @@ TEST_F(SetupGuiTest, TheAdministratorSetsAMenuCommandAfterARefusal)
 // in the language of the vault client, from the build's language folders.
 TEST_F(SetupGuiTest, HelpOpensTheTopicOfEveryPageInTheClientsLanguage)
 {
-    const QString root = "HKLM\\Software\\Mecadra\\Applications\\Vaultek Enterprise";
-    ASSERT_EQ(program({"registry", "set", root, "InstallDir", MCTASK_HELP_INSTALL_DIR, "--string", "--view", "32"}).status, 0);
-    ASSERT_EQ(program({"registry", "set", root + "\\Vaults\\_-Global\\Settings", "0", "DE", "--string", "--view", "32"})
-                  .status,
-              0);
+    // The host's windows read the settings through this process's registry
+    // store, which stays on the home of the first test that used it: the
+    // values go there, and go back as they were at the end.
+    struct Setting {
+        QString key;
+        QString name;
+        QString value;
+        std::optional<RegistryValue> before;
+    };
+    RegistryStore &store = RegistryStore::instance();
+    const QString root = QString::fromUtf16(kSettingsRootKey);
+    std::vector<Setting> settings{{root, "InstallDir", MCTASK_HELP_INSTALL_DIR, {}},
+                                  {root + "\\" + QString::fromUtf16(kLanguageKey), "0", "DE", {}}};
+    for (Setting &setting : settings) {
+        setting.before = store.readValue(SettingsLight::kRoot, SettingsLight::kView, setting.key, setting.name);
+        ASSERT_TRUE(store.createKey(SettingsLight::kRoot, SettingsLight::kView, setting.key));
+        ASSERT_TRUE(store.writeValue(SettingsLight::kRoot, SettingsLight::kView, setting.key, setting.name,
+                                     RegistryValue::fromString(setting.value)));
+    }
+    const auto restore = qScopeGuard([&] {
+        for (const Setting &setting : settings) {
+            if (setting.before)
+                store.writeValue(SettingsLight::kRoot, SettingsLight::kView, setting.key, setting.name, *setting.before);
+            else
+                store.deleteValue(SettingsLight::kRoot, SettingsLight::kView, setting.key, setting.name);
+        }
+    });
     ASSERT_EQ(program({"task", "create", "--vault", m_vault, "Convert", "--kind", "convert"}).status, 0);
     ASSERT_EQ(program({"task", "create", "--vault", m_vault, "Print", "--kind", "print"}).status, 0);
     const std::map<QString, QStringList> topics{
