@@ -9,6 +9,7 @@
 #include "app/printscreenshots.h"
 #include "app/setupdialog.h"
 #include "app/vaultbrowser.h"
+#include "common/help/helpwindow.h"
 #include "common/translator.h"
 #include "common/widgets/placeholderedit.h"
 #include "common/widgets/vlistctrl.h"
@@ -34,6 +35,7 @@
 #include <QTreeWidget>
 #include <QTextStream>
 #include <cstdio>
+#include <tuple>
 
 namespace {
 
@@ -205,6 +207,26 @@ bool saveConvertPages(const QDir &folder)
 
 } // namespace
 
+// The help window on the build's help files, in English and German.
+bool saveHelpWindows(const QDir &folder)
+{
+    QTemporaryDir home; // the help engine's collection files
+    qputenv("MCTASK_HOME", home.path().toLocal8Bit());
+    bool ok = true;
+    for (const auto &[language, topic, name] :
+         {std::tuple{"GB", "OutputFileDetailsPageDlg", "help-output-file-details"},
+          std::tuple{"DE", "PrintUIDlg", "help-print-de"}}) {
+        HelpWindow help;
+        ok &= help.open(QStringLiteral(MCTASK_HELP_INSTALL_DIR "/Lang/%1/McTaskAddIn.qch").arg(QLatin1String(language)));
+        ok &= help.showTopic(QLatin1String(topic));
+        help.resize(900, 640);
+        help.show();
+        QCoreApplication::processEvents();
+        ok &= save(help, folder, QLatin1String(name));
+    }
+    return ok;
+}
+
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
@@ -331,5 +353,6 @@ int main(int argc, char **argv)
 
     ok &= saveConvertPages(folder);
     ok &= savePrintScreenshots(folder, save);
+    ok &= saveHelpWindows(folder);
     return ok ? 0 : 1;
 }

@@ -1,8 +1,11 @@
 #include "app/setupdialog.h"
 #include "common/widgets/strwnd.h"
 
+#include "common/help/help.h"
+
 #include "ui_setupdialog.h"
 
+#include <QApplication>
 #include <QPushButton>
 
 SetupDialog::SetupDialog(QWidget *parent) : QDialog(parent), m_ui(std::make_unique<Ui::SetupDialog>())
@@ -13,6 +16,11 @@ SetupDialog::SetupDialog(QWidget *parent) : QDialog(parent), m_ui(std::make_uniq
     connect(m_ui->pageList, &QListWidget::currentRowChanged, m_ui->pageStack, &QStackedWidget::setCurrentIndex);
     connect(m_ui->buttons, &QDialogButtonBox::accepted, this, &SetupDialog::pressOk);
     connect(m_ui->buttons, &QDialogButtonBox::rejected, this, &SetupDialog::pressCancel);
+    // Help and F1 open the topic of the page shown, or of the part of it
+    // that has the focus.
+    QPushButton *help = m_ui->buttons->button(QDialogButtonBox::Help);
+    help->setObjectName(QStringLiteral("helpButton"));
+    connectHelp(this, help, [this] { return helpTopicWithin(currentPage(), QApplication::focusWidget()); });
 }
 
 SetupDialog::~SetupDialog()

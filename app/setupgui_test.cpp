@@ -1,10 +1,12 @@
 #include "app/cli.h"
 #include "app/vaultlocator.h"
+#include "common/settingslight.h"
 #include "macro/templateloader.h"
 #include "vault/taskstore.h"
 #include "vault/vaultstore.h"
 
 #include <QApplication>
+#include <QScopeGuard>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QJsonArray>
@@ -19,6 +21,7 @@
 #include <QLabel>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextBrowser>
 #include <QJsonObject>
 #include <QTimer>
 #include <QTreeWidget>
@@ -28,6 +31,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
+#include <optional>
 
 #include "tests/programrun.h"
 
@@ -185,6 +190,86 @@ TEST_F(SetupGuiTest, TheAdministratorSetsAMenuCommandAfterARefusal)
     EXPECT_EQ(commands[0].menuText, "Run my macro");
     EXPECT_EQ(commands[0].flags, 0x4001);
     EXPECT_EQ(commands[0].statusBarHelp, "Executes script on selected documents");
+}
+
+// Help and F1 on every set-up page of every task kind open the page's topic
+// in the language of the vault client, from the build's language folders.
+TEST_F(SetupGuiTest, HelpOpensTheTopicOfEveryPageInTheClientsLanguage)
+{
+    // The host's windows read the settings through this process's registry
+    // store, which stays on the home of the first test that used it: the
+    // values go there, and go back as they were at the end.
+    struct Setting {
+        QString key;
+        QString name;
+        QString value;
+        std::optional<RegistryValue> before;
+    };
+    RegistryStore &store = RegistryStore::instance();
+    const QString root = QString::fromUtf16(kSettingsRootKey);
+    std::vector<Setting> settings{{root, "InstallDir", MCTASK_HELP_INSTALL_DIR, {}},
+                                  {root + "\\" + QString::fromUtf16(kLanguageKey), "0", "DE", {}}};
+    for (Setting &setting : settings) {
+        setting.before = store.readValue(SettingsLight::kRoot, SettingsLight::kView, setting.key, setting.name);
+        ASSERT_TRUE(store.createKey(SettingsLight::kRoot, SettingsLight::kView, setting.key));
+        ASSERT_TRUE(store.writeValue(SettingsLight::kRoot, SettingsLight::kView, setting.key, setting.name,
+                                     RegistryValue::fromString(setting.value)));
+    }
+    const auto restore = qScopeGuard([&] {
+        for (const Setting &setting : settings) {
+            if (setting.before)
+                store.writeValue(SettingsLight::kRoot, SettingsLight::kView, setting.key, setting.name, *setting.before);
+            else
+                store.deleteValue(SettingsLight::kRoot, SettingsLight::kView, setting.key, setting.name);
+        }
+    });
+    ASSERT_EQ(program({"task", "create", "--vault", m_vault, "Convert", "--kind", "convert"}).status, 0);
+    ASSERT_EQ(program({"task", "create", "--vault", m_vault, "Print", "--kind", "print"}).status, 0);
+    const std::map<QString, QStringList> topics{
+        {"Script", {"MenuCommandDlg", "ScriptPageDlg"}},
+        {"Convert", {"MenuCommandDlg", "ConversionSettingsPageDlg", "FileCardPageDlg", "OutputFileDetailsPageDlg"}},
+        {"Print", {"MenuCommandDlg", "PrinterDlg", "PaperSizeDlg", "MarginsDlg", "FilesDlg"}},
+    };
+    const auto shown = [](QDialog &dialog) {
+        QWidget *help = dialog.findChild<QWidget *>("helpWindow", Qt::FindDirectChildrenOnly);
+        return help && help->isVisible() ? help : nullptr;
+    };
+    for (const auto &[task, expected] : topics) {
+        QStringList opened;
+        soonOn("taskSetupDialog", [&](QDialog &dialog) {
+            auto *list = dialog.findChild<QListWidget *>("pageList");
+            ASSERT_EQ(list->count(), expected.size());
+            for (int row = 0; row < list->count(); ++row) {
+                list->setCurrentRow(row);
+                dialog.findChild<QPushButton *>("helpButton")->click();
+                QWidget *help = shown(dialog);
+                ASSERT_TRUE(help) << row;
+                EXPECT_TRUE(help->property("helpFile").toString().endsWith("/Lang/DE/McTaskAddIn.qch"));
+                EXPECT_FALSE(help->findChild<QTextBrowser *>("helpBrowser")->documentTitle().isEmpty());
+                opened << help->property("topic").toString();
+                help->hide();
+            }
+            if (task == "Convert") {
+                // F1 on the configurations tab opens that tab's part of the topic.
+                list->setCurrentRow(1);
+                QWidget *tab = dialog.findChild<QWidget *>("ConfsTemplateDlg");
+                ASSERT_TRUE(tab);
+                QApplication::setActiveWindow(&dialog);
+                auto *radio = tab->findChild<QRadioButton *>();
+                radio->setFocus();
+                QTest::keyClick(radio, Qt::Key_F1);
+                ASSERT_TRUE(shown(dialog));
+                opened << shown(dialog)->property("topic").toString();
+            }
+            dialog.reject();
+        });
+        QString err;
+        command("task", "setup", {"--vault", m_vault, task, "--gui"}, err);
+        QStringList wanted = expected;
+        if (task == "Convert")
+            wanted << "ConfsTemplateDlg";
+        EXPECT_EQ(opened, wanted) << task.toStdString();
+    }
 }
 
 TEST_F(SetupGuiTest, CancelSavesNothing)

@@ -1,21 +1,28 @@
 #include "app/taskhost.h"
 
 #include "app/setupdialog.h"
+#include "common/help/help.h"
 #include "run/taskdetailsmodel.h"
 #include "vault/taskstore.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QHeaderView>
+#include <QPushButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
 namespace {
 
-QDialogButtonBox *addButtons(QDialog &dialog, QVBoxLayout &layout)
+// The buttons under a page of the add-in; Help and F1 open the page's topic.
+QDialogButtonBox *addButtons(QDialog &dialog, QVBoxLayout &layout, QDialogButtonBox::StandardButtons which,
+                             const QString &helpTopic)
 {
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+    auto *buttons = new QDialogButtonBox(which | QDialogButtonBox::Help, &dialog);
     buttons->setObjectName(QStringLiteral("buttons"));
+    QPushButton *help = buttons->button(QDialogButtonBox::Help);
+    help->setObjectName(QStringLiteral("helpButton"));
+    connectHelp(&dialog, help, helpTopic);
     layout.addWidget(buttons);
     return buttons;
 }
@@ -53,7 +60,8 @@ bool showLaunchPage(HostWindow page, const QString &caption)
     auto *layout = new QVBoxLayout(&dialog);
     page->setParent(&dialog);
     layout->addWidget(page);
-    QDialogButtonBox *buttons = addButtons(dialog, *layout);
+    QDialogButtonBox *buttons =
+        addButtons(dialog, *layout, QDialogButtonBox::Ok | QDialogButtonBox::Cancel, helpTopicOf(page));
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
     QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     const bool ok = dialog.exec() == QDialog::Accepted;
@@ -88,8 +96,8 @@ void showDetails(HostWindow page, const QString &caption, const TaskDetailsModel
         layout->addWidget(list);
         dialog.resize(width, 400);
     }
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, &dialog);
-    layout->addWidget(buttons);
+    QDialogButtonBox *buttons =
+        addButtons(dialog, *layout, QDialogButtonBox::Close, page ? helpTopicOf(page) : QStringLiteral("TaskDetailsPage"));
     QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     dialog.exec();
     if (page) {

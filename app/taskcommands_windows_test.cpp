@@ -1,5 +1,7 @@
 #include "app/taskhost.h"
 
+#include "common/help/help.h"
+#include "common/help/testing/helpenvironment.h"
 #include "run/taskdetailsmodel.h"
 
 #include <QApplication>
@@ -77,6 +79,38 @@ TEST_F(TaskWindowsTest, ALaunchPageGoesBackToItsOwnerWhateverThePress)
     EXPECT_FALSE(showLaunchPage(page, "Conversion Settings"));
     ASSERT_FALSE(page.isNull());
     EXPECT_EQ(page->parentWidget(), &owner);
+}
+
+// The windows around the add-in's launch and details pages open the page's
+// topic; the host's own details list opens the details topic.
+TEST_F(TaskWindowsTest, HelpOpensTheTopicOfThePageShown)
+{
+    HelpEnvironment german(QStringLiteral("DE"));
+    QString topic;
+    QString title;
+    const auto pressHelp = [&](QDialog &dialog) {
+        dialog.findChild<QPushButton *>("helpButton")->click();
+        if (const HelpWindow *help = HelpEnvironment::shownBeside(&dialog)) {
+            topic = help->topic();
+            title = help->browser()->documentTitle();
+        }
+        dialog.reject();
+    };
+
+    QWidget owner;
+    auto *page = new QWidget(&owner);
+    page->setObjectName("ConversionSettingsPageDlg");
+    setHelpTopic(page, "ConversionSettingsPageDlg.Launch");
+    whenOpen("taskLaunchDialog", pressHelp);
+    showLaunchPage(page, "Conversion Settings");
+    EXPECT_EQ(topic, "ConversionSettingsPageDlg.Launch");
+    EXPECT_EQ(title, "Konvertierungseinstellungen beim Start");
+
+    topic.clear();
+    whenOpen("taskDetailsDialog", pressHelp);
+    showDetails(nullptr, "Selected Files", TaskDetailsModel(1, false));
+    EXPECT_EQ(topic, "TaskDetailsPage");
+    EXPECT_EQ(title, "Aufgabendetails");
 }
 
 TEST_F(TaskWindowsTest, WithoutAnAddInPageTheDetailsAreTheHostsOwnList)

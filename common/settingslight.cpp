@@ -202,6 +202,12 @@ QString SettingsLight::path(InstallPath kind)
     return value;
 }
 
+QString SettingsLight::englishHelpFile(const QString &languageFolder)
+{
+    return WindowsPath::addBackslash(WindowsPath::parent(languageFolder)) + QString::fromUtf16(kFallbackLanguage) +
+           QLatin1Char('\\') + QString::fromUtf16(kHelpFileName);
+}
+
 QString SettingsLight::computePath(InstallPath kind)
 {
     // A folder read from the root, or built from another folder.
@@ -252,10 +258,10 @@ QString SettingsLight::computePath(InstallPath kind)
         const QString languageFolder = path(InstallPath::LanguageFolder);
         if (languageFolder.isEmpty())
             return {};
-        const QString help = languageFolder + QStringLiteral("FileExplorer.chm");
+        const QString help = languageFolder + QString::fromUtf16(kHelpFileName);
         if (fileExists(help))
             return help;
-        return WindowsPath::addBackslash(WindowsPath::parent(languageFolder)) + QStringLiteral("GB\\FileExplorer.chm");
+        return englishHelpFile(languageFolder);
     }
     case InstallPath::DefaultDataFolder:
         return folder("DefaultDataDir", InstallPath::InstallationFolder, "Default Data");

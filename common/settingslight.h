@@ -17,6 +17,11 @@ inline constexpr char16_t kAddInUserKey[] = u"Software\\Mecadra\\Applications\\V
 // The key that holds the user-interface language (value "0"), below the root.
 inline constexpr char16_t kLanguageKey[] = u"Vaults\\_-Global\\Settings";
 
+// The add-in's help (Qt Help) in a language folder, and the language whose
+// folder stands in when a language has none.
+inline constexpr char16_t kHelpFileName[] = u"McTaskAddIn.qch";
+inline constexpr char16_t kFallbackLanguage[] = u"GB";
+
 // Which groups of the settings root a lookup searches, in which order (low
 // byte), and with which access (bits 0x100, 0x200). Every group keeps one
 // sub-key per vault; the policy group is the vault's sub-key of "Vaults"
@@ -41,7 +46,7 @@ enum class InstallPath {
     NetworkFilesFolder = 2,
     FileFormatFiltersFolder = 3,
     LanguageFolder = 4,
-    HelpFile = 5,
+    HelpFile = 5, // kHelpFileName in the language folder, else in the "GB" one
     DefaultDataFolder = 6,
     DefaultCardsFolder = 7,
     DefaultConfigurationsFolder = 8,
@@ -85,6 +90,9 @@ public:
     // A folder (with a trailing "\") or file of the installation; empty when
     // neither its value nor its fall-back gives one. Cached per object.
     QString path(InstallPath kind);
+    // The English help file beside a language folder ("...\Lang\DE\" gives
+    // "...\Lang\GB\McTaskAddIn.qch").
+    static QString englishHelpFile(const QString &languageFolder);
 
     // Where the settings live: HKLM, 32-bit view (the client is a 32-bit
     // program on 64-bit systems).

@@ -169,10 +169,10 @@ TEST_F(SettingsLightTest, HelpFilesAreCheckedOnDisk)
     set(QString::fromUtf16(kLanguageKey), "0", RegistryValue::fromString("DE"));
 
     // No German help: the English one.
-    EXPECT_EQ(m_settings.path(InstallPath::HelpFile), "C:\\Vaultek\\Lang\\GB\\FileExplorer.chm");
-    fs.addFile("/c/Vaultek/Lang/DE/FileExplorer.chm", "help");
+    EXPECT_EQ(m_settings.path(InstallPath::HelpFile), "C:\\Vaultek\\Lang\\GB\\McTaskAddIn.qch");
+    fs.addFile("/c/Vaultek/Lang/DE/McTaskAddIn.qch", "help");
     SettingsLight fresh(m_store);
-    EXPECT_EQ(fresh.path(InstallPath::HelpFile), "C:\\Vaultek\\Lang\\DE\\FileExplorer.chm");
+    EXPECT_EQ(fresh.path(InstallPath::HelpFile), "C:\\Vaultek\\Lang\\DE\\McTaskAddIn.qch");
 
     qputenv("ProgramFiles", "C:\\Programs");
     EXPECT_EQ(fresh.path(InstallPath::HelpViewer), "");

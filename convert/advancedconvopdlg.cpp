@@ -1,5 +1,6 @@
 #include "convert/advancedconvopdlg.h"
 
+#include "common/help/help.h"
 #include "common/widgets/prompter.h"
 #include "common/widgets/strwnd.h"
 
@@ -35,8 +36,12 @@ CAdvancedConvOpDlg::CAdvancedConvOpDlg(IDoxVariables &holder, std::int32_t forma
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_page->CreatePage(this));
     m_loaded = m_page->LoadVariables(false);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    auto *buttons =
+        new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Help, this);
     buttons->setObjectName(QStringLiteral("buttons"));
+    QPushButton *help = buttons->button(QDialogButtonBox::Help);
+    help->setObjectName(QStringLiteral("helpButton"));
+    connectHelp(this, help, QString::fromLatin1(m_page->info().helpTopic));
     QPushButton *reset = buttons->addButton(QStringLiteral("&Reset All"), QDialogButtonBox::ResetRole);
     reset->setObjectName(QStringLiteral("resetAllButton"));
     connect(reset, &QPushButton::clicked, this, &CAdvancedConvOpDlg::resetAll);

@@ -1,5 +1,6 @@
 #include "convert/conversionsettingspage.h"
 
+#include "common/help/help.h"
 #include "common/widgets/icons.h"
 #include "common/widgets/strwnd.h"
 #include "convert/advancedconvopdlg.h"
@@ -51,6 +52,9 @@ HostWindow CConversionSettingsPageDlg::create(HostWindow parent)
     m_ui->setupUi(m_window);
     auto *helper = m_helper = new StrWnd(m_window);
     helper->localise(QStringLiteral("ConversionSettingsPageDlg"));
+    // The user at launch reads another topic than the administrator.
+    setHelpTopic(m_window, m_values.launchMode() ? QStringLiteral("ConversionSettingsPageDlg.Launch")
+                                                 : QStringLiteral("ConversionSettingsPageDlg"));
 
     for (const OutputFormatEntry &format : m_values.formats())
         m_ui->formatList->addItem(formatIcon(format), format.text, format.index);

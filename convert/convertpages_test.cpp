@@ -4,6 +4,8 @@
 #include "convert/outputfiledetailspagedlg.h"
 
 #include "common/errortexts.h"
+#include "common/help/help.h"
+#include "common/help/testing/helpenvironment.h"
 #include "common/widgets/elidedlabel.h"
 #include "common/widgets/placeholderedit.h"
 #include "common/widgets/recordingprompter.h"
@@ -44,6 +46,26 @@ TEST(FormatOptionsTest, ResetAllThenOkStoresTheResetValuesAndCancelStoresNothing
     EXPECT_EQ(task.value("VrmlSaveAssemblyAsOneFile"), Variant::fromBool(true));
 
     EXPECT_EQ(CAdvancedConvOpDlg::title("Parasolid Binary (*.x_b)", {}), "Advanced Scripting Options (Parasolid Binary)");
+}
+
+// Every format's options dialog opens the topic of its own page, in the
+// user's language.
+TEST(FormatOptionsTest, HelpOpensTheTopicOfTheFormatsPage)
+{
+    widgetApp();
+    HelpEnvironment german(QStringLiteral("DE"));
+    FakeTaskProperties task;
+    for (const std::int32_t index : convOpStoreOrder()) {
+        CAdvancedConvOpDlg dialog(task, index, "x", nullptr, true);
+        dialog.findChild<QPushButton *>("helpButton")->click();
+        const HelpWindow *help = HelpEnvironment::shownBeside(&dialog);
+        ASSERT_TRUE(help) << index;
+        EXPECT_EQ(help->topic(), convOpPageFor(index)->helpTopic) << index;
+        EXPECT_TRUE(help->helpFile().endsWith("/DE/McTaskAddIn.qch"));
+        // Each topic lands on its format's own part of the options page.
+        EXPECT_FALSE(help->browser()->source().fragment().isEmpty()) << index;
+    }
+    EXPECT_TRUE(task.writes().isEmpty());
 }
 
 TEST(FormatOptionsTest, OptionsThatCannotBeReadAreShownAsAnErrorAndKeptAsStored)
@@ -291,6 +313,9 @@ TEST(ConversionSettingsWindowTest, ALaunchWithOnlyTheSheetsOpenShowsOneTab)
     EXPECT_FALSE(window->findChild<QWidget *>("referencesGroup")->isVisible());
     // PDF holds several sheets in one file: that choice is open as well.
     EXPECT_TRUE(tabs->currentWidget()->findChild<QWidget *>("fileGroup")->isVisible());
+    // At launch the tab is part of the user's topic, not the administrator's.
+    EXPECT_EQ(helpTopicWithin(window, tabs->currentWidget()->findChild<QWidget *>("fileGroup")),
+              "ConversionSettingsPageDlg.Launch");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "convert/templatetabdlg.h"
 
+#include "common/help/help.h"
 #include "common/widgets/strwnd.h"
 #include "convert/conversionsettings.h"
 
@@ -34,6 +35,9 @@ QWidget *CTemplateTabDlg::create(QWidget *parent)
         m_window->setObjectName(QStringLiteral("ConfsTemplateDlg"));
     }
     (new StrWnd(m_window))->localise(m_window->objectName());
+    // At launch F1 stays on the launch topic of the page that holds the tab.
+    if (!m_launchMode)
+        setHelpTopic(m_window, m_window->objectName());
     for (QRadioButton *radio : {m_ui->allRadio, m_ui->lastActiveRadio, m_ui->namedRadio})
         QObject::connect(radio, &QRadioButton::toggled, m_window, [this] { updateStates(); });
     showValues();

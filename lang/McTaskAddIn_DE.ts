@@ -726,6 +726,10 @@
 </context>
 <context>
     <name>AdvancedConvOpDlg</name>
+    <message id="AdvancedConvOpDlg.helpButton">
+        <source>Help</source>
+        <translation>Hilfe</translation>
+    </message>
     <message id="AdvancedConvOpDlg.resetAllButton">
         <source>&amp;Reset All</source>
         <translation>Alles &amp;zurücksetzen</translation>

@@ -726,6 +726,10 @@
 </context>
 <context>
     <name>AdvancedConvOpDlg</name>
+    <message id="AdvancedConvOpDlg.helpButton">
+        <source>Help</source>
+        <translation>Help</translation>
+    </message>
     <message id="AdvancedConvOpDlg.resetAllButton">
         <source>&amp;Reset All</source>
         <translation>&amp;Reset All</translation>

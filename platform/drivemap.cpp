@@ -338,7 +338,7 @@ QString DriveMap::toWindows(const QString &nativePath) const
 QString DriveMap::toNativeOrSelf(const QString &path) const
 {
     if (path.startsWith(QLatin1Char('/')))
-        return QDir::cleanPath(path);
+        return QDir::cleanPath(QString(path).replace(QLatin1Char('\\'), QLatin1Char('/')));
     return toNative(path);
 }
 

@@ -62,7 +62,8 @@ public:
     QString toWindows(const QString &nativePath) const;
 
     // For values that may be either: a path that starts with "/" is taken as
-    // native (cleaned); anything else goes through toNative.
+    // native (cleaned, with the backslashes that Windows path rules appended
+    // to a native root made "/"); anything else goes through toNative.
     QString toNativeOrSelf(const QString &path) const;
 
     // The file this map lives in; empty for an in-memory map.

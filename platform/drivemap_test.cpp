@@ -69,6 +69,10 @@ TEST_F(DriveMapTest, ToWindowsIsTheInverseAndPrefersTheDeepestRoot)
     // A sibling whose name starts like the root is not under it.
     EXPECT_EQ(map.toWindows(m_root + "2/a.txt"), "");
     EXPECT_EQ(map.toWindows("relative/a.txt"), "");
+
+    // Either kind of path: a native root with Windows parts appended stays native.
+    EXPECT_EQ(map.toNativeOrSelf("/opt/mctask\\Lang\\DE\\McTaskAddIn.qch"), "/opt/mctask/Lang/DE/McTaskAddIn.qch");
+    EXPECT_EQ(map.toNativeOrSelf("V:\\Folder\\a.txt"), m_root + "/Folder/a.txt");
 }
 
 TEST_F(DriveMapTest, MountRulesAndListing)

@@ -20,3 +20,9 @@ QString ensureMctaskHome()
     const QString home = mctaskHome();
     return QDir().mkpath(home) ? home : QString();
 }
+
+QString ensureMctaskCacheFolder()
+{
+    const QString cache = mctaskHomePath(QStringLiteral("cache"));
+    return QDir().mkpath(cache) ? cache : QString();
+}

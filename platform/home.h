@@ -12,3 +12,7 @@ QString mctaskHomePath(const QString &name);
 
 // mctaskHome(), created when missing; empty when it cannot be created.
 QString ensureMctaskHome();
+
+// A folder of files that can be made again (the help's collection files):
+// "cache" under mctaskHome(), created when missing; empty when it cannot be.
+QString ensureMctaskCacheFolder();

@@ -1,6 +1,7 @@
 #include "print/printuidlg.h"
 
 #include "common/errortexts.h"
+#include "common/help/testing/helpenvironment.h"
 #include "common/testing/testlanguage.h"
 #include "common/translator.h"
 #include "common/widgets/recordingprompter.h"
@@ -163,6 +164,20 @@ TEST_F(PrintLaunchTest, TheStoredPrinterIsOnlySelectedAndAnAbsentModePromptsWhen
     const auto again = dialog();
     EXPECT_TRUE(again->print());
     EXPECT_TRUE(instance->writes().contains("__printer_prname"));
+}
+
+TEST_F(PrintLaunchTest, HelpOpensThePrintTopicInTheUsersLanguage)
+{
+    HelpEnvironment german(QStringLiteral("DE"));
+    const auto d = dialog();
+    auto *button = find<QPushButton>(*d, "helpButton");
+    ASSERT_TRUE(button->isEnabled());
+    button->click();
+    HelpWindow *help = HelpEnvironment::shownBeside(d->window());
+    ASSERT_TRUE(help);
+    EXPECT_EQ(help->topic(), "PrintUIDlg");
+    EXPECT_EQ(help->browser()->documentTitle(), "Drucken");
+    EXPECT_TRUE(prompter.messages.isEmpty());
 }
 
 TEST_F(PrintLaunchTest, TheVersionTipsComeFromTheReferenceDialogsTexts)

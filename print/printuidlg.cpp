@@ -1,5 +1,6 @@
 #include "print/printuidlg.h"
 
+#include "common/help/help.h"
 #include "common/translator.h"
 #include "common/widgets/icons.h"
 #include "common/widgets/prompter.h"
@@ -36,8 +37,7 @@ PrintUIDlg::PrintUIDlg(std::shared_ptr<IDoxVault> vault, std::shared_ptr<IDoxTas
     m_dialog = new QDialog(parent);
     m_ui = std::make_unique<Ui::PrintUIDlg>();
     m_ui->setupUi(m_dialog);
-    // There is no help system to open yet; a live button would do nothing.
-    m_ui->helpButton->setEnabled(false);
+    connectHelp(m_dialog, m_ui->helpButton, QStringLiteral("PrintUIDlg"));
 }
 
 PrintUIDlg::~PrintUIDlg()

@@ -2,6 +2,7 @@
 
 #include "addin/taskcatalogue.h"
 #include "settings/tasksettings.h"
+#include "common/help/help.h"
 #include "common/translator.h"
 #include "common/widgets/icons.h"
 #include "common/widgets/prompter.h"
@@ -392,6 +393,9 @@ void CScriptPageDlg::buildWindow(QWidget *window)
             m_dialog->accept();
         });
         QObject::connect(m_ui->buttons, &QDialogButtonBox::rejected, m_dialog, &QDialog::reject);
+        QPushButton *help = m_ui->buttons->button(QDialogButtonBox::Help);
+        help->setObjectName(QStringLiteral("helpButton"));
+        connectHelp(m_dialog, help, QStringLiteral("ScriptPageDlg"));
     }
     showValues();
 }

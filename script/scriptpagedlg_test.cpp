@@ -1,5 +1,6 @@
 #include "script/scriptpagedlg.h"
 
+#include "common/help/testing/helpenvironment.h"
 #include "common/widgets/recordingprompter.h"
 #include "common/widgets/testing/widgetapp.h"
 #include "host/testing/faketask.h"
@@ -244,6 +245,20 @@ TEST_F(ScriptWindowTest, InsertMacroReplacesTheSelectionAsOneUndoStep)
     EXPECT_EQ(script->editorText(), "Open <Filepath> now");
     editor->undo();
     EXPECT_EQ(editor->toPlainText(), "Open NAME now");
+}
+
+TEST_F(ScriptWindowTest, HelpOfTheDialogOpensTheScriptTopic)
+{
+    HelpEnvironment english;
+    auto options = page(false, 1);
+    QWidget *window = options->create(&host);
+    auto *button = window->findChild<QPushButton *>("helpButton");
+    ASSERT_TRUE(button);
+    button->click();
+    const HelpWindow *help = HelpEnvironment::shownBeside(window);
+    ASSERT_TRUE(help);
+    EXPECT_EQ(help->topic(), "ScriptPageDlg");
+    EXPECT_EQ(help->browser()->documentTitle(), "Script and Advanced Scripting Options");
 }
 
 TEST_F(ScriptWindowTest, AdvancedScriptingOptionsSavesOnlyOnOk)

@@ -1,5 +1,6 @@
 #include "script/selectiondlg.h"
 
+#include "common/help/help.h"
 #include "common/translator.h"
 #include "common/widgets/icons.h"
 #include "common/widgets/prompter.h"
@@ -287,6 +288,9 @@ QDialog *CSelectionDlg::create(QWidget *parent)
             m_dialog->accept();
     });
     QObject::connect(m_ui->buttons, &QDialogButtonBox::rejected, m_dialog, &QDialog::reject);
+    QPushButton *help = m_ui->buttons->button(QDialogButtonBox::Help);
+    help->setObjectName(QStringLiteral("helpButton"));
+    connectHelp(m_dialog, help, QStringLiteral("SelectionDlg"));
     updateRemoveButton();
     return m_dialog;
 }

@@ -1,6 +1,7 @@
 #include "script/selectiondlg.h"
 
 #include "common/errortexts.h"
+#include "common/help/testing/helpenvironment.h"
 #include "common/testing/testlanguage.h"
 #include "common/translator.h"
 #include "common/widgets/recordingprompter.h"
@@ -124,6 +125,19 @@ TEST_F(SelectionDlgTest, ResultIsOrderedByDisplayedPathWithOneRecordPerEntry)
     dialog.removeRows({0, 2});
     EXPECT_EQ(dialog.rows(), QStringList({"\\Parts\\Axle.mcdprt", "\\Assemblies"}));
     EXPECT_EQ(dialog.result().size(), 2u);
+    EXPECT_TRUE(prompter.messages.isEmpty());
+}
+
+TEST_F(SelectionDlgTest, HelpOpensTheSelectionTopicInTheUsersLanguage)
+{
+    HelpEnvironment german(QStringLiteral("DE"));
+    CSelectionDlg dialog(vault, Root, "Print Drawings");
+    QDialog *window = dialog.create(nullptr);
+    window->findChild<QPushButton *>("helpButton")->click();
+    const HelpWindow *help = HelpEnvironment::shownBeside(window);
+    ASSERT_TRUE(help);
+    EXPECT_EQ(help->topic(), "SelectionDlg");
+    EXPECT_EQ(help->browser()->documentTitle(), "Dateien und Ordner für die Aufgabe auswählen");
     EXPECT_TRUE(prompter.messages.isEmpty());
 }
 
