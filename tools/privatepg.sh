@@ -59,10 +59,18 @@ max_connections = 200
 CONF
 fi
 
-# A server that is already running is reused.
+# A server that is already running is reused. A new one runs in a session of
+# its own, so that signals to the starter's process group (a test runner
+# ending a test) do not reach it, and without the starter's open files (a
+# build lock held by the caller would otherwise stay held while it runs).
 if ! "${as_server[@]}" "$bindir/pg_ctl" -D "$data" status >/dev/null 2>&1; then
-  "${as_server[@]}" "$bindir/pg_ctl" -D "$data" -l "$log/server.log" -w -t 60 start >/dev/null \
-    || { echo "privatepg: the server did not start; see $log/server.log" >&2; exit 1; }
+  (
+    for fd in /proc/$BASHPID/fd/*; do
+      fd=${fd##*/}
+      [ "$fd" -gt 2 ] && eval "exec $fd>&-"
+    done
+    exec "${as_server[@]}" setsid -w "$bindir/pg_ctl" -D "$data" -l "$log/server.log" -w -t 60 start >/dev/null
+  ) || { echo "privatepg: the server did not start; see $log/server.log" >&2; exit 1; }
 fi
 if ! "$bindir/psql" -h "$socket" -U mctask -d postgres -tAc "SELECT 1 FROM pg_database WHERE datname = 'mctask'" | grep -q 1; then
   "$bindir/createdb" -h "$socket" -U mctask mctask

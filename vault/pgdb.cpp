@@ -3,7 +3,9 @@
 #include "host/hosterror.h"
 
 #include <libpq-fe.h>
+#include <libpq/libpq-fs.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -117,7 +119,15 @@ std::pair<std::string, int> numberPlaceholders(const char *sql)
             ++blockComments;
             continue;
         } else if (c == '?') {
-            out += '$' + std::to_string(++count);
+            // ?NNN names its number; a bare ? takes the next after the
+            // highest so far, as in SQLite.
+            int number = 0;
+            while (p[1] >= '0' && p[1] <= '9')
+                number = number * 10 + (*++p - '0');
+            if (number == 0)
+                number = count + 1;
+            count = std::max(count, number);
+            out += '$' + std::to_string(number);
             continue;
         }
         out += c;
@@ -311,6 +321,56 @@ PgDb::PgDb(const QString &url) : m_server(pgServerName(url))
 PgDb::~PgDb()
 {
     PQfinish(m_conn);
+}
+
+long long PgDb::checkLo(long long rc, const char *what)
+{
+    if (rc < 0)
+        checkPg(nullptr, *this, what);
+    return rc;
+}
+
+namespace {
+constexpr qsizetype LargeObjectChunk = 1 << 20;
+}
+
+unsigned PgDb::writeLargeObject(const QByteArray &bytes)
+{
+    const auto lock = guard();
+    const Oid oid = lo_creat(m_conn, INV_READ | INV_WRITE);
+    if (oid == InvalidOid)
+        checkPg(nullptr, *this, "lo_creat");
+    const int fd = static_cast<int>(checkLo(lo_open(m_conn, oid, INV_WRITE), "lo_open"));
+    for (qsizetype at = 0; at < bytes.size(); at += LargeObjectChunk) {
+        const auto length = static_cast<std::size_t>(std::min(LargeObjectChunk, bytes.size() - at));
+        checkLo(lo_write(m_conn, fd, bytes.constData() + at, length), "lo_write");
+    }
+    checkLo(lo_close(m_conn, fd), "lo_close");
+    return oid;
+}
+
+QByteArray PgDb::readLargeObject(unsigned oid)
+{
+    const auto lock = guard();
+    const int fd = static_cast<int>(checkLo(lo_open(m_conn, oid, INV_READ), "lo_open"));
+    const auto size = static_cast<qsizetype>(checkLo(lo_lseek64(m_conn, fd, 0, SEEK_END), "lo_lseek64"));
+    checkLo(lo_lseek64(m_conn, fd, 0, SEEK_SET), "lo_lseek64");
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (qsizetype at = 0; at < size;) {
+        const auto length = static_cast<std::size_t>(std::min(LargeObjectChunk, size - at));
+        const auto read = checkLo(lo_read(m_conn, fd, bytes.data() + at, length), "lo_read");
+        if (read == 0)
+            fail(E_DOX_DATABASE_ACCESS, m_server, QStringLiteral("a stored content ended early"), nullptr);
+        at += static_cast<qsizetype>(read);
+    }
+    checkLo(lo_close(m_conn, fd), "lo_close");
+    return bytes;
+}
+
+void PgDb::unlinkLargeObject(unsigned oid)
+{
+    const auto lock = guard();
+    checkLo(lo_unlink(m_conn, oid), "lo_unlink");
 }
 
 PgStatement PgDb::prepare(const char *sql)

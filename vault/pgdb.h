@@ -23,9 +23,10 @@ class PgDb;
 // as alice". The password never appears.
 QString pgServerName(const QString &url);
 
-// The SQL of the vault writes its parameters as "?", which PostgreSQL spells
-// $1, $2, ...: returns the text with them numbered and their count. Question
-// marks inside quoted literals, quoted names and comments stay.
+// The SQL of the vault writes its parameters as "?" or "?N", which
+// PostgreSQL spells $1, $2, ...: returns the text with them numbered and
+// their count. Question marks inside quoted literals, quoted names and
+// comments stay.
 std::pair<std::string, int> numberPlaceholders(const char *sql);
 
 struct PgResultDeleter {
@@ -118,6 +119,13 @@ public:
 
     std::unique_lock<std::recursive_mutex> guard() { return std::unique_lock<std::recursive_mutex>(m_mutex); }
 
+    // Large objects, inside the open transaction (the server allows them
+    // nowhere else). They move in chunks between the server and the caller's
+    // buffer, so a large content is never held twice.
+    unsigned writeLargeObject(const QByteArray &bytes);
+    QByteArray readLargeObject(unsigned oid);
+    void unlinkLargeObject(unsigned oid);
+
     pg_conn *handle() const { return m_conn; }
     // What the messages call the server (pgServerName of the URL).
     const QString &serverName() const { return m_server; }
@@ -126,6 +134,9 @@ private:
     friend class PgTransaction;
     friend class PgStatement;
     friend PgResult checkPg(pg_result *, PgDb &, const char *, HRESULT);
+    // The check of libpq's large-object calls, which answer -1 (or 0 for no
+    // object) on failure.
+    long long checkLo(long long rc, const char *what);
     void endCallbacks(std::size_t first, bool committed);
 
     std::recursive_mutex m_mutex;

@@ -25,6 +25,9 @@ TEST(PgPlaceholders, QuestionMarksBecomeNumberedOutsideLiteralsNamesAndComments)
     EXPECT_EQ(sql, "SELECT $1, '?', 'it''s ?', \"a?\" -- ?\n, $2 /* ? /* ? */ ? */ FROM t WHERE x = $3");
     EXPECT_EQ(count, 3);
     EXPECT_EQ(numberPlaceholders("SELECT 1").second, 0);
+    // Numbered ones may repeat; a bare one after them takes the next number.
+    EXPECT_EQ(numberPlaceholders("a = ?2 OR b = ?2 OR c = ?1 OR d = ?").first, "a = $2 OR b = $2 OR c = $1 OR d = $3");
+    EXPECT_EQ(numberPlaceholders("a = ?2 OR b = ?2 OR c = ?1 OR d = ?").second, 3);
 }
 
 TEST(PgServerName, NamesDatabaseHostAndPortButNeverThePassword)
