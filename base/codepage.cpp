@@ -141,3 +141,12 @@ QByteArray encodeWindows1252(const QString &text)
     thread_local Windows1252Encoder encoder;
     return encoder.encode(text);
 }
+
+QByteArray printableAscii(const QString &text)
+{
+    QByteArray out;
+    out.reserve(text.size());
+    for (QChar c : text)
+        out.append(c.unicode() >= 32 && c.unicode() < 127 ? char(c.unicode()) : '_');
+    return out;
+}

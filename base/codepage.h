@@ -10,3 +10,7 @@
 QString decodeWindows1252(const QByteArray &bytes);
 // Characters the code page lacks become "?", as the Windows conversion writes them.
 QByteArray encodeWindows1252(const QString &text);
+
+// Printable ASCII only, for file headers of formats that allow no more:
+// every other character (controls and line breaks too) becomes "_".
+QByteArray printableAscii(const QString &text);

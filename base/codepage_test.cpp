@@ -34,3 +34,8 @@ TEST(CodePageTest, CharactersOutsideTheCodePageBecomeOneQuestionMarkEach)
     EXPECT_EQ(encodeWindows1252(longText), QByteArray(3000, '\x80'));
     EXPECT_EQ(decodeWindows1252(QByteArray(3000, '\x80')), longText);
 }
+
+TEST(CodePageTest, PrintableAsciiReplacesEverythingElseOneForOne)
+{
+    EXPECT_EQ(printableAscii(QStringLiteral("a~ \u00e9\u0416\t\n\x7f!")), QByteArray("a~ _____!"));
+}

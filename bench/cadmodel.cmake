@@ -1,4 +1,5 @@
-# The stand-in's document model: opening and exporting a sample drawing, and the
+# The stand-in's document model: opening and exporting a sample drawing, exports of
+# a part's solid by the geometry kernel, and the
 # conversion template run on it through the macro engine.
 if(TARGET mctask_cadsim_model AND TARGET mctask_macro_testing)
   add_executable(cadmodel_bench ${CMAKE_CURRENT_LIST_DIR}/cadmodel_bench.cpp ${CMAKE_CURRENT_LIST_DIR}/benchmain.cpp)

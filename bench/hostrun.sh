@@ -18,18 +18,25 @@ require_programs
 
 work=$(mktemp -d /tmp/mctask-hostrun.XXXXXX)
 host_pid=
+# Every host this script starts runs in the background, as the program
+# itself (not through the mctask function, whose subshell would take the
+# signal), and is ended here whether the script ends, fails or is interrupted.
 cleanup() {
-  [ -n "$host_pid" ] && kill "$host_pid" 2>/dev/null && wait "$host_pid" 2>/dev/null
+  if [ -n "$host_pid" ]; then
+    kill "$host_pid" 2>/dev/null || true
+    wait "$host_pid" 2>/dev/null || true
+  fi
   [ -n "${HOSTRUN_KEEP:-}" ] || rm -rf "$work"
 }
 trap cleanup EXIT
+trap 'exit 130' INT TERM
 
 # An ISO 8601 time (UTC, milliseconds) as milliseconds since the epoch.
 iso_ms() { date -u -d "$1" +%s%3N; }
 
 # --- 1. Latency -------------------------------------------------------------
 new_vault "$work/latency" 1
-mctask host serve --name bench --workers 1 --json >"$work/latency/host.jsonl" 2>"$work/latency/host.err" &
+"$build/app/mctask" host serve --name bench --workers 1 --json >"$work/latency/host.jsonl" 2>"$work/latency/host.err" &
 host_pid=$!
 latencies=()
 for ((i = 1; i <= samples; i++)); do
@@ -61,8 +68,10 @@ for workers in 1 2 4; do
     mctask task launch "To STEP" "$(printf 'V:\\Parts\\F%02d' "$f")" >/dev/null 2>&1
   done
   start=$(now_ms)
-  mctask host serve --name bench --workers "$workers" --once >"$dir/host.log" 2>&1 \
-    || { echo "hostrun: host serve failed" >&2; cat "$dir/host.log" >&2; exit 1; }
+  "$build/app/mctask" host serve --name bench --workers "$workers" --once >"$dir/host.log" 2>&1 &
+  host_pid=$!
+  wait "$host_pid" || { host_pid=; echo "hostrun: host serve failed" >&2; cat "$dir/host.log" >&2; exit 1; }
+  host_pid=
   elapsed=$(( $(now_ms) - start ))
   outputs=$(outputs_under 'V:\Parts')
   outputs=$(( outputs - files )) # the sources themselves

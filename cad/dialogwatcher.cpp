@@ -4,8 +4,6 @@
 
 #include <chrono>
 
-std::atomic<bool> dialogDismissed{false};
-
 namespace {
 
 constexpr qsizetype kTitleLength = 259;
@@ -27,8 +25,8 @@ DialogWatcher::~DialogWatcher() { stop(); }
 
 void DialogWatcher::start(qint64 processId)
 {
-    dialogDismissed = false;
     stop();
+    m_dismissed = false;
     {
         std::lock_guard lock(m_mutex);
         m_stopRequested = false;
@@ -66,16 +64,17 @@ void DialogWatcher::run(qint64 processId)
         return;
     const std::unique_ptr<DesktopWindows> windows = m_windows();
     for (int pass = 0; pass < m_maxPasses; ++pass) {
-        if (windows)
-            answerWindows(*windows, processId);
+        if (windows && answerWindows(*windows, processId))
+            m_dismissed = true;
         ++m_passes;
         if (waitForStop(m_intervalMs))
             return;
     }
 }
 
-void DialogWatcher::answerWindows(DesktopWindows &windows, qint64 processId)
+bool DialogWatcher::answerWindows(DesktopWindows &windows, qint64 processId)
 {
+    bool dismissed = false;
     static const QString mecadra = QStringLiteral("Mecadra");
     static const QString basic = QStringLiteral("Microsoft Visual Basic");
     for (const TopWindow &window : windows.list()) {
@@ -93,8 +92,9 @@ void DialogWatcher::answerWindows(DesktopWindows &windows, qint64 processId)
         } else if (title.startsWith(QLatin1String("Microsoft Visual Basic [break]"))) {
             windows.postMessage(window, winmsg::Close, 0);
         } else if (title.endsWith(QLatin1String("Mecadra Task Scheduler"))) {
-            dialogDismissed = true;
+            dismissed = true;
             pressKey(windows, window, winmsg::VkReturn);
         }
     }
+    return dismissed;
 }

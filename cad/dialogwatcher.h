@@ -10,11 +10,6 @@
 #include <memory>
 #include <mutex>
 
-// Set by the dialog watcher when it had to answer a "... Mecadra Task
-// Scheduler" window; cleared each time a watcher starts. The run thread reads
-// it only after stopping the watcher.
-extern std::atomic<bool> dialogDismissed;
-
 // Answers or closes the message boxes of the Mecadra process that would stop
 // an unattended run: one pass over the top-level windows per interval, at
 // most maxPasses passes, on a thread of its own.
@@ -30,7 +25,7 @@ public:
     DialogWatcher(const DialogWatcher &) = delete;
     DialogWatcher &operator=(const DialogWatcher &) = delete;
 
-    // Clears dialogDismissed, stops a watcher that still runs and starts a
+    // Clears dialogDismissed(), stops a watcher that still runs and starts a
     // new one for processId.
     void start(qint64 processId);
     // Signals the watcher and waits for its thread to end.
@@ -43,9 +38,14 @@ public:
     }
     // Passes the last watcher made (read after stop).
     int passes() const { return m_passes; }
+    // Whether the watcher since its start had to answer a "... Mecadra Task
+    // Scheduler" window (read after stop). Each connection has its own
+    // watcher, so workers of one host never see each other's dialogs.
+    bool dialogDismissed() const { return m_dismissed; }
 
-    // One pass of the title rules over the windows of processId.
-    static void answerWindows(DesktopWindows &windows, qint64 processId);
+    // One pass of the title rules over the windows of processId; true when it
+    // answered a "... Mecadra Task Scheduler" window.
+    static bool answerWindows(DesktopWindows &windows, qint64 processId);
 
 private:
     void run(qint64 processId);
@@ -60,4 +60,5 @@ private:
     std::condition_variable m_signal;
     bool m_stopRequested = false;
     std::atomic<int> m_passes{0};
+    std::atomic<bool> m_dismissed{false};
 };

@@ -52,16 +52,19 @@ std::vector<Post> keyPress(std::int64_t handle, std::uint32_t key)
 }
 
 // The posts one pass makes for a single window of the Mecadra process.
-std::vector<Post> answer(const QString &title, const QString &parentTitle = {}, qint64 pid = kMecadra)
+std::vector<Post> answer(const QString &title, const QString &parentTitle = {}, qint64 pid = kMecadra,
+                         bool *dismissed = nullptr)
 {
     RecordingWindows windows({{pid, 1, title, parentTitle}});
-    DialogWatcher::answerWindows(windows, kMecadra);
+    const bool answered = DialogWatcher::answerWindows(windows, kMecadra);
+    if (dismissed)
+        *dismissed = answered;
     return windows.posts;
 }
 
 TEST(DialogWatcherTest, TitleRulesActOnTheFirstMatch)
 {
-    dialogDismissed = false;
+    bool dismissed = true;
     EXPECT_EQ(answer(QStringLiteral("Mecadra")), keyPress(1, VkReturn));
     EXPECT_EQ(answer(QStringLiteral("Warning from Cadrix.exe")), keyPress(1, VkReturn));
     EXPECT_EQ(answer(QStringLiteral("Shapeminer"), QStringLiteral("Mecadra 2013")), keyPress(1, VkEscape));
@@ -71,19 +74,44 @@ TEST(DialogWatcherTest, TitleRulesActOnTheFirstMatch)
     EXPECT_EQ(answer(QStringLiteral("microsoft visual basic")), std::vector<Post>{}); // case matters
     EXPECT_EQ(answer(QString()), std::vector<Post>{});
     // "Mecadra ... Mecadra Task Scheduler" takes the first row: no flag.
-    EXPECT_EQ(answer(QStringLiteral("Mecadra Task Scheduler")), keyPress(1, VkReturn));
-    EXPECT_FALSE(dialogDismissed);
-    EXPECT_EQ(answer(QStringLiteral("Error - Mecadra Task Scheduler")), keyPress(1, VkReturn));
-    EXPECT_TRUE(dialogDismissed);
-    dialogDismissed = false;
+    EXPECT_EQ(answer(QStringLiteral("Mecadra Task Scheduler"), {}, kMecadra, &dismissed), keyPress(1, VkReturn));
+    EXPECT_FALSE(dismissed);
+    EXPECT_EQ(answer(QStringLiteral("Error - Mecadra Task Scheduler"), {}, kMecadra, &dismissed),
+              keyPress(1, VkReturn));
+    EXPECT_TRUE(dismissed);
 }
 
 TEST(DialogWatcherTest, WindowsOfOtherProcessesAreLeftAlone)
 {
-    dialogDismissed = false;
+    bool dismissed = true;
     EXPECT_EQ(answer(QStringLiteral("Mecadra"), {}, kMecadra + 1), std::vector<Post>{});
-    EXPECT_EQ(answer(QStringLiteral("Error - Mecadra Task Scheduler"), {}, kMecadra + 1), std::vector<Post>{});
-    EXPECT_FALSE(dialogDismissed);
+    EXPECT_EQ(answer(QStringLiteral("Error - Mecadra Task Scheduler"), {}, kMecadra + 1, &dismissed),
+              std::vector<Post>{});
+    EXPECT_FALSE(dismissed);
+}
+
+TEST(DialogWatcherTest, EachWatcherKeepsItsOwnDismissedDialog)
+{
+    coreApp();
+    // Two workers' watchers of one process: only the one whose Mecadra showed
+    // the scheduler's box reports it, and a start clears only its own.
+    const auto scheduler = [] {
+        return std::make_unique<RecordingWindows>(
+            std::vector<TopWindow>{{kMecadra, 1, QStringLiteral("Error - Mecadra Task Scheduler"), QString()}});
+    };
+    DialogWatcher first(scheduler, 0, 3);
+    DialogWatcher second(scheduler, 0, 3);
+    first.start(kMecadra);
+    second.start(kMecadra + 1);
+    for (int i = 0; i < 2000 && (first.passes() < 3 || second.passes() < 3); ++i)
+        QThread::msleep(1);
+    first.stop();
+    second.stop();
+    EXPECT_TRUE(first.dialogDismissed());
+    EXPECT_FALSE(second.dialogDismissed());
+    second.start(kMecadra + 1);
+    second.stop();
+    EXPECT_TRUE(first.dialogDismissed());
 }
 
 TEST(DialogWatcherTest, RunsAtMostItsPassesAndStopsOnTheSignal)
@@ -97,10 +125,8 @@ TEST(DialogWatcherTest, RunsAtMostItsPassesAndStopsOnTheSignal)
     bounded.stop();
     EXPECT_EQ(bounded.passes(), 1800);
 
-    dialogDismissed = true;
     DialogWatcher slow([] { return std::make_unique<RecordingWindows>(std::vector<TopWindow>{}); }, 60000, 1800);
     slow.start(kMecadra);
-    EXPECT_FALSE(dialogDismissed); // every start clears the flag
     QThread::msleep(20);
     slow.stop(); // does not wait out the interval
     EXPECT_EQ(slow.passes(), 1);

@@ -9,11 +9,16 @@
 #include "base/codepage.h"
 #include "platform/drivemap.h"
 #include "platform/filesystem.h"
+#include "platform/automation/processes.h"
+#include "platform/ipc/namedmutex.h"
 #include "platform/registry.h"
+
+#include <QCoreApplication>
 
 #include <QDir>
 
 #include <algorithm>
+#include <atomic>
 
 namespace {
 
@@ -22,6 +27,13 @@ inline constexpr HRESULT HRESULT_ERROR_TIMEOUT = makeHresult(0x800705B4u); // HR
 const QString kModule = QStringLiteral("McMacro1");
 const QString kProcedure = QStringLiteral("main");
 constexpr int kFirstRevisionWithErrorCode = 17;
+
+// Where the suspended add-ins' values and the runs holding the suspension
+// are kept for the whole machine.
+QString startupAddInsSavedKey()
+{
+    return QString::fromUtf16(kAddInUserKey) + QStringLiteral("\\SuspendedStartupAddIns");
+}
 
 const QStringList &startupAddInKeys()
 {
@@ -95,7 +107,7 @@ void McManager::RunMacro(const QString &macroText)
         StartWatcher();
         outcome = callRun(macroFile, timeoutSeconds);
         StopWatcher();
-        if (dialogDismissed) {
+        if (m_watcher.dialogDismissed()) {
             outcome.hr = E_FAIL;
             outcome.timedOut = false;
             // The extra attempt a dismissed dialog earns is granted once per
@@ -147,18 +159,45 @@ void McManager::RunMacro(const QString &macroText)
 
 void McManager::SuspendStartupAddIns(bool restore)
 {
+    // Several runs of this machine (workers of a host, hosts, a task run by
+    // hand) overlap. The first to start switches the add-ins off and keeps
+    // their values in the registry; the last to end puts them back. A run
+    // whose process died no longer counts, and the values it kept survive it,
+    // so the next run to end restores them instead of saving the "off".
+    NamedMutex mutex(QStringLiteral("McTaskAddIn.StartupAddIns"), m_lockFolder);
+    mutex.lock();
+    Registry holders(m_store);
+    Registry saved(m_store);
+    if (!saved.create(RegistryRoot::CurrentUser, startupAddInsSavedKey())
+        || !holders.create(RegistryRoot::CurrentUser, startupAddInsSavedKey() + QStringLiteral("\\Holders")))
+        return;
+    SystemProcesses processes;
+    for (const QString &holder : holders.valueNames()) {
+        const qint64 pid = holder.section(QLatin1Char(':'), 0, 0).toLongLong();
+        if (pid <= 0 || !processes.isRunning(pid))
+            holders.deleteValue(holder);
+    }
+
     if (restore) {
-        for (auto it = m_suspendedAddIns.cbegin(); it != m_suspendedAddIns.cend(); ++it) {
+        if (!m_suspensionHolder.isEmpty())
+            holders.deleteValue(m_suspensionHolder);
+        m_suspensionHolder.clear();
+        if (!holders.valueNames().isEmpty())
+            return;
+        for (const QString &path : saved.valueNames()) {
+            const QString value = saved.readString(path).value_or(QString());
+            saved.deleteValue(path);
             Registry key(m_store);
-            if (!key.open(RegistryRoot::CurrentUser, it.key(), RegistryReadWrite))
+            if (!key.open(RegistryRoot::CurrentUser, path, RegistryReadWrite))
                 continue;
-            if (it.value().compare(QLatin1String("1"), Qt::CaseInsensitive) == 0)
+            if (value.compare(QLatin1String("1"), Qt::CaseInsensitive) == 0)
                 key.writeDword(QString(), 1);
             else
-                key.writeString(QString(), it.value());
+                key.writeString(QString(), value);
         }
         return;
     }
+
     m_suspendedAddIns.clear();
     for (const QString &parentPath : startupAddInKeys()) {
         Registry parent(m_store);
@@ -183,4 +222,11 @@ void McManager::SuspendStartupAddIns(bool restore)
             }
         }
     }
+    // A value kept by an earlier run is the original; the key is "off" now.
+    for (auto it = m_suspendedAddIns.cbegin(); it != m_suspendedAddIns.cend(); ++it)
+        if (!saved.readString(it.key()))
+            saved.writeString(it.key(), it.value());
+    static std::atomic<int> sequence{0};
+    m_suspensionHolder = QStringLiteral("%1:%2").arg(QCoreApplication::applicationPid()).arg(++sequence);
+    holders.writeDword(m_suspensionHolder, 1);
 }

@@ -9,6 +9,7 @@
 #include "platform/automation/automationerrors.h"
 #include "platform/automation/classregistry.h"
 #include "platform/automation/windowmessages.h"
+#include "platform/ipc/ipcnames.h"
 #include "platform/processbitness.h"
 #include "platform/registry.h"
 
@@ -64,7 +65,8 @@ McManager::McManager(std::shared_ptr<MecadraProcesses> processes, RegistryStore 
     : m_processes(std::move(processes)),
       m_store(store),
       m_wow64(isWow64Process()),
-      m_watcher([processes = m_processes] { return processes->openWindows(); })
+      m_watcher([processes = m_processes] { return processes->openWindows(); }),
+      m_lockFolder(IpcNames::defaultFolder())
 {
 }
 
@@ -245,7 +247,7 @@ HRESULT McManager::RetryStart(HRESULT previousError)
 HRESULT McManager::restart(HRESULT previousError)
 {
     ++m_restartCount;
-    if (dialogDismissed) {
+    if (m_watcher.dialogDismissed()) {
         m_forceRegression = true;
         m_restartCount = 0;
     }

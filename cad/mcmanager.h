@@ -82,6 +82,8 @@ public:
     int restarts() const { return m_restarts; }
     // The startup add-in values remembered by the last suspension.
     const QMap<QString, QString> &suspendedAddIns() const { return m_suspendedAddIns; }
+    // The folder of the machine-wide lock around the start-up add-in switch.
+    void setLockFolder(const QString &folder) { m_lockFolder = folder; }
 
     // What the document sinks need of the manager.
     McAutomation *automation() const { return m_app.get(); }
@@ -137,5 +139,7 @@ private:
     ObjectHandle m_applicationHandle = 0;
     std::map<ObjectHandle, std::unique_ptr<CMcDocument>> m_documents;
     QMap<QString, QString> m_suspendedAddIns;
+    QString m_suspensionHolder; // this run's name among the suspension's holders
+    QString m_lockFolder;
     int m_restarts = 0;
 };

@@ -210,7 +210,6 @@ TEST_F(McManagerStandInTest, AnswersMecadraMessageBoxesButNotThoseOfOtherProcess
     qputenv("MCSIM_SHOW_WINDOW", "Mecadra");
     ASSERT_EQ(m_manager->Start(), S_OK);
     EXPECT_EQ(runMacro(), S_OK); // the box blocked the macro until the watcher pressed Enter
-    EXPECT_FALSE(dialogDismissed);
     EXPECT_EQ(m_manager->restarts(), 0);
 
     const AutomationReply otherList = ask(*otherPid, "Windows", "List");

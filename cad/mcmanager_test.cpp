@@ -45,6 +45,7 @@ protected:
         m_scopedClock = std::make_unique<ScopedClock>(m_clock); // the one-second polls take no time
         m_fake = std::make_shared<FakeMecadra>();
         m_manager = std::make_unique<McManager>(m_fake, m_store);
+        m_manager->setLockFolder(m_lockFolder.path());
         McTiming timing;
         timing.watcherIntervalMs = 1;
         m_manager->setTiming(timing);
@@ -103,6 +104,7 @@ protected:
     std::unique_ptr<ScopedClock> m_scopedClock;
     MemoryRegistryStore m_store;
     std::shared_ptr<FakeMecadra> m_fake;
+    QTemporaryDir m_lockFolder;
     std::unique_ptr<McManager> m_manager;
 };
 
@@ -490,6 +492,42 @@ TEST_F(McManagerTest, StartupAddInsAreSwitchedOffAndRestoredExactly)
     EXPECT_EQ(readDefault(two), RegistryValue::fromDword(5));
     EXPECT_EQ(readDefault(text), RegistryValue::fromString(QStringLiteral("C:\\Tools\\tool.dll")));
     EXPECT_EQ(readDefault(empty), RegistryValue::fromString(QString()));
+}
+
+TEST_F(McManagerTest, OverlappingRunsRestoreTheStartupAddInsOnlyWhenTheLastEnds)
+{
+    const QString addIn = QStringLiteral("Software\\Mecadra\\AddInsStartup\\{A}");
+    m_store.createKey(RegistryRoot::CurrentUser, RegistryView::Native, addIn);
+    m_store.writeValue(RegistryRoot::CurrentUser, RegistryView::Native, addIn, QString(), RegistryValue::fromDword(1));
+    auto state = [&] { return m_store.readValue(RegistryRoot::CurrentUser, RegistryView::Native, addIn, QString()); };
+
+    // Two workers: the second starts while the add-in is already off.
+    McManager second(m_fake, m_store);
+    second.setLockFolder(m_lockFolder.path());
+    m_manager->SuspendStartupAddIns(false);
+    second.SuspendStartupAddIns(false);
+    EXPECT_EQ(state(), RegistryValue::fromDword(0));
+    m_manager->SuspendStartupAddIns(true);
+    EXPECT_EQ(state(), RegistryValue::fromDword(0)) << "restored while another run still needs it off";
+    second.SuspendStartupAddIns(true);
+    EXPECT_EQ(state(), RegistryValue::fromDword(1));
+
+    // A run whose process died keeps no one waiting, and its kept value is
+    // the original that the next run restores.
+    m_manager->SuspendStartupAddIns(false);
+    const QString savedKey =
+        QString::fromUtf16(kAddInUserKey) + QStringLiteral("\\SuspendedStartupAddIns\\Holders");
+    const QStringList holders = m_store.valueNames(RegistryRoot::CurrentUser, RegistryView::Native, savedKey);
+    ASSERT_EQ(holders.size(), 1);
+    m_store.deleteValue(RegistryRoot::CurrentUser, RegistryView::Native, savedKey, holders.first());
+    m_store.writeValue(RegistryRoot::CurrentUser, RegistryView::Native, savedKey, QStringLiteral("999999999:1"),
+                       RegistryValue::fromDword(1)); // no such process
+    McManager next(m_fake, m_store);
+    next.setLockFolder(m_lockFolder.path());
+    next.SuspendStartupAddIns(false);
+    EXPECT_EQ(state(), RegistryValue::fromDword(0));
+    next.SuspendStartupAddIns(true);
+    EXPECT_EQ(state(), RegistryValue::fromDword(1));
 }
 
 } // namespace

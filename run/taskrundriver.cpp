@@ -92,6 +92,17 @@ void TaskRunDriver::logFailedFile(const FileRecord *file, const HostError &error
     }
 }
 
+void TaskRunDriver::logUnprocessedFiles(std::size_t firstUnprocessed, const FileRecord &failed) const
+{
+    // The loop ends at the first failed file; every file after it is named,
+    // so that the log accounts for each selected file. An entry ends without
+    // a line break, so each one starts on a line of its own.
+    for (std::size_t i = firstUnprocessed; i < m_selected.size(); ++i)
+        m_builder.AppendErrorLog(QStringLiteral("\nAn error occured: ") + m_selected[i]->path
+                                 + QStringLiteral(": Not processed: the run stopped at the error on ") + failed.path
+                                 + QLatin1Char('.'));
+}
+
 HRESULT TaskRunDriver::runFiles(const std::shared_ptr<IDoxVault> &vault,
                                 const std::shared_ptr<IDoxTaskInstance> &instance, DoxCmd &cmd,
                                 const DoxCmdDataArray &data)
@@ -131,10 +142,12 @@ HRESULT TaskRunDriver::runFiles(const std::shared_ptr<IDoxVault> &vault,
     HRESULT result = S_OK;
     bool cancelled = false;
     std::shared_ptr<FileRecord> current;
+    std::size_t reached = 0;
     try {
         for (std::size_t i = 0; i < m_selected.size(); ++i) {
             const std::shared_ptr<FileRecord> &file = m_selected[i];
             current = file;
+            reached = i;
             checkSuspendAndCancel(task);
             if (i == 0)
                 throwIfFailed(task.SetProgressRange(steps, 0, file->path));
@@ -151,10 +164,15 @@ HRESULT TaskRunDriver::runFiles(const std::shared_ptr<IDoxVault> &vault,
         cancelled = result == S_FALSE;
         if (cancelled)
             cmd.cancel = -1;
-        else if (failed(result))
+        else if (failed(result)) {
             logFailedFile(current.get(), e);
+            if (current)
+                logUnprocessedFiles(reached + 1, *current);
+        }
     } catch (const std::bad_alloc &) {
         result = E_OUTOFMEMORY;
+        if (current)
+            logUnprocessedFiles(reached, *current);
     } catch (...) {
         // No error code: the loop ends and the result stays as it was.
     }

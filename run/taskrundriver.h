@@ -56,6 +56,7 @@ private:
     void checkSuspendAndCancel(IDoxTaskInstance &instance) const;
     void checkOutErrorLog(IDoxVault &vault) const;
     void logFailedFile(const FileRecord *file, const HostError &error) const;
+    void logUnprocessedFiles(std::size_t firstUnprocessed, const FileRecord &failed) const;
     std::vector<AffectedObject> affectedObjects(std::int32_t status) const;
     QString text(std::int32_t number, const char *english) const;
 

@@ -274,8 +274,11 @@ TEST_F(RunDriverTest, MacroFailureEndsTheLoopButKeepsWhatWasDone)
     // The failure is in the log, and the log is in the vault.
     const auto log = file(instance->guid + ".log");
     ASSERT_TRUE(log);
+    // The file after the failed one is named as not processed.
     EXPECT_EQ(store->readVersion(log->id),
-              "An error occured: V:\\Parts\\B.mcdprt: Macro run failed 0 (error 0)\r\n\t0x80040301");
+              "An error occured: V:\\Parts\\B.mcdprt: Macro run failed 0 (error 0)\r\n\t0x80040301\r\n"
+              "An error occured: V:\\Parts\\C.mcdprt: Not processed: the run stopped at the error on "
+              "V:\\Parts\\B.mcdprt.");
     EXPECT_EQ(instance->affected.at(1).objectId, log->id);
 
     // A connection that forgets its text when closed still has it reported.

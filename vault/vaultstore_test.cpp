@@ -2,12 +2,14 @@
 
 #include "host/hosterror.h"
 #include "platform/clock.h"
+#include "vault/taskstore.h"
 #include "vault/vaulttesting.h"
 #include "vault/vaultschema.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 
 #include <thread>
 
@@ -302,6 +304,44 @@ TEST_P(VaultStoreTest, RefusesADatabaseFromANewerProgram)
     vault.store->db().setUserVersion(VaultSchema::CurrentVersion + 1);
     vault.store.reset();
     EXPECT_EQ(codeOf([&] { vault.reopen(); }), E_DOX_CANT_OPEN_DATABASE);
+}
+
+TEST(VaultStore, AnUpgradedVaultKeepsItsRowsAndPassesSQLitesIntegrityCheck)
+{
+    QTemporaryDir dir;
+    const QString root = dir.path() + "/vault";
+    {
+        // A vault of schema 3 with a row in each table whose columns were reordered.
+        QDir().mkpath(root + "/.mctask");
+        VaultDb db(std::make_unique<SqliteDb>(VaultStore::databasePath(root)));
+        VaultSchema::ensure(db, true, 3);
+        db.exec("INSERT INTO settings (key, value) VALUES ('name', 'Old'), ('drive', 'V');"
+                "INSERT INTO files (id, folder_id, name, path_key, latest_version) VALUES (2, 1, 'a', 'a', 1),"
+                " (3, 1, 'b', 'b', 1);"
+                "INSERT INTO blobs (hash, size, data) VALUES ('h', 1, x'41');"
+                "INSERT INTO versions (file_id, version, hash, created) VALUES (2, 1, 'h', 'now'), (3, 1, 'h', 'now');"
+                "INSERT INTO refs (parent_id, parent_version, child_id, child_version, configuration)"
+                " VALUES (2, 1, 3, 1, 'Default');"
+                "INSERT INTO tasks (id, name, name_key, class_id) VALUES (4, 'T', 't', '{0}');"
+                "INSERT INTO task_variables (task_id, name, name_key, type, tvalue) VALUES (4, 'Path', 'path', 8, 'x');"
+                "INSERT INTO task_declared (task_id, position, name) VALUES (4, 0, 'Path');"
+                "INSERT INTO instances (id, task_id, guid, status, created) VALUES (5, 4, '{A}', 0, 'now');"
+                "INSERT INTO instance_variables (instance_id, name, name_key, type, ivalue) VALUES (5, 'N', 'N', 3, 7);");
+    }
+    const auto store = VaultStore::open(root);
+    EXPECT_EQ(store->db().userVersion(), VaultSchema::CurrentVersion);
+    Statement check = store->db().prepare("PRAGMA integrity_check");
+    ASSERT_TRUE(check.step());
+    EXPECT_EQ(check.text(0), QStringLiteral("ok"));
+    const auto references = store->references(2, 1);
+    ASSERT_EQ(references.size(), 1u);
+    EXPECT_EQ(references[0].childId, 3);
+    EXPECT_EQ(references[0].childVersion, 1);
+    EXPECT_EQ(references[0].configuration, QStringLiteral("Default"));
+    TaskStore tasks(store);
+    EXPECT_EQ(tasks.taskVariable(4, "path")->bstr(), QStringLiteral("x"));
+    EXPECT_EQ(tasks.declaredVariables(4), QStringList{"Path"});
+    EXPECT_EQ(tasks.instanceValue(5, "N")->i4(), 7);
 }
 
 TEST_P(VaultStoreTest, RecordsTimesFromTheClock)

@@ -6,9 +6,9 @@
 #include <QJsonObject>
 
 // Writes an export as a real file of its format, so that a user who opens it
-// in a viewer sees a document: PDF pages, images, STL and STEP solids and so
-// on. Formats without a public syntax become a text file with the
-// description. The description itself (source, options, preferences) is
+// in a viewer sees a document: PDF pages, images, drawings and scenes. Solid
+// formats are SolidExports' (solidexports.h). Formats without a public
+// syntax become a text file with the description. The description itself (source, options, preferences) is
 // carried where the format allows it: PDF metadata, a header comment.
 class ExportWriter final
 {

@@ -7,6 +7,7 @@
 #include "cadsim/model/exportwriter.h"
 #include "cadsim/model/modeldoc.h"
 #include "cadsim/model/printspool.h"
+#include "cadsim/model/solidexports.h"
 #include "base/windowspath.h"
 #include "platform/printing/printers.h"
 
@@ -84,6 +85,7 @@ bool ModelDocExtension::saveAs(const QString &name, std::int32_t version, std::i
 
     QByteArray content;
     QJsonObject description;
+    std::vector<CompanionFile> companions;
     if (native) {
         DocumentData data = m_doc.data();
         data.paperSize = m_doc.pageSetup().paperSize;
@@ -131,13 +133,30 @@ bool ModelDocExtension::saveAs(const QString &name, std::int32_t version, std::i
             return false;
         }
         description = exportDescriptionJson(d, prefs);
-        content = ExportWriter::write(d, description);
+        if (SolidExports::handles(ext)) {
+            SolidExport solid = SolidExports::write(*app, m_doc, d, description);
+            if (!solid.ok()) {
+                errors = cad::mcGenericSaveError;
+                return false;
+            }
+            content = std::move(solid.bytes);
+            companions = std::move(solid.companions);
+        } else {
+            content = ExportWriter::write(d, description);
+        }
     }
 
     app->notifySaving(m_doc, name);
     if (!app->files().write(nativePath, content)) {
         errors = cad::mcGenericSaveError;
         return false;
+    }
+    const QString stem = nativePath.left(nativePath.lastIndexOf(QLatin1Char('.')));
+    for (const CompanionFile &file : companions) {
+        if (!app->files().write(stem + file.suffix, file.bytes)) {
+            errors = cad::mcGenericSaveError;
+            return false;
+        }
     }
     if (!description.isEmpty())
         ExportRecords::write(app->exportRecordFolder(), nativePath, description);

@@ -109,6 +109,11 @@ protected:
 
     void TearDown() override
     {
+        // A failed soak keeps its vault, logs and host output to look at.
+        if (HasFailure()) {
+            m_work.setAutoRemove(false);
+            std::cout << "soak: failed; kept " << m_work.path().toStdString() << std::endl;
+        }
         for (auto &[name, host] : m_hosts) {
             if (host->state() != QProcess::NotRunning) {
                 host->kill();
