@@ -80,6 +80,13 @@ QString pgServerName(const QString &url)
     return name;
 }
 
+QString pgUrlWithSearchPath(const QString &url, const QString &schema)
+{
+    if (url.contains(QLatin1String("://")))
+        return url + (url.contains(QLatin1Char('?')) ? '&' : '?') + "options=-csearch_path%3D" + schema;
+    return url + " options='-csearch_path=" + schema + "'";
+}
+
 std::pair<std::string, int> numberPlaceholders(const char *sql)
 {
     std::string out;

@@ -29,6 +29,11 @@ QString pgServerName(const QString &url);
 // comments stay.
 std::pair<std::string, int> numberPlaceholders(const char *sql);
 
+// The connection string url with schema as the search path: every table the
+// connection makes or reads is in that schema (tests and benchmarks keep
+// several vaults in one database this way).
+QString pgUrlWithSearchPath(const QString &url, const QString &schema);
+
 struct PgResultDeleter {
     void operator()(pg_result *result) const;
 };

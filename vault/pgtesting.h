@@ -56,16 +56,8 @@ public:
 
     // The server's URL with the schema as the search path: every table the
     // connection makes lands in the schema.
-    QString url() const { return withSearchPath(m_server, QString::fromLatin1(m_name)); }
-    const QString &serverUrlOfSchema() const { return m_server; }
+    QString url() const { return pgUrlWithSearchPath(m_server, QString::fromLatin1(m_name)); }
     PgDb &admin() { return m_admin; }
-
-    static QString withSearchPath(const QString &server, const QString &schema)
-    {
-        if (server.contains(QLatin1String("://")))
-            return server + (server.contains(QLatin1Char('?')) ? '&' : '?') + "options=-csearch_path%3D" + schema;
-        return server + " options='-csearch_path=" + schema + "'";
-    }
 
 private:
     explicit PgTestSchema(const QString &server)

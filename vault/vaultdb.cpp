@@ -82,14 +82,20 @@ void VaultDb::storeContent(const QString &hash, const QByteArray &bytes)
     }
     if (m_pg->prepare("SELECT 1 FROM blobs WHERE hash = ?").bind(1, hash).step())
         return;
-    PgTransaction t(*m_pg);
+    // Large objects live only inside a transaction. The store's writes run
+    // in one already, where a savepoint per content would only cost two
+    // more round trips; the same holds below.
+    std::optional<PgTransaction> t;
+    if (!m_pg->inTransaction())
+        t.emplace(*m_pg);
     const unsigned oid = m_pg->writeLargeObject(bytes);
     PgStatement insert = m_pg->prepare("INSERT INTO blobs (hash, size, data) VALUES (?, ?, ?) ON CONFLICT (hash) DO NOTHING");
     insert.bind(1, hash).bind(2, static_cast<std::int64_t>(bytes.size())).bind(3, static_cast<std::int64_t>(oid)).exec();
     // Another machine stored the same content meanwhile: its object serves.
     if (insert.changes() == 0)
         m_pg->unlinkLargeObject(oid);
-    t.commit();
+    if (t)
+        t->commit();
 }
 
 std::optional<QByteArray> VaultDb::readContent(const QString &hash)
@@ -101,12 +107,15 @@ std::optional<QByteArray> VaultDb::readContent(const QString &hash)
             return std::nullopt;
         return s.blob(0);
     }
-    PgTransaction t(*m_pg);
+    std::optional<PgTransaction> t;
+    if (!m_pg->inTransaction())
+        t.emplace(*m_pg);
     PgStatement s = m_pg->prepare("SELECT data FROM blobs WHERE hash = ?");
     if (!s.bind(1, hash).step())
         return std::nullopt;
     QByteArray bytes = m_pg->readLargeObject(static_cast<unsigned>(s.int64(0)));
-    t.commit();
+    if (t)
+        t->commit();
     return bytes;
 }
 
@@ -119,12 +128,15 @@ void VaultDb::dropContentIfUnused(const QString &hash)
             .exec();
         return;
     }
-    PgTransaction t(*m_pg);
+    std::optional<PgTransaction> t;
+    if (!m_pg->inTransaction())
+        t.emplace(*m_pg);
     PgStatement s = m_pg->prepare(
         "DELETE FROM blobs WHERE hash = ?1 AND NOT EXISTS (SELECT 1 FROM versions WHERE hash = ?1) RETURNING data");
     if (s.bind(1, hash).step())
         m_pg->unlinkLargeObject(static_cast<unsigned>(s.int64(0)));
-    t.commit();
+    if (t)
+        t->commit();
 }
 
 Transaction::Transaction(VaultDb &db)
