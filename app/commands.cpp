@@ -13,6 +13,8 @@ int runRegistryDeleteCommand(CommandContext &context);
 int runVaultInitCommand(CommandContext &context);
 int runVaultAddCommand(CommandContext &context);
 int runVaultLsCommand(CommandContext &context);
+int runVaultAttachCommand(CommandContext &context);
+int runVaultGetCommand(CommandContext &context);
 int runVaultCardCommand(CommandContext &context);
 int runVaultRefCommand(CommandContext &context);
 int runVaultShowCommand(CommandContext &context);
@@ -45,7 +47,12 @@ const std::vector<CommandEntry> &allCommands()
          &runRegistrySetCommand},
         {"registry", "delete", "[--view 32|64] KEY [NAME]", "delete a registry value or key",
          &runRegistryDeleteCommand},
-        {"vault", "init", "DIR [--name NAME] [--drive LETTER] [--date-style N]", "create a vault", &runVaultInitCommand},
+        {"vault", "init", "DIR [--name NAME] [--drive LETTER] [--date-style N] [--server URL]", "create a vault",
+         &runVaultInitCommand},
+        {"vault", "attach", "URL DIR [--drive LETTER]", "make DIR this machine's local view of a vault on a server",
+         &runVaultAttachCommand},
+        {"vault", "get", "[--vault DIR] [FILE|FOLDER]...", "bring local copies up to the latest versions",
+         &runVaultGetCommand},
         {"vault", "add", "[--vault DIR] SRC... [--to FOLDER] [...]", "add files or new versions", &runVaultAddCommand},
         {"vault", "ls", "[--vault DIR] [--json] [FOLDER]", "list the files of a folder and below", &runVaultLsCommand},
         {"vault", "card", "[--vault DIR] FILE [NAME[=VALUE]]...", "read or set card variables", &runVaultCardCommand},

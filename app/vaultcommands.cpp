@@ -44,10 +44,15 @@ int runVaultInit(CommandContext &context)
                                    QStringLiteral("LETTER"));
     const QCommandLineOption dateStyle(QStringLiteral("date-style"), QStringLiteral("The vault's date style (default 0)."),
                                        QStringLiteral("N"));
-    parser.addOptions({name, drive, dateStyle});
+    const QCommandLineOption server(QStringLiteral("server"),
+                                    QStringLiteral("PostgreSQL database that holds the vault (libpq URL or key=value)."),
+                                    QStringLiteral("URL"));
+    parser.addOptions({name, drive, dateStyle, server});
     parser.addPositionalArgument(QStringLiteral("DIR"), QStringLiteral("Folder that becomes the vault."));
-    if (!parseCommandLine(parser, context, QStringLiteral("vault init DIR [--name NAME] [--drive LETTER] [--date-style N]"),
-               QStringLiteral("Creates a vault in DIR (created when missing); its database lives in DIR/.mctask.")))
+    if (!parseCommandLine(parser, context,
+               QStringLiteral("vault init DIR [--name NAME] [--drive LETTER] [--date-style N] [--server URL]"),
+               QStringLiteral("Creates a vault in DIR (created when missing); its database lives in DIR/.mctask,\n"
+                              "or with --server in that PostgreSQL database, DIR being this machine's local view.")))
         return 0;
     if (parser.positionalArguments().size() != 1)
         throw CliError(QStringLiteral("vault init: expected one DIR (see --help)"));
@@ -77,7 +82,8 @@ int runVaultInit(CommandContext &context)
     try {
         VaultOpenOptions options;
         options.drive = driveLetter;
-        const auto store = VaultStore::create(dir, vaultName, options);
+        const auto store = parser.isSet(server) ? VaultStore::createOnServer(parser.value(server), dir, vaultName, options)
+                                                : VaultStore::create(dir, vaultName, options);
         store->setSetting(QStringLiteral("DateFmt"), QString::number(style));
         // The macros read the date style from the vault client's settings.
         if (!SettingsLight().setVaultDateStyle(vaultName, style))
@@ -330,6 +336,86 @@ int runVaultRef(CommandContext &context)
 
 int runVaultInitCommand(CommandContext &context) { return runVaultInit(context); }
 int runVaultAddCommand(CommandContext &context) { return runVaultAdd(context); }
+int runVaultAttach(CommandContext &context)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption drive(QStringLiteral("drive"),
+                                   QStringLiteral("Drive letter of this local view (default: the vault's)."),
+                                   QStringLiteral("LETTER"));
+    parser.addOptions({drive});
+    parser.addPositionalArgument(QStringLiteral("URL"), QStringLiteral("The vault's PostgreSQL database."));
+    parser.addPositionalArgument(QStringLiteral("DIR"), QStringLiteral("Folder that becomes this machine's local view."));
+    if (!parseCommandLine(parser, context, QStringLiteral("vault attach URL DIR [--drive LETTER]"),
+               QStringLiteral("Makes DIR this machine's local view of the vault in the PostgreSQL database at URL.\n"
+                              "Files come into it when a command or a run needs them, or with vault get.")))
+        return 0;
+    if (parser.positionalArguments().size() != 2)
+        throw CliError(QStringLiteral("vault attach: expected URL and DIR (see --help)"));
+    requirePath(parser.positionalArguments()[1], QStringLiteral("vault attach"));
+    const QString dir = QDir(parser.positionalArguments()[1]).absolutePath();
+    std::optional<QChar> letter;
+    if (parser.isSet(drive)) {
+        QString text = parser.value(drive).trimmed();
+        if (!text.endsWith(':'))
+            text += ':';
+        letter = text.size() == 2 ? WindowsPath::driveLetter(text) : QChar();
+        if (letter->isNull())
+            throw CliError(QStringLiteral("vault attach: '%1' is not a drive letter").arg(parser.value(drive)));
+    }
+    if (VaultStore::isVault(dir))
+        throw CliError(QStringLiteral("vault attach: %1 already holds a vault").arg(dir));
+    try {
+        const auto store = VaultStore::attachToServer(parser.positionalArguments()[0], dir, {}, letter);
+        if (!mountVaultDrive(*store, true))
+            context.err << "mctask: warning: drive " << store->paths().windowsRoot() << " could not be mounted\n";
+        context.err.flush();
+        context.out << "attached vault '" << store->name() << "' in " << dir << " as " << store->paths().windowsRoot()
+                    << '\n';
+        return 0;
+    } catch (const HostError &e) {
+        return reportHostError(context, e);
+    }
+}
+
+int runVaultGet(CommandContext &context)
+{
+    QCommandLineParser parser;
+    parser.addOptions({vaultOption()});
+    parser.addPositionalArgument(QStringLiteral("PATH"), QStringLiteral("Files or folders (default: the whole vault)."),
+                                 QStringLiteral("[FILE|FOLDER]..."));
+    if (!parseCommandLine(parser, context, QStringLiteral("vault get [--vault DIR] [FILE|FOLDER]..."),
+               QStringLiteral("Brings the local copies of files up to their latest versions; a copy you have\n"
+                              "checked out stays as it is.")))
+        return 0;
+    const auto store = openLocatedVault(parser.value(vaultOption()), VaultUse::Read);
+    QStringList arguments = parser.positionalArguments();
+    if (arguments.isEmpty())
+        arguments.append(store->paths().windowsRoot() + '\\');
+    std::vector<int> files;
+    for (const QString &argument : arguments) {
+        const QString relative = vaultPathArgument(*store, argument);
+        if (const auto file = store->fileByPath(relative)) {
+            files.push_back(file->id);
+        } else if (const auto folder = store->folderByPath(relative)) {
+            for (const VaultFileRow &row : store->filesUnder(folder->id))
+                files.push_back(row.id);
+        } else {
+            throw CliError(QStringLiteral("vault get: no file or folder %1 in the vault").arg(argument));
+        }
+    }
+    try {
+        int fetched = 0;
+        for (const int id : files)
+            fetched += store->fetch(id) ? 1 : 0;
+        context.out << "fetched " << fetched << " of " << files.size() << " files\n";
+        return 0;
+    } catch (const HostError &e) {
+        return reportHostError(context, e);
+    }
+}
+
 int runVaultLsCommand(CommandContext &context) { return runVaultLs(context); }
+int runVaultAttachCommand(CommandContext &context) { return runVaultAttach(context); }
+int runVaultGetCommand(CommandContext &context) { return runVaultGet(context); }
 int runVaultCardCommand(CommandContext &context) { return runVaultCard(context); }
 int runVaultRefCommand(CommandContext &context) { return runVaultRef(context); }

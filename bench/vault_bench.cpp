@@ -163,7 +163,7 @@ void BM_BatchAddFloor10k(benchmark::State &state)
         QTemporaryDir dir;
         auto store = vaultWithLocalTree(dir, QStringLiteral("Floor"));
         const QString root = store->paths().nativeRoot();
-        sqlite3 *db = store->db().handle();
+        sqlite3 *db = store->db().sqlite()->handle();
         sqlite3_stmt *folder = nullptr;
         sqlite3_prepare_v2(db, "INSERT INTO folders (parent_id, name, path, path_key) VALUES (?, ?, ?, ?)", -1, &folder,
                            nullptr);

@@ -32,6 +32,18 @@ QString holderText(const InstanceRow &row)
     return QStringLiteral("%1 (process %2, worker %3)").arg(row.holderHost).arg(row.holderPid).arg(row.holderWorker);
 }
 
+// Runs write in a transaction whose commit is not flushed to disk (see
+// UnflushedCommits), for frequent writes that are worth less than a flush.
+template<typename Write>
+auto unflushedWrite(VaultDb &db, Write &&write)
+{
+    const UnflushedCommits unflushed(db);
+    Transaction t(db);
+    auto result = write();
+    t.commit();
+    return result;
+}
+
 } // namespace
 
 QString taskStatusText(std::int32_t status)
@@ -59,7 +71,7 @@ qint64 TaskQueue::nowMs() const
 
 TaskClaim TaskQueue::take(const InstanceRow &row, const TaskHolder &holder, const QueuePolicy &policy)
 {
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     const QString now = m_store->timestamp();
     // A launched or resumed instance runs from here on; a cancel or suspend
     // request stays for the run to honour.
@@ -81,13 +93,17 @@ TaskClaim TaskQueue::take(const InstanceRow &row, const TaskHolder &holder, cons
 
 std::optional<TaskClaim> TaskQueue::claimNext(const TaskHolder &holder, const QueuePolicy &policy)
 {
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     recoverExpired(policy);
     int id = 0;
     {
+        // On PostgreSQL, claimers on other machines pass over the row this
+        // one holds instead of waiting for it.
+        static const QByteArray sql = QByteArray("SELECT id FROM instances WHERE ") + WaitingCondition +
+                                      " ORDER BY id LIMIT 1";
         Statement pick = db.prepare(
-            (QByteArray("SELECT id FROM instances WHERE ") + WaitingCondition + " ORDER BY id LIMIT 1").constData());
+            (db.kind() == VaultDb::Kind::Postgres ? sql + " FOR UPDATE SKIP LOCKED" : sql).constData());
         if (pick.step())
             id = pick.integer(0);
     }
@@ -112,7 +128,7 @@ QString TaskQueue::refusal(const InstanceRow &row) const
 
 ClaimOutcome TaskQueue::claim(int instanceId, const TaskHolder &holder, const QueuePolicy &policy)
 {
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     ClaimOutcome outcome;
     auto row = m_tasks.instanceById(instanceId);
@@ -138,24 +154,22 @@ ClaimOutcome TaskQueue::claim(int instanceId, const TaskHolder &holder, const Qu
 
 int TaskQueue::renewLeases(const QString &host, qint64 pid, qint64 leaseMs)
 {
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     // A renewal is worth less than a flush; a lost one only shortens a lease.
-    const UnflushedCommits unflushed(db);
-    Transaction t(db);
-    db.prepare("UPDATE instances SET lease_expiry = ? WHERE holder_host = ? AND holder_pid = ? "
-               "AND lease_expiry IS NOT NULL")
-        .bind(1, static_cast<std::int64_t>(nowMs() + leaseMs))
-        .bind(2, host)
-        .bind(3, static_cast<std::int64_t>(pid))
-        .exec();
-    const int renewed = db.changes();
-    t.commit();
-    return renewed;
+    return unflushedWrite(db, [&] {
+        db.prepare("UPDATE instances SET lease_expiry = ? WHERE holder_host = ? AND holder_pid = ? "
+                   "AND lease_expiry IS NOT NULL")
+            .bind(1, static_cast<std::int64_t>(nowMs() + leaseMs))
+            .bind(2, host)
+            .bind(3, static_cast<std::int64_t>(pid))
+            .exec();
+        return db.changes();
+    });
 }
 
 int TaskQueue::recoverExpired(const QueuePolicy &policy)
 {
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     std::vector<int> expired;
     {
@@ -238,12 +252,12 @@ void TaskQueue::setStatus(const TaskClaim &claim, std::int32_t status, HRESULT r
 void TaskQueue::setProgress(const TaskClaim &claim, std::optional<std::int32_t> maximum, std::int32_t position,
                             const QString &text)
 {
-    SqliteDb &db = m_store->db();
-    const UnflushedCommits unflushed(db);
-    Transaction t(db);
-    requireHeld(claim);
-    m_tasks.setProgress(claim.instanceId, maximum, position, text);
-    t.commit();
+    // Progress is redrawn by the next step anyway.
+    unflushedWrite(m_store->db(), [&] {
+        requireHeld(claim);
+        m_tasks.setProgress(claim.instanceId, maximum, position, text);
+        return 0;
+    });
 }
 
 void TaskQueue::setVariable(const TaskClaim &claim, const QString &name, const Variant &value)
@@ -256,7 +270,7 @@ void TaskQueue::setVariable(const TaskClaim &claim, const QString &name, const V
 
 void TaskQueue::markHandover(const TaskClaim &claim)
 {
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     requireHeld(claim);
     db.prepare("UPDATE instances SET handover = ? WHERE id = ? AND handover IS NULL")
@@ -276,7 +290,7 @@ int TaskQueue::pendingCount()
 
 int TaskQueue::requestCancelHeldBy(const QString &host, qint64 pid)
 {
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     db.prepare("UPDATE instances SET status = 6 WHERE holder_host = ? AND holder_pid = ? AND lease_expiry IS NOT NULL")
         .bind(1, host)
@@ -289,23 +303,23 @@ int TaskQueue::requestCancelHeldBy(const QString &host, qint64 pid)
 
 void TaskQueue::heartbeat(const QString &host, qint64 pid, int workers)
 {
-    SqliteDb &db = m_store->db();
-    const UnflushedCommits unflushed(db);
-    Transaction t(db);
-    const QString now = m_store->timestamp();
-    db.prepare("INSERT INTO hosts (name, pid, workers, started, heartbeat) VALUES (?1, ?2, ?3, ?4, ?4) "
-               "ON CONFLICT (name, pid) DO UPDATE SET heartbeat = ?4, workers = ?3, stopped = NULL")
-        .bind(1, host)
-        .bind(2, static_cast<std::int64_t>(pid))
-        .bind(3, workers)
-        .bind(4, now)
-        .exec();
-    t.commit();
+    VaultDb &db = m_store->db();
+    // A lost heartbeat is followed by the next one.
+    unflushedWrite(db, [&] {
+        db.prepare("INSERT INTO hosts (name, pid, workers, started, heartbeat) VALUES (?1, ?2, ?3, ?4, ?4) "
+                   "ON CONFLICT (name, pid) DO UPDATE SET heartbeat = ?4, workers = ?3, stopped = NULL")
+            .bind(1, host)
+            .bind(2, static_cast<std::int64_t>(pid))
+            .bind(3, workers)
+            .bind(4, m_store->timestamp())
+            .exec();
+        return 0;
+    });
 }
 
 void TaskQueue::markStopped(const QString &host, qint64 pid)
 {
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     db.prepare("UPDATE hosts SET stopped = ?3, heartbeat = ?3 WHERE name = ?1 AND pid = ?2")
         .bind(1, host)
@@ -317,7 +331,7 @@ void TaskQueue::markStopped(const QString &host, qint64 pid)
 
 void TaskQueue::forgetHost(const QString &host, qint64 pid)
 {
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     db.prepare("DELETE FROM hosts WHERE name = ? AND pid = ?").bind(1, host).bind(2, static_cast<std::int64_t>(pid)).exec();
     t.commit();

@@ -18,7 +18,7 @@ namespace {
 const TaskHolder HostA{QStringLiteral("alpha"), 101, 1};
 const TaskHolder HostB{QStringLiteral("beta"), 202, 2};
 
-class TaskQueueTest : public testing::Test
+class TaskQueueTest : public VaultBackendTest
 {
 protected:
     TaskQueueTest() : m_clockGuard(m_clock), m_queue(m_vault.store)
@@ -41,13 +41,14 @@ protected:
 
     FakeClock m_clock;
     ScopedClock m_clockGuard;
-    TempVault m_vault;
+    TempVault m_vault{QStringLiteral("alice"), server()};
     TaskQueue m_queue;
     QueuePolicy m_policy{2000, 2};
     int m_taskId = 0;
 };
+INSTANTIATE_TEST_SUITE_P(Backends, TaskQueueTest, VaultBackends);
 
-TEST_F(TaskQueueTest, ClaimsTakeWaitingInstancesInLaunchOrderAndRecordTheHolder)
+TEST_P(TaskQueueTest, ClaimsTakeWaitingInstancesInLaunchOrderAndRecordTheHolder)
 {
     const int first = launch();
     const int suspended = launch();
@@ -90,7 +91,7 @@ TEST_F(TaskQueueTest, ClaimsTakeWaitingInstancesInLaunchOrderAndRecordTheHolder)
     EXPECT_EQ(row(ended).holderHost, QString());
 }
 
-TEST_F(TaskQueueTest, AClaimByNameIsRefusedForAHeldOrEndedInstanceAndChangesNothing)
+TEST_P(TaskQueueTest, AClaimByNameIsRefusedForAHeldOrEndedInstanceAndChangesNothing)
 {
     const int held = launch();
     const int ended = launch();
@@ -120,7 +121,7 @@ TEST_F(TaskQueueTest, AClaimByNameIsRefusedForAHeldOrEndedInstanceAndChangesNoth
     EXPECT_EQ(row(suspended).status, TaskStatus_SuspendRequested);
 }
 
-TEST_F(TaskQueueTest, ALostHostsInstanceIsRequeuedThenFinishedWithStatus9AndALogLine)
+TEST_P(TaskQueueTest, ALostHostsInstanceIsRequeuedThenFinishedWithStatus9AndALogLine)
 {
     const int id = launch();
     m_queue.tasks().setInstanceVariable(id, QStringLiteral("ErrorLogPath"), Variant::fromBStr(QStringLiteral("Logs")));
@@ -157,7 +158,7 @@ TEST_F(TaskQueueTest, ALostHostsInstanceIsRequeuedThenFinishedWithStatus9AndALog
     EXPECT_EQ(m_queue.pendingCount(), 0);
 }
 
-TEST_F(TaskQueueTest, AStaleClaimCanWriteNothing)
+TEST_P(TaskQueueTest, AStaleClaimCanWriteNothing)
 {
     const int id = launch();
     const TaskClaim stale = *m_queue.claimNext(HostA, m_policy);
@@ -189,7 +190,7 @@ TEST_F(TaskQueueTest, AStaleClaimCanWriteNothing)
     EXPECT_EQ(failureOf([&] { m_queue.setProgress(current, 9, 9, QString()); }), E_ACCESSDENIED);
 }
 
-TEST_F(TaskQueueTest, ARunThatReachedTheHandOverIsNotRunAgain)
+TEST_P(TaskQueueTest, ARunThatReachedTheHandOverIsNotRunAgain)
 {
     const int id = launch();
     const int other = launch();
@@ -209,7 +210,7 @@ TEST_F(TaskQueueTest, ARunThatReachedTheHandOverIsNotRunAgain)
         QStringLiteral("It had begun adding the outputs to the vault, so it is not run again.")));
 }
 
-TEST_F(TaskQueueTest, ExpiredRequestsSurviveTheRequeueAndHostsAreListedWithTheirRuns)
+TEST_P(TaskQueueTest, ExpiredRequestsSurviveTheRequeueAndHostsAreListedWithTheirRuns)
 {
     const int suspended = launch();
     const int cancelled = launch();
@@ -275,9 +276,12 @@ void expectEachClaimedOnce(const std::vector<std::vector<int>> &claims, int coun
         EXPECT_EQ(all.count(id), 1u) << "instance " << id;
 }
 
-TEST(TaskQueueConcurrencyTest, ThreadsWithTheirOwnConnectionsNeverClaimOneInstanceTwice)
+using TaskQueueConcurrencyTest = VaultBackendTest;
+INSTANTIATE_TEST_SUITE_P(Backends, TaskQueueConcurrencyTest, VaultBackends);
+
+TEST_P(TaskQueueConcurrencyTest, ThreadsWithTheirOwnConnectionsNeverClaimOneInstanceTwice)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     constexpr int Count = 120;
     launchMany(vault, Count);
     std::vector<std::vector<int>> claims(4);
@@ -289,9 +293,9 @@ TEST(TaskQueueConcurrencyTest, ThreadsWithTheirOwnConnectionsNeverClaimOneInstan
     expectEachClaimedOnce(claims, Count);
 }
 
-TEST(TaskQueueConcurrencyTest, TwoProcessesOnOneVaultFileNeverClaimOneInstanceTwice)
+TEST_P(TaskQueueConcurrencyTest, TwoProcessesOnOneVaultNeverClaimOneInstanceTwice)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     constexpr int Count = 200;
     launchMany(vault, Count);
     QProcess first;
@@ -322,7 +326,7 @@ TEST(TaskQueueSchemaTest, AVaultOfTheEarlierSchemaIsUpgradedInPlace)
     const int taskId = [&] {
         // What the program before the task host made: schema 2, one waiting instance.
         QDir().mkpath(root + "/.mctask");
-        SqliteDb db(VaultStore::databasePath(root));
+        VaultDb db(std::make_unique<SqliteDb>(VaultStore::databasePath(root)));
         VaultSchema::ensure(db, true, 2);
         db.exec("INSERT INTO settings (key, value) VALUES ('name', 'Old'), ('drive', 'V');"
                 "INSERT INTO tasks (id, name, name_key, class_id) VALUES (4, 'T', 't', '{0}');"

@@ -8,6 +8,7 @@ pkgs=(build-essential cmake ninja-build pkg-config
       clang lld xvfb xauth
       qt6-image-formats-plugins fonts-dejavu-core poppler-utils file
       cups-daemon cups-client systemd
+      postgresql libpq-dev
       libocct-foundation-dev libocct-modeling-data-dev libocct-modeling-algorithms-dev
       libocct-data-exchange-dev libocct-visualization-dev libtbb-dev admesh
       libqt6help6)

@@ -5,14 +5,15 @@
 
 namespace {
 
-class BatchTest : public ::testing::Test
+class BatchTest : public VaultBackendTest
 {
 protected:
-    TempVault temp;
+    TempVault temp{QStringLiteral("alice"), server()};
     std::shared_ptr<VaultStore> store = temp.store;
 };
+INSTANTIATE_TEST_SUITE_P(Backends, BatchTest, VaultBackends);
 
-TEST_F(BatchTest, AddCommitsAllFilesAndReportsEachOne)
+TEST_P(BatchTest, AddCommitsAllFilesAndReportsEachOne)
 {
     const int existing = store->addFile(temp.outsideFile("e", "old"), "Out", "taken.pdf", {}).id;
     const QString inTree = temp.localFile("Out/a.pdf", "a");
@@ -56,7 +57,7 @@ TEST_F(BatchTest, AddCommitsAllFilesAndReportsEachOne)
     EXPECT_TRUE(results.empty());
 }
 
-TEST_F(BatchTest, CheckInStoresEverySelectedFileOrNone)
+TEST_P(BatchTest, CheckInStoresEverySelectedFileOrNone)
 {
     VaultStore::AddOptions keep;
     keep.keepCheckedOut = true;
@@ -87,7 +88,7 @@ TEST_F(BatchTest, CheckInStoresEverySelectedFileOrNone)
     EXPECT_EQ(store->fileById(a.id)->lock, VaultLock::None);
 }
 
-TEST_F(BatchTest, ReferencesAndCardUpdatesCommitTogether)
+TEST_P(BatchTest, ReferencesAndCardUpdatesCommitTogether)
 {
     const auto src = store->addFile(temp.outsideFile("s", "s"), QString(), "src.mcdprt", {});
     const auto out = store->addFile(temp.outsideFile("o", "o"), QString(), "out.pdf", {});
@@ -124,7 +125,7 @@ TEST_F(BatchTest, ReferencesAndCardUpdatesCommitTogether)
 
 // top (v1 -> sub v1) ; sub gets v2 with its own reference to leaf; top v2
 // is never made, so "as built" stops at sub v1 while "latest" goes on.
-TEST_F(BatchTest, ListingShowsReferencedOrLatestVersions)
+TEST_P(BatchTest, ListingShowsReferencedOrLatestVersions)
 {
     const auto top = store->addFile(temp.outsideFile("t", "t"), "Asm", "top.mcdasm", {});
     const auto sub = store->addFile(temp.outsideFile("s", "s"), "Asm", "sub.mcdasm", {});
@@ -167,7 +168,7 @@ TEST_F(BatchTest, ListingShowsReferencedOrLatestVersions)
     EXPECT_EQ(listing.CreateList(QStringLiteral("\n#DoxCol_Bogus"), DoxListing_LatestVersions, rows), E_INVALIDARG);
 }
 
-TEST_F(BatchTest, ListingAFolderTakesEveryFileBelowItOnce)
+TEST_P(BatchTest, ListingAFolderTakesEveryFileBelowItOnce)
 {
     const auto a = store->addFile(temp.outsideFile("a", "a"), "F", "a.txt", {});
     const auto b = store->addFile(temp.outsideFile("b", "b"), "F\\G", "b.txt", {});

@@ -26,6 +26,10 @@ HRESULT VaultFile::GetLocalPath(std::int32_t, QString &path)
         const auto row = m_store->fileById(m_id);
         if (!row)
             return E_DOX_FILE_NOT_FOUND;
+        // Whoever asks for the local path is about to open the file: a
+        // shared vault's local view gets it first.
+        if (m_store->isShared())
+            m_store->fetch(m_id);
         path = m_store->paths().toWindows(row->path);
         return S_OK;
     });

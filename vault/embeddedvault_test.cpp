@@ -5,11 +5,14 @@
 
 namespace {
 
-class EmbeddedVaultTest : public ::testing::Test
+class EmbeddedVaultTest : public VaultBackendTest
 {
 protected:
     void SetUp() override
     {
+        VaultBackendTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
         vault = std::make_shared<EmbeddedVault>(temp.store);
         VaultStore::AddOptions options;
         options.revision = QStringLiteral("A");
@@ -17,12 +20,13 @@ protected:
         partId = temp.store->addFile(temp.outsideFile("p", "part"), "Parts", "Bolt.mcdprt", options).id;
     }
 
-    TempVault temp;
+    TempVault temp{QStringLiteral("alice"), server()};
     std::shared_ptr<EmbeddedVault> vault;
     int partId = 0;
 };
+INSTANTIATE_TEST_SUITE_P(Backends, EmbeddedVaultTest, VaultBackends);
 
-TEST_F(EmbeddedVaultTest, FindsFilesAndFoldersByWindowsOrNativePath)
+TEST_P(EmbeddedVaultTest, FindsFilesAndFoldersByWindowsOrNativePath)
 {
     QString root;
     EXPECT_EQ(vault->GetRootFolderPath(root), S_OK);
@@ -55,7 +59,7 @@ TEST_F(EmbeddedVaultTest, FindsFilesAndFoldersByWindowsOrNativePath)
     EXPECT_EQ(vault->GetFolder(9999, folder), E_DOX_FOLDER_NOT_FOUND);
 }
 
-TEST_F(EmbeddedVaultTest, FilesAnswerVersionsLocksAndCards)
+TEST_P(EmbeddedVaultTest, FilesAnswerVersionsLocksAndCards)
 {
     std::shared_ptr<IDoxFile> file;
     ASSERT_EQ(vault->GetFile(partId, file), S_OK);
@@ -95,7 +99,7 @@ TEST_F(EmbeddedVaultTest, FilesAnswerVersionsLocksAndCards)
     EXPECT_EQ(vault->GetFile(partId, gone), E_DOX_FILE_NOT_FOUND);
 }
 
-TEST_F(EmbeddedVaultTest, FoldersWalkTheTree)
+TEST_P(EmbeddedVaultTest, FoldersWalkTheTree)
 {
     temp.store->addFile(temp.outsideFile("n", "nut"), "Parts\\Small", "Nut.mcdprt", {});
     std::shared_ptr<IDoxFolder> root;
@@ -118,7 +122,7 @@ TEST_F(EmbeddedVaultTest, FoldersWalkTheTree)
     EXPECT_EQ(parent, level2[0]->GetID());
 }
 
-TEST_F(EmbeddedVaultTest, ReferenceSettingsPickSelectedOrLatestVersions)
+TEST_P(EmbeddedVaultTest, ReferenceSettingsPickSelectedOrLatestVersions)
 {
     temp.store->checkOut(partId, 0);
     temp.store->checkIn(partId, QString());
@@ -143,7 +147,7 @@ TEST_F(EmbeddedVaultTest, ReferenceSettingsPickSelectedOrLatestVersions)
     EXPECT_EQ(versions.size(), 5u); // untouched on failure
 }
 
-TEST_F(EmbeddedVaultTest, DescribesHostErrorCodes)
+TEST_P(EmbeddedVaultTest, DescribesHostErrorCodes)
 {
     QString name;
     QString description;
@@ -155,7 +159,7 @@ TEST_F(EmbeddedVaultTest, DescribesHostErrorCodes)
     EXPECT_EQ(vault->GetErrorInfo(makeHresult(0x80041234u), name, description), S_FALSE);
 }
 
-TEST_F(EmbeddedVaultTest, PickersAreCancelledUnlessSomeoneAnswers)
+TEST_P(EmbeddedVaultTest, PickersAreCancelledUnlessSomeoneAnswers)
 {
     std::vector<std::shared_ptr<IDoxFile>> files;
     std::vector<std::shared_ptr<IDoxFolder>> folders;

@@ -3,7 +3,7 @@
 #include "host/hosterror.h"
 #include "platform/filesystem.h"
 #include "platform/ipc/namedmutex.h"
-#include "vault/sqlitedb.h"
+#include "vault/vaultdb.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -37,7 +37,7 @@ QString writeProblem(const QString &target)
 
 } // namespace
 
-LocalJournal::LocalJournal(SqliteDb &db, const QString &root, bool inMemory)
+LocalJournal::LocalJournal(VaultDb &db, const QString &root, bool inMemory)
     : m_db(db), m_root(QDir(root).absolutePath()), m_staging(stagingFolder(root)), m_inMemory(inMemory)
 {
 }

@@ -10,7 +10,7 @@
 #include <vector>
 
 class NamedMutex;
-class SqliteDb;
+class VaultDb;
 
 // The vault's local copies follow its transactions. Bytes written inside a
 // transaction go to a staging file under .mctask/staging and, in the same
@@ -28,7 +28,7 @@ class LocalJournal final
 public:
     // root: the vault's folder. An in-memory database has no journal to
     // recover and no other process to share it.
-    LocalJournal(SqliteDb &db, const QString &root, bool inMemory);
+    LocalJournal(VaultDb &db, const QString &root, bool inMemory);
     ~LocalJournal();
     LocalJournal(const LocalJournal &) = delete;
     LocalJournal &operator=(const LocalJournal &) = delete;
@@ -56,7 +56,7 @@ private:
     void dropMovedRows();
     QString relativeToRoot(const QString &native) const;
 
-    SqliteDb &m_db;
+    VaultDb &m_db;
     QString m_root;
     QString m_staging;
     bool m_inMemory;

@@ -133,7 +133,7 @@ TEST_F(MultiProcessTest, AProcessKilledInsideABatchLeavesTheVaultAsBefore)
     {
         // The helper is inside its batch: it holds the vault's write lock.
         SqliteDb probe(VaultStore::databasePath(root()), 0);
-        EXPECT_THROW(Transaction t(probe), HostError);
+        EXPECT_THROW(SqliteTransaction t(probe), HostError);
         // Readers go on meanwhile and see the vault as before the batch.
         VaultOpenOptions noWaiting;
         noWaiting.busyTimeoutMs = 0;

@@ -49,18 +49,18 @@ int checkSqlite(int rc, sqlite3 *db, const char *what, HRESULT failure)
     throw HostError(failure, QStringLiteral("%1 (%2)").arg(message, QString::fromUtf8(what)));
 }
 
-Statement::Statement(sqlite3 *db, sqlite3_stmt *stmt, bool *inUse, std::unique_lock<std::recursive_mutex> lock)
+SqliteStatement::SqliteStatement(sqlite3 *db, sqlite3_stmt *stmt, bool *inUse, std::unique_lock<std::recursive_mutex> lock)
     : m_db(db), m_stmt(stmt), m_inUse(inUse), m_lock(std::move(lock))
 {
 }
 
-Statement::Statement(Statement &&other) noexcept
+SqliteStatement::SqliteStatement(SqliteStatement &&other) noexcept
     : m_db(other.m_db), m_stmt(std::exchange(other.m_stmt, nullptr)), m_inUse(std::exchange(other.m_inUse, nullptr)),
       m_lock(std::move(other.m_lock))
 {
 }
 
-Statement::~Statement()
+SqliteStatement::~SqliteStatement()
 {
     if (!m_stmt)
         return;
@@ -73,19 +73,19 @@ Statement::~Statement()
     *m_inUse = false;
 }
 
-Statement &Statement::bind(int index, std::int64_t value)
+SqliteStatement &SqliteStatement::bind(int index, std::int64_t value)
 {
     checkSqlite(sqlite3_bind_int64(m_stmt, index, value), m_db, "bind");
     return *this;
 }
 
-Statement &Statement::bind(int index, double value)
+SqliteStatement &SqliteStatement::bind(int index, double value)
 {
     checkSqlite(sqlite3_bind_double(m_stmt, index, value), m_db, "bind");
     return *this;
 }
 
-Statement &Statement::bind(int index, const QString &value)
+SqliteStatement &SqliteStatement::bind(int index, const QString &value)
 {
     const QByteArray utf8 = value.toUtf8();
     checkSqlite(sqlite3_bind_text(m_stmt, index, utf8.constData(), static_cast<int>(utf8.size()), SQLITE_TRANSIENT),
@@ -93,7 +93,7 @@ Statement &Statement::bind(int index, const QString &value)
     return *this;
 }
 
-Statement &Statement::bindBlob(int index, const QByteArray &value)
+SqliteStatement &SqliteStatement::bindBlob(int index, const QByteArray &value)
 {
     // A zero-length blob must still be a blob, not NULL.
     checkSqlite(sqlite3_bind_blob64(m_stmt, index, value.isEmpty() ? "" : value.constData(),
@@ -102,13 +102,13 @@ Statement &Statement::bindBlob(int index, const QByteArray &value)
     return *this;
 }
 
-Statement &Statement::bindNull(int index)
+SqliteStatement &SqliteStatement::bindNull(int index)
 {
     checkSqlite(sqlite3_bind_null(m_stmt, index), m_db, "bind");
     return *this;
 }
 
-bool Statement::step()
+bool SqliteStatement::step()
 {
     const int rc = sqlite3_step(m_stmt);
     if (rc != SQLITE_ROW && rc != SQLITE_DONE) {
@@ -119,34 +119,34 @@ bool Statement::step()
     return rc == SQLITE_ROW;
 }
 
-void Statement::exec()
+void SqliteStatement::exec()
 {
     while (step()) {
     }
 }
 
-bool Statement::isNull(int column) const
+bool SqliteStatement::isNull(int column) const
 {
     return sqlite3_column_type(m_stmt, column) == SQLITE_NULL;
 }
 
-std::int64_t Statement::int64(int column) const
+std::int64_t SqliteStatement::int64(int column) const
 {
     return sqlite3_column_int64(m_stmt, column);
 }
 
-double Statement::real(int column) const
+double SqliteStatement::real(int column) const
 {
     return sqlite3_column_double(m_stmt, column);
 }
 
-QString Statement::text(int column) const
+QString SqliteStatement::text(int column) const
 {
     const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(m_stmt, column));
     return data ? QString::fromUtf8(data, sqlite3_column_bytes(m_stmt, column)) : QString();
 }
 
-QByteArray Statement::blob(int column) const
+QByteArray SqliteStatement::blob(int column) const
 {
     const void *data = sqlite3_column_blob(m_stmt, column);
     const int size = sqlite3_column_bytes(m_stmt, column);
@@ -206,7 +206,7 @@ SqliteDb::~SqliteDb()
     sqlite3_close(m_db);
 }
 
-Statement SqliteDb::prepare(const char *sql)
+SqliteStatement SqliteDb::prepare(const char *sql)
 {
     auto lock = guard();
     auto &cached = m_cache[sql];
@@ -217,10 +217,10 @@ Statement SqliteDb::prepare(const char *sql)
     if (cached->inUse) {
         sqlite3_stmt *own = nullptr;
         checkSqlite(sqlite3_prepare_v2(m_db, sql, -1, &own, nullptr), m_db, sql);
-        return Statement(m_db, own, nullptr, std::move(lock));
+        return SqliteStatement(m_db, own, nullptr, std::move(lock));
     }
     cached->inUse = true;
-    return Statement(m_db, cached->stmt, &cached->inUse, std::move(lock));
+    return SqliteStatement(m_db, cached->stmt, &cached->inUse, std::move(lock));
 }
 
 void SqliteDb::exec(const char *sql)
@@ -246,7 +246,7 @@ bool SqliteDb::inTransaction() const
 
 int SqliteDb::userVersion()
 {
-    Statement s = prepare("PRAGMA user_version");
+    SqliteStatement s = prepare("PRAGMA user_version");
     s.step();
     return s.integer(0);
 }
@@ -277,7 +277,7 @@ void SqliteDb::endCallbacks(std::size_t first, bool committed)
         callback(committed);
 }
 
-UnflushedCommits::UnflushedCommits(SqliteDb &db) : m_db(db), m_guard(db.guard())
+SqliteUnflushedCommits::SqliteUnflushedCommits(SqliteDb &db) : m_db(db), m_guard(db.guard())
 {
     if (!db.inTransaction()) {
         db.exec("PRAGMA synchronous=NORMAL");
@@ -285,7 +285,7 @@ UnflushedCommits::UnflushedCommits(SqliteDb &db) : m_db(db), m_guard(db.guard())
     }
 }
 
-UnflushedCommits::~UnflushedCommits()
+SqliteUnflushedCommits::~SqliteUnflushedCommits()
 {
     if (!m_relaxed)
         return;
@@ -296,7 +296,7 @@ UnflushedCommits::~UnflushedCommits()
     }
 }
 
-Transaction::Transaction(SqliteDb &db) : m_db(db), m_guard(db.guard()), m_firstCallback(db.m_endCallbacks.size())
+SqliteTransaction::SqliteTransaction(SqliteDb &db) : m_db(db), m_guard(db.guard()), m_firstCallback(db.m_endCallbacks.size())
 {
     // Savepoints share one name: SQLite releases and rolls back the
     // innermost of that name, which is ours, and the statements stay cached.
@@ -308,7 +308,7 @@ Transaction::Transaction(SqliteDb &db) : m_db(db), m_guard(db.guard()), m_firstC
     }
 }
 
-Transaction::~Transaction()
+SqliteTransaction::~SqliteTransaction()
 {
     if (m_done)
         return;
@@ -326,7 +326,7 @@ Transaction::~Transaction()
     m_db.endCallbacks(m_nested ? m_firstCallback : 0, false);
 }
 
-void Transaction::commit()
+void SqliteTransaction::commit()
 {
     if (m_nested) {
         m_db.prepare("RELEASE nested").exec();

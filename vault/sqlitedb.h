@@ -31,21 +31,21 @@ QString sqliteFailureText(int rc);
 // One use of a prepared statement from SqliteDb::prepare. The use holds the
 // connection's lock, and when it ends the statement is reset and its
 // bindings cleared, so the cache gets it back clean however the use ended.
-class Statement final
+class SqliteStatement final
 {
 public:
-    Statement(Statement &&other) noexcept;
-    ~Statement();
-    Statement(const Statement &) = delete;
-    Statement &operator=(const Statement &) = delete;
-    Statement &operator=(Statement &&) = delete;
+    SqliteStatement(SqliteStatement &&other) noexcept;
+    ~SqliteStatement();
+    SqliteStatement(const SqliteStatement &) = delete;
+    SqliteStatement &operator=(const SqliteStatement &) = delete;
+    SqliteStatement &operator=(SqliteStatement &&) = delete;
 
-    Statement &bind(int index, std::int64_t value);
-    Statement &bind(int index, int value) { return bind(index, static_cast<std::int64_t>(value)); }
-    Statement &bind(int index, double value);
-    Statement &bind(int index, const QString &value);
-    Statement &bindBlob(int index, const QByteArray &value);
-    Statement &bindNull(int index);
+    SqliteStatement &bind(int index, std::int64_t value);
+    SqliteStatement &bind(int index, int value) { return bind(index, static_cast<std::int64_t>(value)); }
+    SqliteStatement &bind(int index, double value);
+    SqliteStatement &bind(int index, const QString &value);
+    SqliteStatement &bindBlob(int index, const QByteArray &value);
+    SqliteStatement &bindNull(int index);
 
     // True while a row is available.
     bool step();
@@ -63,7 +63,7 @@ private:
     friend class SqliteDb;
     // inUse is the cache's mark for the statement; null for a statement the
     // use owns (the cached one was busy), which is finalized at the end.
-    Statement(sqlite3 *db, sqlite3_stmt *stmt, bool *inUse, std::unique_lock<std::recursive_mutex> lock);
+    SqliteStatement(sqlite3 *db, sqlite3_stmt *stmt, bool *inUse, std::unique_lock<std::recursive_mutex> lock);
 
     sqlite3 *m_db;
     sqlite3_stmt *m_stmt;
@@ -90,7 +90,7 @@ public:
     // A use of the statement prepared for sql (compiled once per text),
     // ready for binding. A use of a statement whose cached copy is still in
     // use gets a copy of its own.
-    Statement prepare(const char *sql);
+    SqliteStatement prepare(const char *sql);
     // Runs one or more statements without results.
     void exec(const char *sql);
 
@@ -117,7 +117,7 @@ public:
     std::unique_lock<std::recursive_mutex> guard() { return std::unique_lock<std::recursive_mutex>(m_mutex); }
 
 private:
-    friend class Transaction;
+    friend class SqliteTransaction;
     // Runs and drops the callbacks from index first on, in order.
     void endCallbacks(std::size_t first, bool committed);
 
@@ -138,13 +138,13 @@ private:
 // front instead of failing half-way), or a savepoint when one is already
 // open. Rolls back in its destructor unless committed. Other threads of the
 // process wait until it ends.
-class Transaction final
+class SqliteTransaction final
 {
 public:
-    explicit Transaction(SqliteDb &db);
-    ~Transaction();
-    Transaction(const Transaction &) = delete;
-    Transaction &operator=(const Transaction &) = delete;
+    explicit SqliteTransaction(SqliteDb &db);
+    ~SqliteTransaction();
+    SqliteTransaction(const SqliteTransaction &) = delete;
+    SqliteTransaction &operator=(const SqliteTransaction &) = delete;
 
     void commit();
 
@@ -161,13 +161,13 @@ private:
 // program but a power loss may undo them, until the next flushed commit.
 // For frequent writes that are worth less than a flush, such as a run's
 // progress. Inside an open transaction it changes nothing.
-class UnflushedCommits final
+class SqliteUnflushedCommits final
 {
 public:
-    explicit UnflushedCommits(SqliteDb &db);
-    ~UnflushedCommits();
-    UnflushedCommits(const UnflushedCommits &) = delete;
-    UnflushedCommits &operator=(const UnflushedCommits &) = delete;
+    explicit SqliteUnflushedCommits(SqliteDb &db);
+    ~SqliteUnflushedCommits();
+    SqliteUnflushedCommits(const SqliteUnflushedCommits &) = delete;
+    SqliteUnflushedCommits &operator=(const SqliteUnflushedCommits &) = delete;
 
 private:
     SqliteDb &m_db;

@@ -20,7 +20,7 @@ HostError errorOf(const std::function<void()> &f)
 
 int count(SqliteDb &db)
 {
-    Statement s = db.prepare("SELECT COUNT(*) FROM t");
+    SqliteStatement s = db.prepare("SELECT COUNT(*) FROM t");
     s.step();
     const int n = s.integer(0);
     return n;
@@ -38,10 +38,10 @@ TEST_F(SqliteDbTest, AUseEndsWithItsScopeAndOverlappingUsesDoNotShareState)
     db.exec("INSERT INTO t (k) VALUES ('a'), ('b')");
     const char *sql = "SELECT k FROM t WHERE k >= ? ORDER BY k";
     {
-        Statement outer = db.prepare(sql);
+        SqliteStatement outer = db.prepare(sql);
         ASSERT_TRUE(outer.bind(1, QStringLiteral("a")).step());
         // The same text while the first use is open: a statement of its own.
-        Statement inner = db.prepare(sql);
+        SqliteStatement inner = db.prepare(sql);
         ASSERT_TRUE(inner.bind(1, QStringLiteral("b")).step());
         EXPECT_EQ(inner.text(0), "b");
         ASSERT_TRUE(outer.step());
@@ -49,7 +49,7 @@ TEST_F(SqliteDbTest, AUseEndsWithItsScopeAndOverlappingUsesDoNotShareState)
     }
     // A use left half-way starts again from the first row, with no bindings.
     {
-        Statement again = db.prepare(sql);
+        SqliteStatement again = db.prepare(sql);
         ASSERT_TRUE(again.bind(1, QStringLiteral("a")).step());
         EXPECT_EQ(again.text(0), "a");
     }
@@ -62,7 +62,7 @@ TEST_F(SqliteDbTest, FailuresCarryTheDatabaseCodeAndSqlitesMessage)
     EXPECT_EQ(syntax.code(), E_DOX_DATABASE_ACCESS);
     EXPECT_TRUE(syntax.context().contains(QLatin1String("syntax error"))) << syntax.what();
 
-    Statement insert = db.prepare("INSERT INTO t (k, v) VALUES (?, ?)");
+    SqliteStatement insert = db.prepare("INSERT INTO t (k, v) VALUES (?, ?)");
     insert.bind(1, QStringLiteral("a")).bindBlob(2, QByteArray()).exec();
     const HostError unique = errorOf([&] { db.prepare("INSERT INTO t (k, v) VALUES (?, ?)").bind(1, QStringLiteral("a")).exec(); });
     EXPECT_EQ(unique.code(), E_DOX_DATABASE_ACCESS);
@@ -71,7 +71,7 @@ TEST_F(SqliteDbTest, FailuresCarryTheDatabaseCodeAndSqlitesMessage)
     db.prepare("INSERT INTO t (k, v) VALUES (?, ?)").bind(1, QStringLiteral("b")).bindBlob(2, "x").exec();
     EXPECT_EQ(count(db), 2);
 
-    Statement read = db.prepare("SELECT v FROM t WHERE k = ?");
+    SqliteStatement read = db.prepare("SELECT v FROM t WHERE k = ?");
     read.bind(1, QStringLiteral("a"));
     ASSERT_TRUE(read.step());
     EXPECT_FALSE(read.isNull(0)); // an empty blob is not NULL
@@ -88,20 +88,20 @@ TEST(SqliteDbFile, UnflushedCommitsEndWithTheirScope)
     QTemporaryDir dir;
     SqliteDb db(dir.path() + "/x.db");
     const auto synchronous = [&] {
-        Statement s = db.prepare("PRAGMA synchronous");
+        SqliteStatement s = db.prepare("PRAGMA synchronous");
         s.step();
         return s.integer(0);
     };
     const int full = synchronous();
     ASSERT_EQ(full, 2);
     {
-        const UnflushedCommits unflushed(db);
+        const SqliteUnflushedCommits unflushed(db);
         EXPECT_EQ(synchronous(), 1);
     }
     EXPECT_EQ(synchronous(), full);
-    Transaction t(db);
+    SqliteTransaction t(db);
     {
-        const UnflushedCommits unflushed(db);
+        const SqliteUnflushedCommits unflushed(db);
         EXPECT_EQ(synchronous(), full);
     }
     t.commit();

@@ -49,13 +49,15 @@ InstanceRow readInstance(const Statement &s)
 // Tasks and instances keep their variables in tables of the same shape.
 const TaskStore::VariableHolder TaskStore::kTaskVariables = {
     "SELECT type, ivalue, rvalue, tvalue FROM task_variables WHERE task_id = ? AND name_key = ?",
-    "INSERT OR REPLACE INTO task_variables (task_id, name, name_key, type, ivalue, rvalue, tvalue) "
-    "VALUES (?, ?, ?, ?, ?, ?, ?)",
+    "INSERT INTO task_variables (task_id, name, name_key, type, ivalue, rvalue, tvalue) "
+    "VALUES (?, ?, ?, ?, ?, ?, ?) ON CONFLICT (task_id, name_key) DO UPDATE SET name = excluded.name, "
+    "type = excluded.type, ivalue = excluded.ivalue, rvalue = excluded.rvalue, tvalue = excluded.tvalue",
     "SELECT name, type, ivalue, rvalue, tvalue FROM task_variables WHERE task_id = ? ORDER BY name_key"};
 const TaskStore::VariableHolder TaskStore::kInstanceVariables = {
     "SELECT type, ivalue, rvalue, tvalue FROM instance_variables WHERE instance_id = ? AND name_key = ?",
-    "INSERT OR REPLACE INTO instance_variables (instance_id, name, name_key, type, ivalue, rvalue, tvalue) "
-    "VALUES (?, ?, ?, ?, ?, ?, ?)",
+    "INSERT INTO instance_variables (instance_id, name, name_key, type, ivalue, rvalue, tvalue) "
+    "VALUES (?, ?, ?, ?, ?, ?, ?) ON CONFLICT (instance_id, name_key) DO UPDATE SET name = excluded.name, "
+    "type = excluded.type, ivalue = excluded.ivalue, rvalue = excluded.rvalue, tvalue = excluded.tvalue",
     "SELECT name, type, ivalue, rvalue, tvalue FROM instance_variables WHERE instance_id = ? ORDER BY name_key"};
 
 namespace {
@@ -71,17 +73,13 @@ TaskRow TaskStore::createTask(const QString &name, const QString &classId, std::
     const auto guard = m_store->db().guard();
     if (name.trimmed().isEmpty())
         throw HostError(E_DOX_INVALID_NAME, QStringLiteral("a task needs a name"));
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     if (findTask(name))
         throw HostError(E_DOX_NAME_ALREADY_EXISTS, QStringLiteral("task '%1' already exists").arg(name));
-    db.prepare("INSERT INTO tasks (name, name_key, class_id, flags) VALUES (?, ?, ?, ?)")
-        .bind(1, name)
-        .bind(2, name.toLower())
-        .bind(3, classId)
-        .bind(4, flags)
-        .exec();
-    const int id = static_cast<int>(db.lastInsertId());
+    Statement insert = db.prepare("INSERT INTO tasks (name, name_key, class_id, flags) VALUES (?, ?, ?, ?) RETURNING id");
+    insert.bind(1, name).bind(2, name.toLower()).bind(3, classId).bind(4, flags);
+    const int id = static_cast<int>(insert.insertedId());
     t.commit();
     return TaskRow{id, name, classId, flags};
 }
@@ -140,7 +138,7 @@ void TaskStore::deleteTask(int taskId)
 {
     const auto guard = m_store->db().guard();
     requireTask(taskId);
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     db.prepare("DELETE FROM tasks WHERE id = ?").bind(1, taskId).exec();
     t.commit();
@@ -150,7 +148,7 @@ void TaskStore::setTaskFlags(int taskId, std::int32_t flags)
 {
     const auto guard = m_store->db().guard();
     requireTask(taskId);
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     db.prepare("UPDATE tasks SET flags = ? WHERE id = ?").bind(1, flags).bind(2, taskId).exec();
     t.commit();
@@ -165,7 +163,7 @@ std::optional<Variant> TaskStore::variable(const VariableHolder &holder, int hol
 
 void TaskStore::setVariable(const VariableHolder &holder, int holderId, const QString &name, const Variant &value)
 {
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     Statement s = db.prepare(holder.insert);
     s.bind(1, holderId).bind(2, name).bind(3, name);
@@ -216,10 +214,11 @@ void TaskStore::declareVariable(int taskId, const QString &name)
 {
     const auto guard = m_store->db().guard();
     requireTask(taskId);
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
-    db.prepare("INSERT OR IGNORE INTO task_declared (task_id, position, name) "
-               "SELECT ?1, IFNULL(MAX(position), 0) + 1, ?2 FROM task_declared WHERE task_id = ?1")
+    db.prepare("INSERT INTO task_declared (task_id, position, name) "
+               "SELECT ?1, COALESCE(MAX(position), 0) + 1, CAST(?2 AS TEXT) FROM task_declared WHERE task_id = ?1 "
+               "ON CONFLICT DO NOTHING")
         .bind(1, taskId)
         .bind(2, name)
         .exec();
@@ -242,7 +241,7 @@ void TaskStore::setMenuCommands(int taskId, const std::vector<TaskMenuCommand> &
 {
     const auto guard = m_store->db().guard();
     requireTask(taskId);
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     db.prepare("DELETE FROM task_menu WHERE task_id = ?").bind(1, taskId).exec();
     int position = 0;
@@ -263,16 +262,12 @@ InstanceRow TaskStore::createInstance(int taskId)
 {
     const auto guard = m_store->db().guard();
     requireTask(taskId);
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     const QString guid = QUuid::createUuid().toString(QUuid::WithBraces).toUpper();
-    db.prepare("INSERT INTO instances (task_id, guid, status, created) VALUES (?, ?, ?, ?)")
-        .bind(1, taskId)
-        .bind(2, guid)
-        .bind(3, TaskStatus_Waiting)
-        .bind(4, m_store->timestamp())
-        .exec();
-    const int id = static_cast<int>(db.lastInsertId());
+    Statement insert = db.prepare("INSERT INTO instances (task_id, guid, status, created) VALUES (?, ?, ?, ?) RETURNING id");
+    insert.bind(1, taskId).bind(2, guid).bind(3, TaskStatus_Waiting).bind(4, m_store->timestamp());
+    const int id = static_cast<int>(insert.insertedId());
     t.commit();
     return requireInstance(id);
 }
@@ -292,7 +287,7 @@ std::optional<InstanceRow> TaskStore::instanceById(int id)
 std::optional<InstanceRow> TaskStore::instanceByGuid(const QString &guid)
 {
     const auto guard = m_store->db().guard();
-    static const QByteArray sql = QByteArray(instanceColumns) + "WHERE guid = ? COLLATE NOCASE";
+    static const QByteArray sql = QByteArray(instanceColumns) + "WHERE UPPER(guid) = UPPER(?)";
     Statement s = m_store->db().prepare(sql.constData());
     s.bind(1, guid);
     std::optional<InstanceRow> row;
@@ -338,12 +333,13 @@ void TaskStore::setStatus(int instanceId, std::int32_t status, HRESULT result, c
 {
     const auto guard = m_store->db().guard();
     requireInstance(instanceId);
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
-    // An ended instance is no longer held: its lease goes.
+    // An ended instance is no longer held: its lease goes. (The casts keep
+    // PostgreSQL from deducing two types for ?1.)
     Statement s = db.prepare("UPDATE instances SET status = ?1, result = ?2, message = ?3, extra = ?4, "
-                             "finished = CASE WHEN ?1 IN (7, 8, 9) THEN ?6 ELSE finished END, "
-                             "lease_expiry = CASE WHEN ?1 IN (7, 8, 9) THEN NULL ELSE lease_expiry END "
+                             "finished = CASE WHEN CAST(?1 AS BIGINT) IN (7, 8, 9) THEN ?6 ELSE finished END, "
+                             "lease_expiry = CASE WHEN CAST(?1 AS BIGINT) IN (7, 8, 9) THEN NULL ELSE lease_expiry END "
                              "WHERE id = ?5");
     s.bind(1, status).bind(2, static_cast<std::int64_t>(result));
     if (message)
@@ -375,7 +371,7 @@ void TaskStore::setStatusOnly(int instanceId, std::int32_t status)
 {
     const auto guard = m_store->db().guard();
     requireInstance(instanceId);
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     db.prepare("UPDATE instances SET status = ? WHERE id = ?").bind(1, status).bind(2, instanceId).exec();
     t.commit();
@@ -398,7 +394,7 @@ void TaskStore::setProgress(int instanceId, std::optional<std::int32_t> maximum,
 {
     const auto guard = m_store->db().guard();
     requireInstance(instanceId);
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     // Progress changes with every file; a flush to disk per step would cost
     // more than the step. The run's results are committed flushed.
     const UnflushedCommits unflushed(db);
@@ -417,7 +413,7 @@ void TaskStore::setInstanceData(int instanceId, const DoxCmdDataArray &data)
 {
     const auto guard = m_store->db().guard();
     requireInstance(instanceId);
-    SqliteDb &db = m_store->db();
+    VaultDb &db = m_store->db();
     Transaction t(db);
     db.prepare("DELETE FROM instance_data WHERE instance_id = ?").bind(1, instanceId).exec();
     int position = 0;

@@ -5,15 +5,16 @@
 
 namespace {
 
-class TaskStoreTest : public ::testing::Test
+class TaskStoreTest : public VaultBackendTest
 {
 protected:
-    TempVault temp;
+    TempVault temp{QStringLiteral("alice"), server()};
     TaskStore tasks{temp.store};
     TaskRow task = tasks.createTask(QStringLiteral("Convert to PDF"), QStringLiteral("{D22F1795-0000}"));
 };
+INSTANTIATE_TEST_SUITE_P(Backends, TaskStoreTest, VaultBackends);
 
-TEST_F(TaskStoreTest, VariablesKeepTheirTypes)
+TEST_P(TaskStoreTest, VariablesKeepTheirTypes)
 {
     auto props = tasks.taskProperties(task.id);
     const std::vector<NamedVariant> values = {
@@ -39,7 +40,7 @@ TEST_F(TaskStoreTest, VariablesKeepTheirTypes)
     EXPECT_EQ(untouched, Variant::fromI4(5));
 }
 
-TEST_F(TaskStoreTest, InstancesFallBackToTheTaskAndKeepTheirOwnValues)
+TEST_P(TaskStoreTest, InstancesFallBackToTheTaskAndKeepTheirOwnValues)
 {
     tasks.setTaskVariable(task.id, QStringLiteral("OutputPath"), Variant::fromBStr("task"));
     tasks.setTaskVariable(task.id, QStringLiteral("PdfInColor"), Variant::fromBool(true));
@@ -65,7 +66,7 @@ TEST_F(TaskStoreTest, InstancesFallBackToTheTaskAndKeepTheirOwnValues)
     EXPECT_NE(other.guid, row.guid);
 }
 
-TEST_F(TaskStoreTest, StatusProgressAndAffectedObjectsAreStored)
+TEST_P(TaskStoreTest, StatusProgressAndAffectedObjectsAreStored)
 {
     const InstanceRow row = tasks.createInstance(task.id);
     EXPECT_EQ(row.status, TaskStatus_Waiting);
@@ -98,7 +99,7 @@ TEST_F(TaskStoreTest, StatusProgressAndAffectedObjectsAreStored)
     EXPECT_FALSE(tasks.instanceById(row.id)->message.has_value());
 }
 
-TEST_F(TaskStoreTest, AStatusRequestFromAnotherProcessIsSeen)
+TEST_P(TaskStoreTest, AStatusRequestFromAnotherProcessIsSeen)
 {
     const InstanceRow row = tasks.createInstance(task.id);
     auto instance = tasks.taskInstance(row.id);
@@ -110,7 +111,7 @@ TEST_F(TaskStoreTest, AStatusRequestFromAnotherProcessIsSeen)
     EXPECT_EQ(status, TaskStatus_CancelRequested);
 }
 
-TEST_F(TaskStoreTest, MenuCommandsFlagsAndDeclaredNames)
+TEST_P(TaskStoreTest, MenuCommandsFlagsAndDeclaredNames)
 {
     auto props = tasks.taskProperties(task.id);
     const std::vector<TaskMenuCommand> menu = {{1, "Convert to PDF", TaskMenuCommandFlags, "Converts"}};
@@ -133,7 +134,7 @@ TEST_F(TaskStoreTest, MenuCommandsFlagsAndDeclaredNames)
     EXPECT_EQ(names, (QStringList{"Title", "Number"}));
 }
 
-TEST_F(TaskStoreTest, TaskValuesByNameOrNumber)
+TEST_P(TaskStoreTest, TaskValuesByNameOrNumber)
 {
     tasks.setTaskVariable(task.id, QStringLiteral("Layer"), Variant::fromBStr("L1"));
     const InstanceRow row = tasks.createInstance(task.id);
@@ -148,7 +149,7 @@ TEST_F(TaskStoreTest, TaskValuesByNameOrNumber)
     EXPECT_EQ(instance->GetTaskValue(Variant::fromI4(77), value), S_FALSE);
 }
 
-TEST_F(TaskStoreTest, NamesAndIdsAreChecked)
+TEST_P(TaskStoreTest, NamesAndIdsAreChecked)
 {
     auto code = [](const std::function<void()> &f) {
         try {

@@ -1,6 +1,6 @@
 #include "vault/variantcolumns.h"
 
-#include "vault/sqlitedb.h"
+#include "vault/vaultdb.h"
 
 void bindVariant(Statement &s, int first, const Variant &value)
 {

@@ -1,7 +1,7 @@
 #include "vault/vaultadd.h"
 
 #include "host/variant.h"
-#include "vault/sqlitedb.h"
+#include "vault/vaultdb.h"
 #include "vault/vaultstore.h"
 
 #include <QDir>

@@ -1,8 +1,9 @@
 #pragma once
 
-class SqliteDb;
+class VaultDb;
 
-// The schema of a vault database, versioned by PRAGMA user_version.
+// The schema of a vault database, versioned by VaultDb::userVersion. One text
+// serves both back ends: PostgreSQL gets it with its own types.
 namespace VaultSchema {
 
 inline constexpr int CurrentVersion = 4;
@@ -13,6 +14,6 @@ inline constexpr int CurrentVersion = 4;
 // no schema and create is not set.
 // upTo stops at an older version: tests make the databases of earlier
 // programs with it.
-void ensure(SqliteDb &db, bool create, int upTo = CurrentVersion);
+void ensure(VaultDb &db, bool create, int upTo = CurrentVersion);
 
 } // namespace VaultSchema

@@ -27,6 +27,14 @@ QString defaultUser()
     return user.isEmpty() ? QStringLiteral("user") : user;
 }
 
+void writeServerFile(const QString &dir, const QString &url)
+{
+    FileSystem &fs = FileSystem::instance();
+    const QString path = VaultStore::serverFilePath(dir);
+    if (!fs.mkpath(QFileInfo(path).absolutePath()) || !fs.write(path, url.toUtf8() + '\n'))
+        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot write %1").arg(path));
+}
+
 } // namespace
 
 QString VaultStore::databasePath(const QString &dir)
@@ -34,9 +42,14 @@ QString VaultStore::databasePath(const QString &dir)
     return QDir(dir).absoluteFilePath(QStringLiteral(".mctask/vault.db"));
 }
 
+QString VaultStore::serverFilePath(const QString &dir)
+{
+    return QDir(dir).absoluteFilePath(QStringLiteral(".mctask/server"));
+}
+
 bool VaultStore::isVault(const QString &dir)
 {
-    return FileSystem::instance().exists(databasePath(dir));
+    return FileSystem::instance().exists(databasePath(dir)) || FileSystem::instance().exists(serverFilePath(dir));
 }
 
 std::shared_ptr<VaultStore> VaultStore::create(const QString &dir, const QString &name, const VaultOpenOptions &options)
@@ -54,6 +67,8 @@ std::shared_ptr<VaultStore> VaultStore::open(const QString &dir, const VaultOpen
 {
     if (!isVault(dir))
         throw HostError(E_DOX_CANT_OPEN_DATABASE, QStringLiteral("%1 holds no vault").arg(dir));
+    if (const auto url = FileSystem::instance().read(serverFilePath(dir)))
+        return std::make_shared<VaultStore>(std::make_unique<PgDb>(QString::fromUtf8(url->trimmed())), dir, options, false);
     const QString damaged = QStringLiteral("the vault database in %1 is empty or damaged").arg(dir);
     // SQLite would take an empty file for a new database.
     if (FileSystem::instance().size(databasePath(dir)) == 0)
@@ -86,24 +101,88 @@ std::shared_ptr<VaultStore> VaultStore::createInMemory(const QString &dir, const
     return store;
 }
 
+std::shared_ptr<VaultStore> VaultStore::createOnServer(const QString &url, const QString &dir, const QString &name,
+                                                       const VaultOpenOptions &options)
+{
+    if (isVault(dir))
+        throw HostError(E_DOX_NAME_ALREADY_EXISTS, QStringLiteral("%1 already holds a vault").arg(dir));
+    auto db = std::make_unique<PgDb>(url);
+    if (VaultDb probe(std::make_unique<PgDb>(url)); probe.userVersion() > 0)
+        throw HostError(E_DOX_NAME_ALREADY_EXISTS,
+                        QStringLiteral("vault server %1 already holds a vault").arg(db->serverName()));
+    auto store = std::make_shared<VaultStore>(std::move(db), dir, options, true);
+    store->setSetting(QStringLiteral("name"), name);
+    writeServerFile(dir, url);
+    return store;
+}
+
+std::shared_ptr<VaultStore> VaultStore::attachToServer(const QString &url, const QString &dir,
+                                                       const VaultOpenOptions &options, std::optional<QChar> drive)
+{
+    if (isVault(dir))
+        throw HostError(E_DOX_NAME_ALREADY_EXISTS, QStringLiteral("%1 already holds a vault").arg(dir));
+    FileSystem &fs = FileSystem::instance();
+    const QString driveFile = QDir(dir).absoluteFilePath(QStringLiteral(".mctask/drive"));
+    if (drive && !(fs.mkpath(QFileInfo(driveFile).absolutePath()) && fs.write(driveFile, QString(*drive).toUtf8())))
+        throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot write %1").arg(driveFile));
+    try {
+        auto store = std::make_shared<VaultStore>(std::make_unique<PgDb>(url), dir, options, false);
+        writeServerFile(dir, url);
+        return store;
+    } catch (...) {
+        fs.remove(driveFile);
+        throw;
+    }
+}
+
+namespace {
+
+std::unique_ptr<SqliteDb> openSqlite(const QString &path, int busyTimeoutMs, VaultStore::Opening opening)
+{
+    return std::make_unique<SqliteDb>(path, busyTimeoutMs,
+                                      opening == VaultStore::Opening::Create     ? SqliteDb::OpenMode::Create
+                                      : opening == VaultStore::Opening::ReadOnly ? SqliteDb::OpenMode::ReadOnly
+                                                                                 : SqliteDb::OpenMode::Existing);
+}
+
+} // namespace
+
 VaultStore::VaultStore(const QString &databasePath, const QString &dir, const VaultOpenOptions &options,
                        Opening opening)
-    : m_db(databasePath, options.busyTimeoutMs,
-           opening == Opening::Create     ? SqliteDb::OpenMode::Create
-           : opening == Opening::ReadOnly ? SqliteDb::OpenMode::ReadOnly
-                                          : SqliteDb::OpenMode::Existing),
+    : m_db(openSqlite(databasePath, options.busyTimeoutMs, opening)),
       m_paths(options.drive, dir),
       m_journal(m_db, dir, databasePath == QLatin1String(":memory:")),
       m_user(options.user.isEmpty() ? defaultUser() : options.user),
       m_now(options.now)
 {
-    VaultSchema::ensure(m_db, opening == Opening::Create);
+    finishOpening(opening == Opening::Create);
+}
+
+VaultStore::VaultStore(std::unique_ptr<PgDb> db, const QString &dir, const VaultOpenOptions &options, bool create)
+    : m_db(std::move(db)),
+      m_paths(options.drive, dir),
+      m_journal(m_db, dir, false),
+      m_user(options.user.isEmpty() ? defaultUser() : options.user),
+      m_now(options.now)
+{
+    FileSystem::instance().mkpath(QDir(dir).absoluteFilePath(QStringLiteral(".mctask")));
+    finishOpening(create);
+}
+
+void VaultStore::finishOpening(bool create)
+{
+    VaultSchema::ensure(m_db, create);
     // A reader leaves an unfinished hand-over of local copies to the next writer.
     if (!m_db.isReadOnly())
         m_journal.recover([this](const QString &native, const QByteArray &bytes) { return holdsLatest(native, bytes); });
-    const QString drive = setting(QStringLiteral("drive"));
+    QString drive = setting(QStringLiteral("drive"));
+    // A local view of a shared vault may have a letter of its own.
+    if (isShared()) {
+        if (const auto own = FileSystem::instance().read(m_paths.nativeRoot() + QStringLiteral("/.mctask/drive")))
+            drive = QString::fromUtf8(own->trimmed());
+    }
     if (!drive.isEmpty())
-        m_paths = VaultPaths(drive.at(0), dir);
+        m_paths = VaultPaths(drive.at(0), m_paths.nativeRoot());
     else if (!m_db.isReadOnly())
         setSetting(QStringLiteral("drive"), QString(m_paths.driveLetter()));
 }
@@ -151,14 +230,14 @@ void VaultStore::setSetting(const QString &key, const QString &value)
 {
     const auto guard = m_db.guard();
     Transaction t(m_db);
-    m_db.prepare("INSERT OR REPLACE INTO settings (key, value) VALUES (?, ?)").bind(1, key).bind(2, value).exec();
+    m_db.prepare("INSERT INTO settings (key, value) VALUES (?, ?) ON CONFLICT (key) DO UPDATE SET value = excluded.value").bind(1, key).bind(2, value).exec();
     t.commit();
 }
 
 std::optional<VaultFolderRow> VaultStore::folderById(int id)
 {
     const auto guard = m_db.guard();
-    Statement s = m_db.prepare("SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE id = ?");
+    Statement s = m_db.prepare("SELECT id, COALESCE(parent_id, 0), path FROM folders WHERE id = ?");
     s.bind(1, id);
     std::optional<VaultFolderRow> row;
     if (s.step())
@@ -169,7 +248,7 @@ std::optional<VaultFolderRow> VaultStore::folderById(int id)
 std::optional<VaultFolderRow> VaultStore::folderByPath(const QString &relative)
 {
     const auto guard = m_db.guard();
-    Statement s = m_db.prepare("SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE path_key = ?");
+    Statement s = m_db.prepare("SELECT id, COALESCE(parent_id, 0), path FROM folders WHERE path_key = ?");
     s.bind(1, VaultPaths::key(relative));
     std::optional<VaultFolderRow> row;
     if (s.step())
@@ -187,13 +266,9 @@ int VaultStore::ensureFolder(const QString &relative)
         throw HostError(E_DOX_INVALID_NAME, relative);
     Transaction t(m_db);
     const int parent = ensureFolder(VaultPaths::parentOf(relative));
-    m_db.prepare("INSERT INTO folders (parent_id, name, path, path_key) VALUES (?, ?, ?, ?)")
-        .bind(1, parent)
-        .bind(2, name)
-        .bind(3, relative)
-        .bind(4, VaultPaths::key(relative))
-        .exec();
-    const int id = static_cast<int>(m_db.lastInsertId());
+    Statement insert = m_db.prepare("INSERT INTO folders (parent_id, name, path, path_key) VALUES (?, ?, ?, ?) RETURNING id");
+    insert.bind(1, parent).bind(2, name).bind(3, relative).bind(4, VaultPaths::key(relative));
+    const int id = static_cast<int>(insert.insertedId());
     m_journal.makeFolder(m_paths.toNative(relative));
     t.commit();
     return id;
@@ -289,7 +364,7 @@ void VaultStore::walk(int folderId, const std::function<void(const VaultFolderRo
     if (folder) {
         folder(*start);
         Statement s = m_db.prepare(
-            "SELECT id, IFNULL(parent_id, 0), path FROM folders WHERE path_key > ? AND path_key < ? ORDER BY path_key");
+            "SELECT id, COALESCE(parent_id, 0), path FROM folders WHERE path_key > ? AND path_key < ? ORDER BY path_key");
         s.bind(1, low).bind(2, high);
         while (s.step())
             folder(VaultFolderRow{s.integer(0), s.integer(1), s.text(2)});
@@ -308,7 +383,7 @@ void VaultStore::walk(int folderId, const std::function<void(const VaultFolderRo
 std::vector<VaultVersionRow> VaultStore::versions(int fileId)
 {
     const auto guard = m_db.guard();
-    Statement s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.user, v.created "
+    Statement s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.\"user\", v.created "
                                 "FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? ORDER BY v.version");
     s.bind(1, fileId);
     std::vector<VaultVersionRow> rows;
@@ -324,7 +399,7 @@ std::optional<VaultVersionRow> VaultStore::version(int fileId, int version)
     if (!file)
         return std::nullopt;
     const int wanted = version <= 0 ? file->latestVersion : version;
-    Statement s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.user, v.created "
+    Statement s = m_db.prepare("SELECT v.version, v.revision, v.state, v.hash, b.size, v.comment, v.\"user\", v.created "
                                 "FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? AND v.version = ?");
     s.bind(1, fileId).bind(2, wanted);
     std::optional<VaultVersionRow> row;
@@ -356,16 +431,15 @@ QByteArray VaultStore::readVersion(int fileId, int version)
 {
     const auto guard = m_db.guard();
     const VaultFileRow file = requireFile(fileId);
-    Statement s = m_db.prepare(
-        "SELECT b.data FROM versions v JOIN blobs b ON b.hash = v.hash WHERE v.file_id = ? AND v.version = ?");
-    s.bind(1, fileId).bind(2, resolveVersion(file, version));
-    QByteArray bytes;
-    const bool found = s.step();
-    if (found)
-        bytes = s.blob(0);
-    if (!found)
+    std::optional<QByteArray> bytes;
+    {
+        Statement s = m_db.prepare("SELECT hash FROM versions WHERE file_id = ? AND version = ?");
+        if (s.bind(1, fileId).bind(2, resolveVersion(file, version)).step())
+            bytes = m_db.readContent(s.text(0));
+    }
+    if (!bytes)
         throw HostError(E_INVALIDARG, QStringLiteral("%1 has no version %2").arg(file.path).arg(version));
-    return bytes;
+    return std::move(*bytes);
 }
 
 QString VaultStore::contentHash(const QByteArray &bytes)
@@ -377,11 +451,7 @@ QString VaultStore::storeBlob(const QByteArray &bytes)
 {
     const auto guard = m_db.guard();
     const QString hash = contentHash(bytes);
-    m_db.prepare("INSERT OR IGNORE INTO blobs (hash, size, data) VALUES (?, ?, ?)")
-        .bind(1, hash)
-        .bind(2, static_cast<std::int64_t>(bytes.size()))
-        .bindBlob(3, bytes)
-        .exec();
+    m_db.storeContent(hash, bytes);
     return hash;
 }
 
@@ -443,17 +513,17 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
             continue;
         }
         const QString hash = storeBlob(bytes);
-        m_db.prepare("INSERT INTO files (folder_id, name, path_key, kind, latest_version, locked_by, lock_kind, lock_folder) "
-                     "VALUES (?, ?, ?, 1, 1, ?, ?, ?)")
-            .bind(1, result.folderId)
+        Statement insert = m_db.prepare(
+            "INSERT INTO files (folder_id, name, path_key, kind, latest_version, locked_by, lock_kind, lock_folder) "
+            "VALUES (?, ?, ?, 1, 1, ?, ?, ?) RETURNING id");
+        insert.bind(1, result.folderId)
             .bind(2, file.name)
             .bind(3, key)
             .bind(4, lockedBy)
             .bind(5, lock)
-            .bind(6, options.keepCheckedOut ? result.folderId : 0)
-            .exec();
-        result.id = static_cast<int>(m_db.lastInsertId());
-        m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, user, created) "
+            .bind(6, options.keepCheckedOut ? result.folderId : 0);
+        result.id = static_cast<int>(insert.insertedId());
+        m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, \"user\", created) "
                      "VALUES (?, 1, ?, ?, ?, ?, ?, ?)")
             .bind(1, result.id)
             .bind(2, options.revision)
@@ -510,8 +580,9 @@ int VaultStore::checkIn(int fileId, const QString &comment)
         storeBlob(bytes);
         // The new version carries on the labels, card and references of the
         // one it replaces; a workflow may change them afterwards.
-        m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, user, created) "
-                     "SELECT file_id, ?, revision, state, ?, ?, ?, ? FROM versions WHERE file_id = ? AND version = ?")
+        m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, \"user\", created) "
+                     "SELECT file_id, CAST(? AS INTEGER), revision, state, CAST(? AS TEXT), CAST(? AS TEXT), "
+                     "CAST(? AS TEXT), CAST(? AS TEXT) FROM versions WHERE file_id = ? AND version = ?")
             .bind(1, result)
             .bind(2, hash)
             .bind(3, comment)
@@ -521,14 +592,15 @@ int VaultStore::checkIn(int fileId, const QString &comment)
             .bind(7, file.latestVersion)
             .exec();
         m_db.prepare("INSERT INTO card_values (file_id, version, variable_id, configuration, type, ivalue, rvalue, tvalue) "
-                     "SELECT file_id, ?, variable_id, configuration, type, ivalue, rvalue, tvalue FROM card_values "
+                     "SELECT file_id, CAST(? AS INTEGER), variable_id, configuration, type, ivalue, rvalue, tvalue "
+                     "FROM card_values "
                      "WHERE file_id = ? AND version = ?")
             .bind(1, result)
             .bind(2, fileId)
             .bind(3, file.latestVersion)
             .exec();
         m_db.prepare("INSERT INTO refs (parent_id, parent_version, child_id, child_version, configuration) "
-                     "SELECT parent_id, ?, child_id, child_version, configuration FROM refs "
+                     "SELECT parent_id, CAST(? AS INTEGER), child_id, child_version, configuration FROM refs "
                      "WHERE parent_id = ? AND parent_version = ?")
             .bind(1, result)
             .bind(2, fileId)
@@ -593,6 +665,23 @@ void VaultStore::restoreLocalCopy(int fileId)
     writeLocal(m_paths.toNative(file.path), readVersion(fileId, file.latestVersion));
 }
 
+bool VaultStore::fetch(int fileId)
+{
+    const auto guard = m_db.guard();
+    const VaultFileRow file = requireFile(fileId);
+    const QString local = m_paths.toNative(file.path);
+    FileSystem &fs = FileSystem::instance();
+    if (fs.exists(local)) {
+        if (file.lock != VaultLock::None && file.lockedBy == m_user)
+            return false;
+        const auto bytes = fs.read(local);
+        if (bytes && contentHash(*bytes) == version(fileId, 0)->hash)
+            return false;
+    }
+    restoreLocalCopy(fileId);
+    return true;
+}
+
 void VaultStore::deleteFile(int fileId)
 {
     const auto guard = m_db.guard();
@@ -609,9 +698,7 @@ void VaultStore::deleteFile(int fileId)
     m_db.prepare("DELETE FROM files WHERE id = ?").bind(1, fileId).exec();
     // Contents no other version shares go with the file.
     for (const QString &hash : hashes)
-        m_db.prepare("DELETE FROM blobs WHERE hash = ?1 AND NOT EXISTS (SELECT 1 FROM versions WHERE hash = ?1)")
-            .bind(1, hash)
-            .exec();
+        m_db.dropContentIfUnused(hash);
     // Only once the outermost transaction commits: a rollback must find the
     // local copy still there.
     const QString local = m_paths.toNative(file.path);
@@ -644,8 +731,9 @@ int VaultStore::defineCardVariable(const QString &name)
     if (name.trimmed().isEmpty())
         throw HostError(E_DOX_INVALID_NAME, QStringLiteral("empty card variable name"));
     Transaction t(m_db);
-    m_db.prepare("INSERT INTO card_variables (name, name_key) VALUES (?, ?)").bind(1, name).bind(2, name.toLower()).exec();
-    const int id = static_cast<int>(m_db.lastInsertId());
+    Statement insert = m_db.prepare("INSERT INTO card_variables (name, name_key) VALUES (?, ?) RETURNING id");
+    insert.bind(1, name).bind(2, name.toLower());
+    const int id = static_cast<int>(insert.insertedId());
     t.commit();
     return id;
 }
@@ -680,9 +768,12 @@ void VaultStore::setCardValue(int fileId, int version, const QString &variable, 
     const auto variableId = cardVariableId(variable);
     if (!variableId)
         throw HostError(E_DOX_VARIABLE_NOT_FOUND, variable);
-    Statement s = m_db.prepare("INSERT OR REPLACE INTO card_values "
+    Statement s = m_db.prepare("INSERT INTO card_values "
                                 "(file_id, version, variable_id, configuration, type, ivalue, rvalue, tvalue) "
-                                "VALUES (?, ?, ?, ?, ?, ?, ?, ?)");
+                                "VALUES (?, ?, ?, ?, ?, ?, ?, ?) "
+                                "ON CONFLICT (file_id, version, variable_id, configuration) DO UPDATE SET "
+                                "type = excluded.type, ivalue = excluded.ivalue, rvalue = excluded.rvalue, "
+                                "tvalue = excluded.tvalue");
     s.bind(1, fileId).bind(2, resolveVersion(file, version)).bind(3, *variableId).bind(4, configuration);
     bindVariant(s, 5, value);
     s.exec();
@@ -726,8 +817,9 @@ void VaultStore::addReference(int parentId, int childId, const QString &configur
     const VaultFileRow child = requireFile(childId);
     if (parentId == childId)
         throw HostError(E_INVALIDARG, QStringLiteral("%1 cannot reference itself").arg(m_paths.toWindows(parent.path)));
-    m_db.prepare("INSERT OR REPLACE INTO refs (parent_id, parent_version, child_id, child_version, configuration) "
-                 "VALUES (?, ?, ?, ?, ?)")
+    m_db.prepare("INSERT INTO refs (parent_id, parent_version, child_id, child_version, configuration) "
+                 "VALUES (?, ?, ?, ?, ?) ON CONFLICT (parent_id, parent_version, child_id, configuration) "
+                 "DO UPDATE SET child_version = excluded.child_version")
         .bind(1, parentId)
         .bind(2, parent.latestVersion)
         .bind(3, childId)

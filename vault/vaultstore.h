@@ -2,7 +2,7 @@
 
 #include "host/variant.h"
 #include "vault/localjournal.h"
-#include "vault/sqlitedb.h"
+#include "vault/vaultdb.h"
 #include "vault/vaultpaths.h"
 
 #include <QByteArray>
@@ -78,7 +78,8 @@ struct VaultOpenOptions {
 
 // The vault's data: folders, files and their versions with the bytes of
 // every version, card variables, references and check-out state, in one
-// SQLite database. Every write runs in a transaction; several writes that
+// SQLite database or one PostgreSQL database that several machines share
+// (each with a local view of its own). Every write runs in a transaction; several writes that
 // belong together run inside the caller's Transaction on db(), which then
 // commits them at once. Threads of a process may share one VaultStore (its
 // operations and transactions take turns); several processes may open the
@@ -88,6 +89,9 @@ class VaultStore final
 public:
     // The database of the vault folder dir: dir/.mctask/vault.db.
     static QString databasePath(const QString &dir);
+    // Where a local view of a vault on a server keeps the server's URL:
+    // dir/.mctask/server (owner-only: the URL may carry a password).
+    static QString serverFilePath(const QString &dir);
     static bool isVault(const QString &dir);
 
     // Makes dir a new vault (the folder is created when missing). Throws
@@ -100,12 +104,26 @@ public:
     // A vault whose database lives in memory; its local view is dir.
     static std::shared_ptr<VaultStore> createInMemory(const QString &dir, const QString &name,
                                                       const VaultOpenOptions &options = {});
+    // A new vault in the PostgreSQL database at url (a libpq URI or key=value
+    // string), with dir as this machine's local view. E_DOX_NAME_ALREADY_EXISTS
+    // when the database or dir already holds a vault.
+    static std::shared_ptr<VaultStore> createOnServer(const QString &url, const QString &dir, const QString &name,
+                                                      const VaultOpenOptions &options = {});
+    // Makes dir a local view of the vault at url; later open(dir) finds it.
+    // drive: this view's own letter (kept in dir/.mctask/drive), else the
+    // vault's. E_DOX_CANT_OPEN_DATABASE when the database holds no vault.
+    static std::shared_ptr<VaultStore> attachToServer(const QString &url, const QString &dir,
+                                                      const VaultOpenOptions &options = {},
+                                                      std::optional<QChar> drive = std::nullopt);
 
     enum class Opening { Create, Existing, ReadOnly };
     VaultStore(const QString &databasePath, const QString &dir, const VaultOpenOptions &options,
                Opening opening = Opening::Create);
 
-    SqliteDb &db() { return m_db; }
+    // The vault on the PostgreSQL database of db, dir its local view.
+    VaultStore(std::unique_ptr<PgDb> db, const QString &dir, const VaultOpenOptions &options, bool create);
+
+    VaultDb &db() { return m_db; }
     const VaultPaths &paths() const { return m_paths; }
     const QString &user() const { return m_user; }
 
@@ -192,6 +210,13 @@ public:
     void setVersionLabels(int fileId, int version, const QString &revision, const QString &state);
     // Writes the latest version's bytes to the local view.
     void restoreLocalCopy(int fileId);
+    // Brings this machine's local copy of the file up to its latest version
+    // when it is missing or holds other bytes; a copy the user has checked
+    // out stays as it is. True when it wrote the copy.
+    bool fetch(int fileId);
+    // True for a vault on a server, whose local view holds only what was
+    // fetched into it.
+    bool isShared() const { return m_db.kind() == VaultDb::Kind::Postgres; }
     // Writes a file of the local view (native path) as part of the open
     // transaction: it changes only if the transaction commits, and a check-in
     // inside it already sees the new bytes.
@@ -229,8 +254,9 @@ private:
     int resolveVersion(const VaultFileRow &file, int version);
     QString storeBlob(const QByteArray &bytes);
     static VaultFileRow readFileRow(const Statement &s);
+    void finishOpening(bool create);
 
-    SqliteDb m_db;
+    VaultDb m_db;
     VaultPaths m_paths;
     LocalJournal m_journal;
     QString m_user;

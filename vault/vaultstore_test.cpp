@@ -31,6 +31,9 @@ HRESULT codeOf(const std::function<void()> &f)
     return S_OK;
 }
 
+using VaultStoreTest = VaultBackendTest;
+INSTANTIATE_TEST_SUITE_P(Backends, VaultStoreTest, VaultBackends);
+
 TEST(VaultPaths, WindowsAndNativeFormsMapToOneRelativePath)
 {
     const VaultPaths paths('v', QStringLiteral("/data/vault"));
@@ -54,9 +57,9 @@ TEST(VaultPaths, WindowsAndNativeFormsMapToOneRelativePath)
     EXPECT_EQ(paths.toNative(QStringLiteral("Parts\\a")), QStringLiteral("/data/vault/Parts/a"));
 }
 
-TEST(VaultStore, KeepsEveryVersionAndItsBytes)
+TEST_P(VaultStoreTest, KeepsEveryVersionAndItsBytes)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     VaultStore &store = *vault.store;
     const QString source = vault.outsideFile(QStringLiteral("a.txt"), "one");
     const VaultFileRow added = store.addFile(source, QStringLiteral("Parts\\Sub"), QStringLiteral("a.txt"), {});
@@ -87,9 +90,9 @@ TEST(VaultStore, KeepsEveryVersionAndItsBytes)
     EXPECT_EQ(versions[1].user, QStringLiteral("alice"));
 }
 
-TEST(VaultStore, CheckInMakesANewVersionOnlyWhenNeeded)
+TEST_P(VaultStoreTest, CheckInMakesANewVersionOnlyWhenNeeded)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     VaultStore &store = *vault.store;
     VaultStore::AddOptions keep;
     keep.keepCheckedOut = true;
@@ -105,9 +108,9 @@ TEST(VaultStore, CheckInMakesANewVersionOnlyWhenNeeded)
     EXPECT_EQ(codeOf([&] { store.checkIn(added.id, QString()); }), E_DOX_FILE_NOT_LOCKED_BY_YOU);
 }
 
-TEST(VaultStore, NewVersionsCarryLabelsCardsAndReferences)
+TEST_P(VaultStoreTest, NewVersionsCarryLabelsCardsAndReferences)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     VaultStore &store = *vault.store;
     VaultStore::AddOptions options;
     options.revision = QStringLiteral("A");
@@ -140,9 +143,9 @@ TEST(VaultStore, NewVersionsCarryLabelsCardsAndReferences)
     EXPECT_EQ(codeOf([&] { store.addReference(asm1, asm1, QString()); }), E_INVALIDARG);
 }
 
-TEST(VaultStore, LooksPathsUpWithoutRegardToCase)
+TEST_P(VaultStoreTest, LooksPathsUpWithoutRegardToCase)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     VaultStore &store = *vault.store;
     const int id = store.addFile(vault.outsideFile("a", "a"), QStringLiteral("Parts"), QStringLiteral("Bolt.MCDPRT"), {}).id;
     ASSERT_TRUE(store.fileByPath(QStringLiteral("parts\\bolt.mcdprt")).has_value());
@@ -155,9 +158,9 @@ TEST(VaultStore, LooksPathsUpWithoutRegardToCase)
     EXPECT_EQ(codeOf([&] { store.addFile(vault.root() + "/missing", "Parts", "m", {}); }), E_DOX_FILE_NOT_FOUND);
 }
 
-TEST(VaultStore, WalksATreeInPathOrder)
+TEST_P(VaultStoreTest, WalksATreeInPathOrder)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     VaultStore &store = *vault.store;
     const QByteArray b = "b";
     store.addFile(vault.outsideFile("1", b), QStringLiteral("A\\B"), QStringLiteral("z.txt"), {});
@@ -180,9 +183,9 @@ TEST(VaultStore, WalksATreeInPathOrder)
     EXPECT_EQ(store.filesIn(VaultStore::RootFolderId).size(), 1u);
 }
 
-TEST(VaultStore, LocksBelongToOneUser)
+TEST_P(VaultStoreTest, LocksBelongToOneUser)
 {
-    TempVault vault(QStringLiteral("alice"));
+    TempVault vault(QStringLiteral("alice"), server());
     const int id = vault.store->addFile(vault.outsideFile("a", "a"), QString(), "a.txt", {}).id;
     auto bob = vault.reopen(QStringLiteral("bob"));
     vault.store->checkOut(id, 0);
@@ -194,9 +197,9 @@ TEST(VaultStore, LocksBelongToOneUser)
     EXPECT_EQ(bob->fileById(id)->lockedBy, QStringLiteral("alice"));
 }
 
-TEST(VaultStore, UndoCheckOutRestoresAndDeleteRemovesTheLocalCopy)
+TEST_P(VaultStoreTest, UndoCheckOutRestoresAndDeleteRemovesTheLocalCopy)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     VaultStore &store = *vault.store;
     const int id = store.addFile(vault.outsideFile("a", "kept"), "F", "a.txt", {}).id;
     const QString local = vault.root() + "/F/a.txt";
@@ -227,9 +230,9 @@ TEST(VaultStore, UndoCheckOutRestoresAndDeleteRemovesTheLocalCopy)
     EXPECT_TRUE(store.versions(id).empty());
 }
 
-TEST(VaultStore, ATransactionThatFailsLeavesNothing)
+TEST_P(VaultStoreTest, ATransactionThatFailsLeavesNothing)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     VaultStore &store = *vault.store;
     try {
         Transaction t(store.db());
@@ -251,9 +254,9 @@ TEST(VaultStore, ATransactionThatFailsLeavesNothing)
 // A local copy written inside a transaction is seen by that transaction (a
 // check-in stores it) but reaches the folder only with the outermost commit;
 // a savepoint that rolls back takes its copy with it.
-TEST(VaultStore, LocalCopiesFollowTheirTransaction)
+TEST_P(VaultStoreTest, LocalCopiesFollowTheirTransaction)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     VaultStore &store = *vault.store;
     const int id = store.addFile(vault.outsideFile("a", "old"), "F", "a.txt", {}).id;
     const QString local = vault.root() + "/F/a.txt";
@@ -295,9 +298,9 @@ TEST(VaultStore, KeepsItsOwnDriveLetterWhateverTheOpenerAsks)
     EXPECT_EQ(VaultStore::open(second, options)->paths().windowsRoot(), QStringLiteral("Q:"));
 }
 
-TEST(VaultStore, RefusesADatabaseFromANewerProgram)
+TEST_P(VaultStoreTest, RefusesADatabaseFromANewerProgram)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     vault.store->db().setUserVersion(VaultSchema::CurrentVersion + 1);
     vault.store.reset();
     EXPECT_EQ(codeOf([&] { vault.reopen(); }), E_DOX_CANT_OPEN_DATABASE);
@@ -310,7 +313,7 @@ TEST(VaultStore, AnUpgradedVaultKeepsItsRowsAndPassesSQLitesIntegrityCheck)
     {
         // A vault of schema 3 with a row in each table whose columns were reordered.
         QDir().mkpath(root + "/.mctask");
-        SqliteDb db(VaultStore::databasePath(root));
+        VaultDb db(std::make_unique<SqliteDb>(VaultStore::databasePath(root)));
         VaultSchema::ensure(db, true, 3);
         db.exec("INSERT INTO settings (key, value) VALUES ('name', 'Old'), ('drive', 'V');"
                 "INSERT INTO files (id, folder_id, name, path_key, latest_version) VALUES (2, 1, 'a', 'a', 1),"
@@ -341,11 +344,11 @@ TEST(VaultStore, AnUpgradedVaultKeepsItsRowsAndPassesSQLitesIntegrityCheck)
     EXPECT_EQ(tasks.instanceValue(5, "N")->i4(), 7);
 }
 
-TEST(VaultStore, RecordsTimesFromTheClock)
+TEST_P(VaultStoreTest, RecordsTimesFromTheClock)
 {
     FakeClock clock(QDateTime(QDate(2024, 3, 1), QTime(12, 0, 0), Qt::UTC));
     ScopedClock scoped(clock);
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     const int id = vault.store->addFile(vault.outsideFile("a", "a"), "", "a.txt", {}).id;
     clock.advance(90 * 1000);
     vault.store->checkOut(id, 0);
@@ -356,9 +359,9 @@ TEST(VaultStore, RecordsTimesFromTheClock)
     EXPECT_EQ(versions[1].created, QStringLiteral("2024-03-01T12:01:30.000Z"));
 }
 
-TEST(VaultStore, ThreadsOfOneProcessShareAStore)
+TEST_P(VaultStoreTest, ThreadsOfOneProcessShareAStore)
 {
-    TempVault vault;
+    TempVault vault(QStringLiteral("alice"), server());
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
         const QString folder = QStringLiteral("T%1").arg(t);

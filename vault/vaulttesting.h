@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vault/pgtesting.h"
 #include "vault/vaultstore.h"
 
 #include <QByteArray>
@@ -10,14 +11,17 @@
 #include <gtest/gtest.h>
 
 // A vault in a fresh temporary folder, with helpers to write local files.
+// With a server URL its store is that PostgreSQL database and the folder is
+// its local view; else an SQLite file in the folder.
 class TempVault
 {
 public:
-    explicit TempVault(const QString &user = QStringLiteral("alice"))
+    explicit TempVault(const QString &user = QStringLiteral("alice"), const QString &server = {})
     {
         VaultOpenOptions options;
         options.user = user;
-        store = VaultStore::create(m_dir.path() + "/vault", QStringLiteral("Demo"), options);
+        store = server.isEmpty() ? VaultStore::create(root(), QStringLiteral("Demo"), options)
+                                 : VaultStore::createOnServer(server, root(), QStringLiteral("Demo"), options);
     }
 
     QString root() const { return m_dir.path() + "/vault"; }
@@ -56,3 +60,40 @@ public:
 private:
     QTemporaryDir m_dir;
 };
+
+enum class VaultBackend { Sqlite, Postgres };
+
+// A suite whose tests run once on each back end (INSTANTIATE_TEST_SUITE_P
+// with VaultBackends). On PostgreSQL each test has a schema of its own, made
+// before the fixture's members so that they can hold a TempVault on it; the
+// test skips in SetUp where there is no server. A fixture's own SetUp calls
+// this one first and returns when IsSkipped() or HasFatalFailure().
+class VaultBackendTest : public ::testing::TestWithParam<VaultBackend>
+{
+protected:
+    VaultBackendTest()
+    {
+        if (GetParam() == VaultBackend::Postgres)
+            m_schema = PgTestSchema::create(&m_whyNot);
+    }
+    void SetUp() override
+    {
+        if (GetParam() != VaultBackend::Postgres || m_schema)
+            return;
+        if (PgTestSchema::required())
+            FAIL() << qPrintable(m_whyNot);
+        GTEST_SKIP() << qPrintable(m_whyNot);
+    }
+    // The URL to give TempVault: empty for SQLite.
+    QString server() const { return m_schema ? m_schema->url() : QString(); }
+    bool onPostgres() const { return GetParam() == VaultBackend::Postgres; }
+
+    std::unique_ptr<PgTestSchema> m_schema;
+    QString m_whyNot;
+};
+
+#define VaultBackends                                                                                                  \
+    ::testing::Values(VaultBackend::Sqlite, VaultBackend::Postgres),                                                  \
+        [](const ::testing::TestParamInfo<VaultBackend> &info) {                                                     \
+            return std::string(info.param == VaultBackend::Sqlite ? "Sqlite" : "Postgres");                          \
+        }

@@ -1,0 +1,110 @@
+#include "vault/pgtesting.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include "tests/programrun.h"
+
+namespace {
+
+// Machines are homes of their own (registry, drive map, local view) that
+// share one vault on a private PostgreSQL server.
+class ServerVaultTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { MCTASK_PG_SCHEMA_OR_SKIP(m_schema); }
+
+    ProgramRun run(const QString &home, const QStringList &args)
+    {
+        return runProgram(MCTASK_PROGRAM, args, ProgramSetting(path(home + "/home")).in(m_dir.path()));
+    }
+    QString path(const QString &relative) const { return m_dir.path() + '/' + relative; }
+    void write(const QString &relative, const QByteArray &bytes) const
+    {
+        QDir().mkpath(QFileInfo(path(relative)).absolutePath());
+        QFile file(path(relative));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+    QByteArray read(const QString &relative) const
+    {
+        QFile file(path(relative));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(missing)");
+    }
+
+    std::unique_ptr<PgTestSchema> m_schema;
+    QTemporaryDir m_dir;
+};
+
+TEST_F(ServerVaultTest, AFileAddedInOneHomeIsFetchedIntoAnothersLocalView)
+{
+    const QString url = m_schema->url();
+    const ProgramRun created = run("a", {"vault", "init", path("a/v"), "--server", url, "--name", "Shared"});
+    ASSERT_EQ(created.status, 0) << created.err.toStdString();
+    write("src/part.mcdprt", "first");
+    const ProgramRun added = run("a", {"vault", "add", "--vault", path("a/v"), path("src/part.mcdprt"), "--to", "V:\\Parts"});
+    ASSERT_EQ(added.status, 0) << added.err.toStdString();
+
+    const ProgramRun attached = run("b", {"vault", "attach", url, path("b/v"), "--drive", "W"});
+    ASSERT_EQ(attached.status, 0) << attached.err.toStdString();
+    EXPECT_TRUE(attached.out.contains("as W:")) << attached.out.toStdString();
+    // B sees the file in the shared store before it has a local copy.
+    const ProgramRun listed = run("b", {"vault", "ls", "--vault", path("b/v"), "--json"});
+    ASSERT_EQ(listed.status, 0) << listed.err.toStdString();
+    const QJsonArray files = QJsonDocument::fromJson(listed.out.toUtf8()).array();
+    ASSERT_EQ(files.size(), 1);
+    EXPECT_EQ(files[0].toObject()["path"].toString(), QStringLiteral("W:\\Parts\\part.mcdprt"));
+    EXPECT_FALSE(QFile::exists(path("b/v/Parts/part.mcdprt")));
+
+    ProgramRun got = run("b", {"vault", "get", "--vault", path("b/v"), "W:\\Parts"});
+    ASSERT_EQ(got.status, 0) << got.err.toStdString();
+    EXPECT_TRUE(got.out.contains("fetched 1 of 1")) << got.out.toStdString();
+    EXPECT_EQ(read("b/v/Parts/part.mcdprt"), QByteArray("first"));
+    got = run("b", {"vault", "get", "--vault", path("b/v")});
+    EXPECT_TRUE(got.out.contains("fetched 0 of 1")) << got.out.toStdString();
+
+    // A new version made in A replaces B's stale copy on the next get.
+    write("src/part.mcdprt", "second");
+    ASSERT_EQ(run("a", {"vault", "add", "--vault", path("a/v"), path("src/part.mcdprt"), "--to", "V:\\Parts"}).status, 0);
+    got = run("b", {"vault", "get", "--vault", path("b/v"), path("b/v/Parts/part.mcdprt")});
+    EXPECT_TRUE(got.out.contains("fetched 1 of 1")) << got.out.toStdString();
+    EXPECT_EQ(read("b/v/Parts/part.mcdprt"), QByteArray("second"));
+
+    // The database holds one vault.
+    const ProgramRun again = run("c", {"vault", "init", path("c/v"), "--server", url});
+    EXPECT_NE(again.status, 0);
+    EXPECT_TRUE(again.err.contains("already holds a vault")) << again.err.toStdString();
+}
+
+TEST_F(ServerVaultTest, AServerThatCannotBeReachedFailsWithOneLineAndNoPassword)
+{
+    QTemporaryDir nowhere;
+    const QString url = "postgresql://alice:s3cret@/vault?host=" + nowhere.path();
+    const ProgramRun attached = run("a", {"vault", "attach", url, path("a/v")});
+    EXPECT_EQ(attached.status, 1);
+    EXPECT_EQ(attached.err.count('\n'), 1) << attached.err.toStdString();
+    EXPECT_TRUE(attached.err.contains("vault server vault on " + nowhere.path())) << attached.err.toStdString();
+    EXPECT_FALSE(attached.err.contains("s3cret"));
+    EXPECT_FALSE(QFile::exists(path("a/v/.mctask/server")));
+
+    // A local view whose server went away: every command says so the same way.
+    const ProgramRun created = run("b", {"vault", "init", path("b/v"), "--server", m_schema->url()});
+    ASSERT_EQ(created.status, 0) << created.err.toStdString();
+    QFile server(path("b/v/.mctask/server"));
+    ASSERT_TRUE(server.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    server.write(url.toUtf8());
+    server.close();
+    const ProgramRun listed = run("b", {"vault", "ls", "--vault", path("b/v")});
+    EXPECT_EQ(listed.status, 1);
+    EXPECT_EQ(listed.err.count('\n'), 1) << listed.err.toStdString();
+    EXPECT_TRUE(listed.err.contains("cannot connect")) << listed.err.toStdString();
+    EXPECT_FALSE(listed.err.contains("s3cret"));
+}
+
+} // namespace
