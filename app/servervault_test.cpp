@@ -47,6 +47,9 @@ TEST_F(ServerVaultTest, AFileAddedInOneHomeIsFetchedIntoAnothersLocalView)
     const QString url = m_schema->url();
     const ProgramRun created = run("a", {"vault", "init", path("a/v"), "--server", url, "--name", "Shared"});
     ASSERT_EQ(created.status, 0) << created.err.toStdString();
+    // The URL may carry a password: only the owner reads the local view's note of it.
+    EXPECT_EQ(QFile::permissions(path("a/v/.mctask/server")), QFileDevice::ReadOwner | QFileDevice::WriteOwner
+                                                                | QFileDevice::ReadUser | QFileDevice::WriteUser);
     write("src/part.mcdprt", "first");
     const ProgramRun added = run("a", {"vault", "add", "--vault", path("a/v"), path("src/part.mcdprt"), "--to", "V:\\Parts"});
     ASSERT_EQ(added.status, 0) << added.err.toStdString();

@@ -105,6 +105,11 @@ bool RealFileSystem::create(const QString &path, const QByteArray &data)
     return file.write(data) == data.size();
 }
 
+bool RealFileSystem::setOwnerOnly(const QString &path)
+{
+    return QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+}
+
 bool FileSystem::rename(const QString &from, const QString &to)
 {
     const std::optional<QByteArray> data = read(from);

@@ -43,6 +43,9 @@ public:
     // Moves a file to a new name in the same file system, replacing a
     // writable file there. By default a copy and a removal.
     virtual bool rename(const QString &from, const QString &to);
+    // Only the owner may read or write the file (it holds a secret). Files
+    // kept in memory have no other readers.
+    virtual bool setOwnerOnly(const QString &) { return true; }
 
     // The process-wide file system: the real one unless a test installed another.
     static FileSystem &instance();
@@ -62,6 +65,7 @@ public:
     bool replace(const QString &from, const QString &to) override;
     bool isWritable(const QString &path) const override;
     bool setWritable(const QString &path, bool writable) override;
+    bool setOwnerOnly(const QString &path) override;
     bool mkpath(const QString &path) override;
     QStringList entries(const QString &directory) const override;
     qint64 size(const QString &path) const override;

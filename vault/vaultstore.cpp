@@ -31,7 +31,9 @@ void writeServerFile(const QString &dir, const QString &url)
 {
     FileSystem &fs = FileSystem::instance();
     const QString path = VaultStore::serverFilePath(dir);
-    if (!fs.mkpath(QFileInfo(path).absolutePath()) || !fs.write(path, url.toUtf8() + '\n'))
+    // Restricted before the URL is written; rewriting keeps the permissions.
+    if (!fs.mkpath(QFileInfo(path).absolutePath()) || !fs.write(path, QByteArray()) || !fs.setOwnerOnly(path)
+        || !fs.write(path, url.toUtf8() + '\n'))
         throw HostError(E_DOX_IO_ERROR, QStringLiteral("cannot write %1").arg(path));
 }
 
