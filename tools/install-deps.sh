@@ -6,7 +6,9 @@ pkgs=(build-essential cmake ninja-build pkg-config
       libsqlite3-dev sqlite3 libgtest-dev libgmock-dev googletest libbenchmark-dev
       clang lld xvfb xauth
       qt6-image-formats-plugins fonts-dejavu-core poppler-utils file
-      cups-daemon cups-client systemd)
+      cups-daemon cups-client systemd
+      libocct-foundation-dev libocct-modeling-data-dev libocct-modeling-algorithms-dev libtbb-dev
+      libtiff-dev)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

@@ -2,6 +2,7 @@
 
 #include "cadsim/model/cadapplication.h"
 #include "cadsim/model/cadconstants.h"
+#include "cadsim/model/documentsolid.h"
 #include "cadsim/model/exportdescription.h"
 #include "cadsim/model/exportrecords.h"
 #include "cadsim/model/exportwriter.h"
@@ -47,6 +48,49 @@ std::optional<QStringList> viewerSelection(const Preferences &prefs, const QStri
     }
     default: return std::nullopt;
     }
+}
+
+// What a page of the document shows: a drawing sheet the standard views of
+// its part, a part or assembly configuration a pictorial view of its solid.
+std::function<std::vector<ProjectedView>(const QString &)> viewsOf(const ModelDoc &doc)
+{
+    return [data = doc.data()](const QString &item) {
+        std::vector<ProjectedView> views;
+        if (data.type == DocumentType::Drawing) {
+            const TopoDS_Shape solid = documentSolid(data, QString());
+            for (ViewDirection d : {ViewDirection::Front, ViewDirection::Top, ViewDirection::Right,
+                                    ViewDirection::Isometric})
+                views.push_back(projectHiddenLines(solid, d));
+        } else {
+            views.push_back(projectHiddenLines(documentSolid(data, item), ViewDirection::Isometric));
+        }
+        return views;
+    };
+}
+
+// An export's pages: a drawing on its sheets' paper, anything else on A4
+// landscape; the PDF and image preferences as set, their defaults where a
+// macro never set them.
+SheetOptions exportSheetOptions(const ModelDoc &doc, const Preferences &prefs, const QString &ext)
+{
+    SheetOptions sheet;
+    if (doc.type() == DocumentType::Drawing)
+        sheet.layout = pageLayoutOf(doc.data().paperSize, doc.data().orientation);
+    if (ext == QLatin1String("pdf")) {
+        auto toggle = [&](std::int32_t id, bool fallback) { return prefs.hasToggle(id) ? prefs.toggle(id) : fallback; };
+        sheet.style.color = toggle(cad::mcPDFExportInColor, true);
+        sheet.style.printerLineWeights = toggle(cad::mcPDFExportUseCurrentPrintLineWeights, true);
+        if (prefs.toggle(cad::mcPDFExportPrintHeaderFooter)) {
+            sheet.style.header = doc.pageSetup().header;
+            sheet.style.footer = doc.pageSetup().footer;
+        }
+    }
+    if (prefs.hasInteger(cad::mcTiffImageType))
+        sheet.image.type = static_cast<ImageType>(qBound(0, prefs.integer(cad::mcTiffImageType), 2));
+    sheet.image.compression =
+        static_cast<ImageCompression>(qBound(0, prefs.integer(cad::mcTiffCompressionScheme), 2));
+    sheet.views = viewsOf(doc);
+    return sheet;
 }
 
 } // namespace
@@ -131,7 +175,12 @@ bool ModelDocExtension::saveAs(const QString &name, std::int32_t version, std::i
             return false;
         }
         description = exportDescriptionJson(d, prefs);
-        content = ExportWriter::write(d, description);
+        const std::optional<QByteArray> written = ExportWriter::write(d, description, exportSheetOptions(m_doc, prefs, ext));
+        if (!written) {
+            errors = cad::mcGenericSaveError;
+            return false;
+        }
+        content = *written;
     }
 
     app->notifySaving(m_doc, name);
@@ -225,8 +274,16 @@ bool ModelDocExtension::printOnQueue(const PrintRecord &r)
         d.sheets = r.sheets;
     else
         d.configurations = QStringList{r.configuration};
-    const QByteArray content = ExportWriter::write(d, exportDescriptionJson(d, app->preferences()));
-    if (!app->files().write(pdf, content)) {
+    // The page as the macro set it up: paper, orientation, margins, header
+    // and footer; one page per printed sheet.
+    const Preferences &prefs = app->preferences();
+    SheetOptions sheet;
+    sheet.layout = pageLayoutOf(r.paperSize, r.orientation, printMargins(prefs));
+    sheet.style.header = r.header;
+    sheet.style.footer = r.footer;
+    sheet.views = viewsOf(m_doc);
+    const std::optional<QByteArray> content = ExportWriter::write(d, exportDescriptionJson(d, prefs), sheet);
+    if (!content || !app->files().write(pdf, *content)) {
         app->addErrorMessage(QStringLiteral("The print job for '%1' could not be written.").arg(r.document));
         return false;
     }
