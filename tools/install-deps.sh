@@ -7,8 +7,8 @@ pkgs=(build-essential cmake ninja-build pkg-config
       clang lld xvfb xauth
       qt6-image-formats-plugins fonts-dejavu-core poppler-utils file
       cups-daemon cups-client systemd
-      libocct-foundation-dev libocct-modeling-data-dev libocct-modeling-algorithms-dev libtbb-dev
-      libtiff-dev)
+      libocct-foundation-dev libocct-modeling-data-dev libocct-modeling-algorithms-dev
+      libocct-data-exchange-dev libocct-visualization-dev libtbb-dev admesh libtiff-dev)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

@@ -1,6 +1,7 @@
 #include "cadsim/model/documentdata.h"
 
 #include <QHash>
+#include <QRegularExpression>
 
 namespace {
 
@@ -37,6 +38,89 @@ std::optional<DocumentType> parseType(const QString &value)
 ParseResult failure(int lineNo, const QString &what)
 {
     return ParseResult{std::nullopt, QStringLiteral("line %1: %2").arg(lineNo).arg(what)};
+}
+
+QString numberText(double v)
+{
+    return QString::number(v, 'g', 15);
+}
+
+// "path [at X Y Z] [rotate DEG]"; the path may hold spaces.
+std::optional<ComponentEntry> parseComponent(const QString &value, bool isVirtual)
+{
+    static const QRegularExpression form(QStringLiteral(
+        R"(^(.*?)(?:\s+at\s+(\S+)\s+(\S+)\s+(\S+))?(?:\s+rotate\s+(\S+))?$)"));
+    const QRegularExpressionMatch m = form.match(value);
+    ComponentEntry entry{m.captured(1), isVirtual, {}};
+    for (int k = 0; k < 4; ++k) {
+        const QString word = m.captured(2 + k);
+        if (word.isEmpty())
+            continue;
+        bool ok = false;
+        const double v = word.toDouble(&ok);
+        if (!ok)
+            return std::nullopt;
+        (k < 3 ? entry.placement.offset[k] : entry.placement.rotationZ) = v;
+    }
+    if (entry.path.isEmpty())
+        return std::nullopt;
+    return entry;
+}
+
+QString componentText(const ComponentEntry &c)
+{
+    QString text = c.path;
+    const auto &o = c.placement.offset;
+    if (o != std::array<double, 3>{})
+        text += QStringLiteral(" at %1 %2 %3").arg(numberText(o[0]), numberText(o[1]), numberText(o[2]));
+    if (c.placement.rotationZ != 0)
+        text += QStringLiteral(" rotate ") + numberText(c.placement.rotationZ);
+    return text;
+}
+
+const char *const directionNames[] = {"front", "top", "right", "iso"};
+
+// "front|top|right|iso [at X Y] [scale S]"
+std::optional<SheetView> parseView(const QString &value, const QString &sheet)
+{
+    const QStringList words = value.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (words.isEmpty())
+        return std::nullopt;
+    SheetView view;
+    view.sheet = sheet;
+    int direction = -1;
+    for (int i = 0; i < 4; ++i)
+        if (words.first().compare(QLatin1String(directionNames[i]), Qt::CaseInsensitive) == 0)
+            direction = i;
+    if (direction < 0)
+        return std::nullopt;
+    view.direction = SheetView::Direction(direction);
+    for (qsizetype i = 1; i < words.size();) {
+        const QString word = words[i].toLower();
+        bool ok1 = false, ok2 = true;
+        if (word == QLatin1String("at") && i + 2 < words.size()) {
+            view.x = words[i + 1].toDouble(&ok1);
+            view.y = words[i + 2].toDouble(&ok2);
+            i += 3;
+        } else if (word == QLatin1String("scale") && i + 1 < words.size()) {
+            view.scale = words[i + 1].toDouble(&ok1);
+            ok1 = ok1 && view.scale > 0;
+            i += 2;
+        }
+        if (!ok1 || !ok2)
+            return std::nullopt;
+    }
+    return view;
+}
+
+QString viewText(const SheetView &v)
+{
+    QString text = QLatin1String(directionNames[int(v.direction)]);
+    if (v.x != 0 || v.y != 0)
+        text += QStringLiteral(" at %1 %2").arg(numberText(v.x), numberText(v.y));
+    if (v.scale != 1)
+        text += QStringLiteral(" scale ") + numberText(v.scale);
+    return text;
 }
 
 } // namespace
@@ -100,12 +184,30 @@ ParseResult parseDocument(const QString &text)
             data.type = *type;
         } else if (key == QLatin1String("Configuration")) {
             data.configurations << value;
+        } else if (key == QLatin1String("Feature")) {
+            const FeatureParse feature = parseFeature(value);
+            if (!feature.feature)
+                return failure(lineNo, feature.error);
+            data.features.push_back({data.configurations.isEmpty() ? QString() : data.configurations.last(),
+                                     *feature.feature});
+        } else if (key == QLatin1String("Model")) {
+            data.model = value;
+        } else if (key == QLatin1String("View")) {
+            if (data.sheets.isEmpty())
+                return failure(lineNo, QStringLiteral("a view belongs after its Sheet line"));
+            const auto view = parseView(value, data.sheets.last());
+            if (!view)
+                return failure(lineNo, QStringLiteral("bad view \"%1\"").arg(value));
+            data.views.push_back(*view);
         } else if (key == QLatin1String("ActiveConfiguration")) {
             data.activeConfiguration = value;
         } else if (key == QLatin1String("Component") || key == QLatin1String("VirtualComponent")) {
             if (value.isEmpty())
                 return failure(lineNo, QStringLiteral("component without a path"));
-            data.components.push_back({value, key == QLatin1String("VirtualComponent")});
+            const auto component = parseComponent(value, key == QLatin1String("VirtualComponent"));
+            if (!component)
+                return failure(lineNo, QStringLiteral("bad component \"%1\"").arg(value));
+            data.components.push_back(*component);
         } else if (key == QLatin1String("Sheet")) {
             data.sheets << value;
         } else if (key == QLatin1String("ActiveSheet")) {
@@ -134,7 +236,7 @@ ParseResult parseDocument(const QString &text)
         return failure(lineNo, QStringLiteral("no Type"));
 
     if (data.type == DocumentType::Drawing) {
-        if (!data.configurations.isEmpty() || !data.components.empty())
+        if (!data.configurations.isEmpty() || !data.components.empty() || !data.features.empty())
             return failure(lineNo, QStringLiteral("a drawing has sheets only"));
         if (data.sheets.isEmpty())
             data.sheets << QStringLiteral("Sheet1");
@@ -143,8 +245,10 @@ ParseResult parseDocument(const QString &text)
         if (!data.sheets.contains(data.activeSheet))
             return failure(lineNo, QStringLiteral("active sheet \"%1\" does not exist").arg(data.activeSheet));
     } else {
-        if (!data.sheets.isEmpty())
+        if (!data.sheets.isEmpty() || !data.model.isEmpty())
             return failure(lineNo, QStringLiteral("only drawings have sheets"));
+        if (data.type == DocumentType::Assembly && !data.features.empty())
+            return failure(lineNo, QStringLiteral("only parts have features"));
         if (data.type == DocumentType::Part && !data.components.empty())
             return failure(lineNo, QStringLiteral("only assemblies have components"));
         if (data.configurations.isEmpty())
@@ -166,14 +270,27 @@ QString writeDocument(const DocumentData &data)
     };
     put(headerKey, QString::number(formatVersion));
     put(QStringLiteral("Type"), documentTypeName(data.type));
-    for (const QString &c : data.configurations)
+    const auto putFeatures = [&](const QString &configuration) {
+        for (const FeatureEntry &f : data.features)
+            if (f.configuration == configuration)
+                put(QStringLiteral("Feature"), featureText(f.feature));
+    };
+    putFeatures(QString());
+    for (const QString &c : data.configurations) {
         put(QStringLiteral("Configuration"), c);
+        putFeatures(c);
+    }
     if (!data.activeConfiguration.isEmpty())
         put(QStringLiteral("ActiveConfiguration"), data.activeConfiguration);
     for (const ComponentEntry &c : data.components)
-        put(c.isVirtual ? QStringLiteral("VirtualComponent") : QStringLiteral("Component"), c.path);
-    for (const QString &s : data.sheets)
+        put(c.isVirtual ? QStringLiteral("VirtualComponent") : QStringLiteral("Component"), componentText(c));
+    if (!data.model.isEmpty())
+        put(QStringLiteral("Model"), data.model);
+    for (const QString &s : data.sheets) {
         put(QStringLiteral("Sheet"), s);
+        for (const SheetView &v : data.viewsOn(s))
+            put(QStringLiteral("View"), viewText(v));
+    }
     if (!data.activeSheet.isEmpty())
         put(QStringLiteral("ActiveSheet"), data.activeSheet);
     put(QStringLiteral("PaperSize"), QString::number(data.paperSize));
@@ -181,6 +298,27 @@ QString writeDocument(const DocumentData &data)
     put(QStringLiteral("FutureVersion"), data.futureVersion ? QStringLiteral("yes") : QStringLiteral("no"));
     put(QStringLiteral("OleObjects"), data.oleObjects ? QStringLiteral("yes") : QStringLiteral("no"));
     return out;
+}
+
+std::vector<Feature> DocumentData::featuresOf(const QString &configuration) const
+{
+    std::vector<Feature> result;
+    for (const FeatureEntry &f : features)
+        if (f.configuration.isEmpty())
+            result.push_back(f.feature);
+    for (const FeatureEntry &f : features)
+        if (!f.configuration.isEmpty() && f.configuration == configuration)
+            result.push_back(f.feature);
+    return result;
+}
+
+std::vector<SheetView> DocumentData::viewsOn(const QString &sheet) const
+{
+    std::vector<SheetView> result;
+    for (const SheetView &v : views)
+        if (v.sheet == sheet)
+            result.push_back(v);
+    return result;
 }
 
 DocumentType nativeTypeOfExtension(const QString &extension)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cadsim/geometry/feature.h"
+
 #include <QString>
 #include <QStringList>
 #include <optional>
@@ -17,7 +19,19 @@
 // Lines are "Key: value"; blank lines and lines starting with '#' are
 // ignored. Keys: Type (part, assembly, drawing), Configuration,
 // ActiveConfiguration, Component, VirtualComponent, Sheet, ActiveSheet,
-// PaperSize, Orientation, FutureVersion (yes/no), OleObjects (yes/no).
+// PaperSize, Orientation, FutureVersion (yes/no), OleObjects (yes/no), and
+// the geometry:
+//
+//   Feature: box 80 40 10        a part's modelling step (see feature.h);
+//                                before any Configuration line it belongs to
+//                                every configuration, after one to that one
+//   Component: shaft.mcdprt at 0 0 10 rotate 90
+//                                an assembly's component, moved and turned
+//                                about z (degrees); both parts optional
+//   Model: bracket.mcdprt        the part a drawing's views show
+//   View: front at 100 150 scale 0.5
+//                                a view on the sheet above it: front, top,
+//                                right or iso, its centre on the sheet (mm)
 enum class DocumentType { None = 0, Part = 1, Assembly = 2, Drawing = 3 };
 
 QString documentTypeName(DocumentType type);
@@ -26,8 +40,32 @@ struct ComponentEntry
 {
     QString path; // as written: relative to the assembly's folder or absolute
     bool isVirtual = false;
+    Placement placement;
 
     bool operator==(const ComponentEntry &) const = default;
+};
+
+// A feature of a part and the configuration it belongs to (empty: all).
+struct FeatureEntry
+{
+    QString configuration;
+    Feature feature;
+
+    bool operator==(const FeatureEntry &) const = default;
+};
+
+// A view of a drawing's model on one of its sheets.
+struct SheetView
+{
+    enum class Direction { Front, Top, Right, Iso };
+
+    QString sheet;
+    Direction direction = Direction::Front;
+    double x = 0; // centre on the sheet, mm from the lower left corner
+    double y = 0;
+    double scale = 1;
+
+    bool operator==(const SheetView &) const = default;
 };
 
 struct DocumentData
@@ -42,6 +80,13 @@ struct DocumentData
     int orientation = 1; // 1 portrait, 2 landscape
     bool futureVersion = false;
     bool oleObjects = false;
+    std::vector<FeatureEntry> features; // parts
+    QString model;                      // drawings: the part the views show, as written
+    std::vector<SheetView> views;       // drawings
+
+    // The features of a configuration, shared ones first, in document order.
+    std::vector<Feature> featuresOf(const QString &configuration) const;
+    std::vector<SheetView> viewsOn(const QString &sheet) const;
 
     bool operator==(const DocumentData &) const = default;
 };

@@ -24,8 +24,8 @@ TEST(DocumentData, ReadsEveryKeyAndWritesItBack)
     EXPECT_EQ(d.configurations, (QStringList{"Default", "A/B\\C"}));
     EXPECT_EQ(d.activeConfiguration, "A/B\\C");
     ASSERT_EQ(d.components.size(), 2u);
-    EXPECT_EQ(d.components[0], (ComponentEntry{"sub\\shaft.mcdprt", false}));
-    EXPECT_EQ(d.components[1], (ComponentEntry{"cover.mcdprt", true}));
+    EXPECT_EQ(d.components[0], (ComponentEntry{"sub\\shaft.mcdprt", false, {}}));
+    EXPECT_EQ(d.components[1], (ComponentEntry{"cover.mcdprt", true, {}}));
     EXPECT_EQ(d.paperSize, 8);
     EXPECT_EQ(d.orientation, 2);
     EXPECT_TRUE(d.oleObjects);
@@ -81,6 +81,20 @@ TEST(DocumentData, RejectsMalformedDocumentsWithTheLine)
         {"Mecadra-Document: 1\nType: drawing\nSheet: A\nActiveSheet: B\n", "\"B\" does not exist"},
         {"Mecadra-Document: 1\nType: part\nPaperSize: big\n", "PaperSize is not a number"},
         {"Mecadra-Document: 1\nType: part\nOleObjects: maybe\n", "yes or no"},
+        {"Mecadra-Document: 1\nType: part\nFeature: sphere 10\n", "line 3: unknown feature \"sphere\""},
+        {"Mecadra-Document: 1\nType: part\nFeature: box 10 20\n", "box needs three positive lengths"},
+        {"Mecadra-Document: 1\nType: part\nFeature: box 10 -20 5\n", "box needs three positive lengths"},
+        {"Mecadra-Document: 1\nType: part\nFeature: hole 10 5 at 1 2\n", "\"at\" needs three numbers"},
+        {"Mecadra-Document: 1\nType: part\nFeature: cylinder 10 5 axis w\n", "axis must be x, y or z"},
+        {"Mecadra-Document: 1\nType: part\nFeature: box 1 2 3 axis x\n", "unexpected \"axis\""},
+        {"Mecadra-Document: 1\nType: part\nFeature: extrude 5 0 0 1 0\n", "at least three points"},
+        {"Mecadra-Document: 1\nType: part\nFeature: extrude 5 0 0 1 0 1 1 2\n", "at least three points"},
+        {"Mecadra-Document: 1\nType: assembly\nFeature: box 1 2 3\n", "only parts have features"},
+        {"Mecadra-Document: 1\nType: assembly\nComponent: a.mcdprt at 1 x 3\n", "line 3: bad component"},
+        {"Mecadra-Document: 1\nType: drawing\nView: front\n", "after its Sheet line"},
+        {"Mecadra-Document: 1\nType: drawing\nSheet: S\nView: side\n", "bad view"},
+        {"Mecadra-Document: 1\nType: drawing\nSheet: S\nView: top scale 0\n", "bad view"},
+        {"Mecadra-Document: 1\nType: part\nModel: x.mcdprt\n", "only drawings"},
     };
     for (const Case &c : cases) {
         const ParseResult r = parseDocument(QString::fromUtf8(c.text));
@@ -89,3 +103,56 @@ TEST(DocumentData, RejectsMalformedDocumentsWithTheLine)
     }
 }
 
+
+// Features belong to the configuration above them (or all before the first);
+// placements and views survive a save.
+TEST(DocumentData, GeometryReadsPerConfigurationAndWritesBack)
+{
+    const ParseResult part = parseDocument(QStringLiteral(
+        "Mecadra-Document: 1\nType: part\n"
+        "Feature: extrude 40 0 0 80 0 80 10 0 10 at 1 2 3\n"
+        "Configuration: Plain\n"
+        "Configuration: Drilled\n"
+        "Feature: hole 12 10.5 at 50 0 20 axis y\n"
+        "Feature: CYLINDER 8 4\n"
+        "Configuration: Last\n"));
+    ASSERT_TRUE(part.data) << part.error.toStdString();
+    const DocumentData &d = *part.data;
+    ASSERT_EQ(d.featuresOf("Plain").size(), 1u);
+    const Feature outline = d.featuresOf("Plain")[0];
+    EXPECT_EQ(outline.kind, Feature::Kind::Extrude);
+    EXPECT_EQ(outline.outline.size(), 4u);
+    EXPECT_EQ(outline.at, (std::array<double, 3>{1, 2, 3}));
+    const std::vector<Feature> drilled = d.featuresOf("Drilled");
+    ASSERT_EQ(drilled.size(), 3u);
+    EXPECT_EQ(drilled[0], outline);
+    EXPECT_TRUE(drilled[1].cuts());
+    EXPECT_EQ(drilled[1].axis, 1);
+    EXPECT_EQ(drilled[1].size[1], 10.5);
+    EXPECT_EQ(drilled[2].kind, Feature::Kind::Cylinder);
+    EXPECT_EQ(d.featuresOf("Last").size(), 1u);
+    const ParseResult partAgain = parseDocument(writeDocument(d));
+    ASSERT_TRUE(partAgain.data) << partAgain.error.toStdString();
+    EXPECT_EQ(*partAgain.data, d);
+
+    const ParseResult assembly = parseDocument(QStringLiteral(
+        "Mecadra-Document: 1\nType: assembly\n"
+        "Component: sub dir\\shaft.mcdprt at -30 30.5 0 rotate 90\n"
+        "VirtualComponent: cover.mcdprt rotate 45\n"));
+    ASSERT_TRUE(assembly.data) << assembly.error.toStdString();
+    ASSERT_EQ(assembly.data->components.size(), 2u);
+    EXPECT_EQ(assembly.data->components[0].path, "sub dir\\shaft.mcdprt");
+    EXPECT_EQ(assembly.data->components[0].placement, (Placement{{-30, 30.5, 0}, 90}));
+    EXPECT_EQ(assembly.data->components[1].placement, (Placement{{0, 0, 0}, 45}));
+    EXPECT_EQ(*parseDocument(writeDocument(*assembly.data)).data, *assembly.data);
+
+    const ParseResult drawing = parseDocument(QStringLiteral(
+        "Mecadra-Document: 1\nType: drawing\nModel: bracket.mcdprt\n"
+        "Sheet: One\nView: front at 100 150\nView: iso scale 0.5\nSheet: Two\nView: Top at 1 2 scale 3\n"));
+    ASSERT_TRUE(drawing.data) << drawing.error.toStdString();
+    EXPECT_EQ(drawing.data->model, "bracket.mcdprt");
+    ASSERT_EQ(drawing.data->viewsOn("One").size(), 2u);
+    EXPECT_EQ(drawing.data->viewsOn("One")[0], (SheetView{"One", SheetView::Direction::Front, 100, 150, 1}));
+    EXPECT_EQ(drawing.data->viewsOn("Two"), (std::vector<SheetView>{{"Two", SheetView::Direction::Top, 1, 2, 3}}));
+    EXPECT_EQ(*parseDocument(writeDocument(*drawing.data)).data, *drawing.data);
+}

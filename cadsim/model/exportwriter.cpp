@@ -3,7 +3,6 @@
 #include "cadsim/model/imageencoding.h"
 
 #include <QBuffer>
-#include <QDateTime>
 #include <QFileInfo>
 #include <QImage>
 #include <QImageWriter>
@@ -13,10 +12,7 @@
 #include <QPainterPath>
 #include <QPdfWriter>
 #include <QXmlStreamWriter>
-#include <QtEndian>
 
-#include <array>
-#include <cstring>
 
 namespace {
 
@@ -68,6 +64,7 @@ SheetPage sheetPage(const ExportView &view, const SheetOptions &sheet, const QSt
     page.item = item;
     page.format = view.d.format;
     page.notes = view.optionsText();
+    page.sheetMm = sheet.sheetMm;
     if (sheet.views)
         page.views = sheet.views(item);
     return page;
@@ -201,195 +198,12 @@ std::optional<QByteArray> psd(const ExportView &view, const SheetOptions &sheet)
     return out;
 }
 
-struct Triangle
-{
-    std::array<float, 3> normal;
-    std::array<std::array<float, 3>, 3> vertices;
-};
-
-// A 40 x 20 x 10 block, two triangles per face, counter-clockwise seen from outside.
-std::vector<Triangle> blockTriangles()
-{
-    const float sx = 40, sy = 20, sz = 10;
-    auto corner = [&](int i) { return std::array<float, 3>{(i & 1) ? sx : 0, (i & 2) ? sy : 0, (i & 4) ? sz : 0}; };
-    struct Face { std::array<int, 4> c; std::array<float, 3> n; };
-    const Face faces[] = {{{0, 2, 3, 1}, {0, 0, -1}}, {{4, 5, 7, 6}, {0, 0, 1}}, {{0, 1, 5, 4}, {0, -1, 0}},
-                          {{2, 6, 7, 3}, {0, 1, 0}},  {{0, 4, 6, 2}, {-1, 0, 0}}, {{1, 3, 7, 5}, {1, 0, 0}}};
-    std::vector<Triangle> triangles;
-    for (const Face &f : faces) {
-        triangles.push_back({f.n, {corner(f.c[0]), corner(f.c[1]), corner(f.c[2])}});
-        triangles.push_back({f.n, {corner(f.c[0]), corner(f.c[2]), corner(f.c[3])}});
-    }
-    return triangles;
-}
-
 QByteArray asciiOnly(const QString &text)
 {
     QByteArray out;
     for (QChar c : text)
         out.append(c.unicode() >= 32 && c.unicode() < 127 ? char(c.unicode()) : '_');
     return out;
-}
-
-QByteArray stl(const ExportView &view, bool binary)
-{
-    const auto triangles = blockTriangles();
-    const QByteArray name = asciiOnly(view.documentName() + QLatin1Char(' ') + view.itemsText()).replace(' ', '_');
-    QByteArray out;
-    if (binary) {
-        // The header must not begin with "solid", or readers take it for text.
-        QByteArray header = "mcsim binary STL " + name;
-        header = header.left(80).leftJustified(80, ' ');
-        out.append(header);
-        auto put32 = [&](quint32 v) { quint32 le = qToLittleEndian(v); out.append(reinterpret_cast<const char *>(&le), 4); };
-        auto putFloat = [&](float f) { quint32 bits; std::memcpy(&bits, &f, 4); put32(bits); };
-        put32(quint32(triangles.size()));
-        for (const Triangle &t : triangles) {
-            for (float f : t.normal)
-                putFloat(f);
-            for (const auto &v : t.vertices)
-                for (float f : v)
-                    putFloat(f);
-            out.append(2, '\0');
-        }
-        return out;
-    }
-    out.append("solid " + name + '\n');
-    for (const Triangle &t : triangles) {
-        out.append(QStringLiteral("  facet normal %1 %2 %3\n    outer loop\n")
-                       .arg(t.normal[0]).arg(t.normal[1]).arg(t.normal[2]).toLatin1());
-        for (const auto &v : t.vertices)
-            out.append(QStringLiteral("      vertex %1 %2 %3\n").arg(v[0]).arg(v[1]).arg(v[2]).toLatin1());
-        out.append("    endloop\n  endfacet\n");
-    }
-    out.append("endsolid " + name + '\n');
-    return out;
-}
-
-// A STEP string: apostrophes and backslashes doubled, everything outside
-// printable ASCII as \X2\hhhh\X0\.
-QByteArray stepString(const QString &text)
-{
-    QByteArray out = "'";
-    for (QChar c : text) {
-        const ushort u = c.unicode();
-        if (u == '\'')
-            out.append("''");
-        else if (u == '\\')
-            out.append("\\\\");
-        else if (u >= 32 && u < 127)
-            out.append(char(u));
-        else
-            out.append("\\X2\\" + QByteArray::number(u, 16).toUpper().rightJustified(4, '0') + "\\X0\\");
-    }
-    return out + "'";
-}
-
-QByteArray step(const ExportView &view)
-{
-    const QString stamp = QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
-    QByteArray out = "ISO-10303-21;\nHEADER;\n";
-    out.append("FILE_DESCRIPTION((" + stepString(QString::fromUtf8(view.compactJson())) + "),'2;1');\n");
-    out.append("FILE_NAME(" + stepString(view.d.target) + ",'" + stamp.toLatin1()
-               + "',('mcsim'),(''),'mcsim','mcsim','');\n");
-    out.append("FILE_SCHEMA(('CONFIG_CONTROL_DESIGN'));\nENDSEC;\nDATA;\n");
-    out.append("#1=CARTESIAN_POINT('origin',(0.,0.,0.));\n"
-               "#2=DIRECTION('axis',(0.,0.,1.));\n"
-               "#3=DIRECTION('ref_direction',(1.,0.,0.));\n"
-               "#4=AXIS2_PLACEMENT_3D(" + stepString(view.itemsText()) + ",#1,#2,#3);\n");
-    out.append("ENDSEC;\nEND-ISO-10303-21;\n");
-    return out;
-}
-
-// IGES: 80-column records, columns 73 to 80 the section letter and its
-// sequence number.
-class IgesWriter
-{
-public:
-    void add(char section, const QByteArray &data)
-    {
-        int &count = m_counts[sectionIndex(section)];
-        ++count;
-        m_out.append(data.leftJustified(72, ' ', true) + section
-                     + QByteArray::number(count).rightJustified(7, ' ') + '\n');
-    }
-    // Free text split over records of the section, at most width columns each.
-    void addText(char section, const QByteArray &text, int width = 72)
-    {
-        for (qsizetype i = 0; i < text.size(); i += width)
-            add(section, text.mid(i, width));
-    }
-    int count(char section) const { return m_counts[sectionIndex(section)]; }
-    QByteArray finish()
-    {
-        const QByteArray t = "S" + QByteArray::number(count('S')).rightJustified(7, '0') + "G"
-                             + QByteArray::number(count('G')).rightJustified(7, '0') + "D"
-                             + QByteArray::number(count('D')).rightJustified(7, '0') + "P"
-                             + QByteArray::number(count('P')).rightJustified(7, '0');
-        add('T', t);
-        return m_out;
-    }
-
-private:
-    static int sectionIndex(char section) { return QByteArray("SGDPT").indexOf(section); }
-    std::array<int, 5> m_counts{};
-    QByteArray m_out;
-};
-
-QByteArray hollerith(const QByteArray &text) { return QByteArray::number(text.size()) + 'H' + text; }
-
-QByteArray iges(const ExportView &view)
-{
-    IgesWriter w;
-    w.addText('S', asciiOnly(QString::fromUtf8(view.compactJson())));
-    const QByteArray stamp = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd.HHmmss")).toLatin1();
-    const QByteArray global = "1H,,1H;," + hollerith("mcsim") + ',' + hollerith(asciiOnly(view.d.target)) + ','
-                              + hollerith("mcsim") + ',' + hollerith("mcsim") + ",32,38,6,308,15,"
-                              + hollerith(asciiOnly(view.documentName())) + ",1.,2," + hollerith("MM") + ",1,0.01,"
-                              + hollerith(stamp) + ",0.001,1000.," + hollerith("mcsim") + ',' + hollerith("mcsim")
-                              + ",11,0," + hollerith(stamp) + ';';
-    w.addText('G', global);
-    // One line entity (type 110): two directory records, one parameter record.
-    auto field = [](int v) { return QByteArray::number(v).rightJustified(8, ' '); };
-    w.add('D', field(110) + field(1) + field(0) + field(0) + field(0) + field(0) + field(0) + field(0)
-                   + QByteArray("00000000"));
-    w.add('D', field(110) + field(0) + field(0) + field(1) + field(0) + QByteArray(8, ' ') + QByteArray(8, ' ')
-                   + QByteArray("    LINE") + field(0));
-    w.add('P', QByteArray("110,0.,0.,0.,40.,0.,0.;").leftJustified(64, ' ') + field(1));
-    return w.finish();
-}
-
-QByteArray vrml(const ExportView &view)
-{
-    QByteArray json = view.compactJson();
-    QByteArray quoted = json;
-    quoted.replace('\\', "\\\\").replace('"', "\\\"");
-    return "#VRML V2.0 utf8\n# " + json + "\nWorldInfo {\n  title \"" + view.documentName().toUtf8().replace('"', "'")
-           + "\"\n  info [ \"" + quoted + "\" ]\n}\n"
-           + "Shape {\n  appearance Appearance { material Material { diffuseColor 0.7 0.75 0.8 } }\n"
-           + "  geometry Box { size 40 20 10 }\n}\n";
-}
-
-QByteArray parasolidText(const ExportView &view)
-{
-    QByteArray out;
-    out.append("**ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz**************************\n");
-    out.append("**PARASOLID !\"#$%&'()*+,-./:;<=>?@[\\]^_`{|}~0123456789**************************\n");
-    out.append("**PART1;MC=x86_64;APPL=mcsim;FORMAT=text;GUISE=transmit;KEY="
-               + asciiOnly(view.documentName()) + ";FILE=" + asciiOnly(view.d.target) + ";\n");
-    out.append("**PART2;SCH=SCH_0_0;USFLD_SIZE=0;DESC=" + asciiOnly(QString::fromUtf8(view.compactJson())) + ";\n");
-    out.append("**PART3;\n");
-    out.append("**END_OF_HEADER*****************************************************************\n");
-    out.append("T51 : TRANSMIT FILE created by mcsim\n0\n");
-    return out;
-}
-
-QByteArray acisText(const ExportView &view)
-{
-    auto counted = [](const QByteArray &s) { return '@' + QByteArray::number(s.size()) + ' ' + s; };
-    const QByteArray date = QDateTime::currentDateTimeUtc().toString(QStringLiteral("ddd MMM dd HH:mm:ss yyyy")).toLatin1();
-    return "700 0 0 0\n" + counted("mcsim " + asciiOnly(QString::fromUtf8(view.compactJson()))) + ' '
-           + counted("ACIS 7.0 NT") + ' ' + counted(date) + "\n1 9.9999999999999995e-07 1e-10\nEnd-of-ACIS-data\n";
 }
 
 // The first sheet on its paper in millimetres (y up, origin at the lower
@@ -518,21 +332,6 @@ std::optional<QByteArray> ExportWriter::write(const ExportDescription &export_, 
         return image(view, sheet, f.toLatin1().constData());
     if (f == QLatin1String("psd"))
         return psd(view, sheet);
-    if (f == QLatin1String("stl")) {
-        const bool binary = description.value(QStringLiteral("preferences")).toObject()
-                                .value(QStringLiteral("mcSTLBinaryFormat")).toBool();
-        return stl(view, binary);
-    }
-    if (f == QLatin1String("step") || f == QLatin1String("stp"))
-        return step(view);
-    if (f == QLatin1String("igs") || f == QLatin1String("iges"))
-        return iges(view);
-    if (f == QLatin1String("wrl"))
-        return vrml(view);
-    if (f == QLatin1String("x_t"))
-        return parasolidText(view);
-    if (f == QLatin1String("sat"))
-        return acisText(view);
     if (f == QLatin1String("dxf"))
         return dxf(view, sheet);
     if (f == QLatin1String("ai"))
@@ -545,7 +344,6 @@ std::optional<QByteArray> ExportWriter::write(const ExportDescription &export_, 
 
 bool ExportWriter::hasOwnSyntax(const QString &format)
 {
-    static const QStringList own = {"pdf", "tif", "jpg", "png", "bmp", "psd", "stl", "step", "stp", "igs",
-                                    "iges", "wrl", "x_t", "sat", "dxf", "ai", "scnxml", "xaml"};
+    static const QStringList own = {"pdf", "tif", "jpg", "png", "bmp", "psd", "dxf", "ai", "scnxml", "xaml"};
     return own.contains(format);
 }

@@ -14,20 +14,22 @@
 #include <vector>
 
 // How the pages of a PDF, an image or a DXF look: the paper with its
-// margins, the drawing style, the image options and the views each sheet or
+// margins, a drawing's own paper (which a print may scale onto another),
+// the drawing style, the image options and the views each sheet or
 // configuration shows.
 struct SheetOptions
 {
     QPageLayout layout = pageLayoutOf(9, 2);
+    QSizeF sheetMm;
     SheetStyle style;
     ImageOptions image;
-    std::function<std::vector<ProjectedView>(const QString &item)> views;
+    std::function<std::vector<SheetPageView>(const QString &item)> views;
 };
 
 // Writes an export as a real file of its format, so that a user who opens it
-// in a viewer sees a document: PDF pages, images, STL and STEP solids and so
-// on. Formats without a public syntax become a text file with the
-// description. The description itself (source, options, preferences) is
+// in a viewer sees a document: PDF pages, images, drawings and scenes. Solid
+// formats are SolidExports' (solidexports.h). Formats without a public
+// syntax become a text file with the description. The description itself (source, options, preferences) is
 // carried where the format allows it: PDF metadata, a header comment.
 class ExportWriter final
 {

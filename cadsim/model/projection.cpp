@@ -14,16 +14,17 @@
 
 namespace {
 
-// The view's axis pointing at the eye and its horizontal axis: third-angle
-// views of a part whose height runs along z.
+// The view's axis pointing at the eye and its horizontal axis, for parts
+// modelled with y up and z towards the front: the front view looks along -z,
+// the top view down -y (the front at the bottom), the right view along -x.
 gp_Ax2 viewAxes(ViewDirection direction)
 {
     const gp_Pnt origin(0, 0, 0);
     switch (direction) {
-    case ViewDirection::Front: return gp_Ax2(origin, gp_Dir(0, -1, 0), gp_Dir(1, 0, 0));
-    case ViewDirection::Top: return gp_Ax2(origin, gp_Dir(0, 0, 1), gp_Dir(1, 0, 0));
-    case ViewDirection::Right: return gp_Ax2(origin, gp_Dir(1, 0, 0), gp_Dir(0, 1, 0));
-    case ViewDirection::Isometric: return gp_Ax2(origin, gp_Dir(1, -1, 1), gp_Dir(1, 1, 0));
+    case ViewDirection::Front: return gp_Ax2(origin, gp_Dir(0, 0, 1), gp_Dir(1, 0, 0));
+    case ViewDirection::Top: return gp_Ax2(origin, gp_Dir(0, 1, 0), gp_Dir(1, 0, 0));
+    case ViewDirection::Right: return gp_Ax2(origin, gp_Dir(1, 0, 0), gp_Dir(0, 0, -1));
+    case ViewDirection::Isometric: return gp_Ax2(origin, gp_Dir(1, 1, 1), gp_Dir(1, 0, -1));
     }
     return gp_Ax2();
 }

@@ -10,7 +10,8 @@ namespace {
 
 constexpr double kBandMm = 8;        // header or footer band
 constexpr double kInsetMm = 5;       // frame to title block and views
-constexpr double kTitleHeightMm = 40;
+constexpr double kTitleHeightMm = 30;
+constexpr double kTitleWidthMm = 150;
 constexpr double kViewFill = 0.8;    // share of its cell a view may fill
 
 // Cells of the views: a sheet's views in third-angle order (top above
@@ -75,30 +76,56 @@ SheetGeometry sheetGeometry(const QRectF &areaMm, const SheetPage &page, const S
         g.footer = QRectF(rest.left(), rest.bottom() - kBandMm, rest.width(), kBandMm);
         rest.setBottom(rest.bottom() - kBandMm);
     }
-    g.frame = rest.adjusted(kInsetMm, kInsetMm, -kInsetMm, -kInsetMm);
-    const QRectF inner = g.frame.adjusted(kInsetMm, kInsetMm, -kInsetMm, -kInsetMm);
-    const double titleHeight = qMin(kTitleHeightMm, inner.height() / 3);
-    const double titleWidth = qMin(180.0, inner.width());
-    g.titleBlock = QRectF(inner.right() - titleWidth, inner.bottom() - titleHeight, titleWidth, titleHeight);
-    const QRectF viewArea(inner.left(), inner.top(), inner.width(), inner.height() - titleHeight - kInsetMm);
+    // The sheet in its own millimetres (y down), fitted into what is left.
+    const QSizeF sheet = page.sheetMm.isEmpty() ? rest.size() : page.sheetMm;
+    const double fit = qMin(rest.width() / sheet.width(), rest.height() / sheet.height());
+    QTransform toArea;
+    toArea.translate(rest.center().x() - sheet.width() * fit / 2, rest.center().y() - sheet.height() * fit / 2);
+    toArea.scale(fit, fit);
 
-    const std::vector<QRectF> places = cells(viewArea, page.views.size());
-    double scale = 0;
-    for (std::size_t i = 0; i < page.views.size() && i < places.size(); ++i) {
-        const QRectF b = page.views[i].bounds();
-        if (b.isEmpty() && (b.width() <= 0 || b.height() <= 0))
+    const QRectF frame = QRectF(QPointF(0, 0), sheet).adjusted(kInsetMm, kInsetMm, -kInsetMm, -kInsetMm);
+    const QRectF inner = frame.adjusted(kInsetMm, kInsetMm, -kInsetMm, -kInsetMm);
+    const double titleHeight = qMin(kTitleHeightMm, inner.height() / 3);
+    const double titleWidth = qMin(kTitleWidthMm, inner.width());
+    const QRectF title(inner.right() - titleWidth, inner.bottom() - titleHeight, titleWidth, titleHeight);
+    g.frame = toArea.mapRect(frame);
+    g.titleBlock = toArea.mapRect(title);
+
+    // Views with a place on the sheet.
+    std::vector<const SheetPageView *> unplaced;
+    for (const SheetPageView &v : page.views) {
+        if (!v.centre) {
+            unplaced.push_back(&v);
             continue;
-        const double fit = qMin(b.width() > 0 ? places[i].width() * kViewFill / b.width() : 1e9,
-                                b.height() > 0 ? places[i].height() * kViewFill / b.height() : 1e9);
-        scale = scale == 0 ? fit : qMin(scale, fit);
+        }
+        const QPointF c = v.projection.bounds().center();
+        QTransform t;
+        t.translate(v.centre->x(), sheet.height() - v.centre->y());
+        t.scale(v.scale, -v.scale);
+        t.translate(-c.x(), -c.y());
+        const QRectF cell = t.mapRect(v.projection.bounds()).adjusted(-5, -5, 5, 12);
+        g.views.push_back({&v.projection, t * toArea, toArea.mapRect(cell)});
     }
-    for (std::size_t i = 0; i < page.views.size() && i < places.size(); ++i) {
-        const QPointF centre = page.views[i].bounds().center();
+
+    // The others in a grid above the title block, at one scale.
+    const QRectF viewArea(inner.left(), inner.top(), inner.width(), inner.height() - titleHeight - kInsetMm);
+    const std::vector<QRectF> places = cells(viewArea, unplaced.size());
+    double scale = 0;
+    for (std::size_t i = 0; i < unplaced.size() && i < places.size(); ++i) {
+        const QRectF b = unplaced[i]->projection.bounds();
+        if (b.width() <= 0 && b.height() <= 0)
+            continue;
+        const double f = qMin(b.width() > 0 ? places[i].width() * kViewFill / b.width() : 1e9,
+                              b.height() > 0 ? places[i].height() * kViewFill / b.height() : 1e9);
+        scale = scale == 0 ? f : qMin(scale, f);
+    }
+    for (std::size_t i = 0; i < unplaced.size() && i < places.size(); ++i) {
+        const QPointF centre = unplaced[i]->projection.bounds().center();
         QTransform t;
         t.translate(places[i].center().x(), places[i].center().y());
         t.scale(scale, -scale);
         t.translate(-centre.x(), -centre.y());
-        g.views.push_back({&page.views[i], t, places[i]});
+        g.views.push_back({&unplaced[i]->projection, t * toArea, toArea.mapRect(places[i])});
     }
     return g;
 }
@@ -157,7 +184,7 @@ void paintSheet(QPainter &p, const QRectF &areaMm, double unitsPerMm, const Shee
         for (const QPolygonF &line : placed.view->visible)
             p.drawPolyline(line);
         p.setTransform(base);
-        if (g.views.size() > 1) {
+        if (page.views.size() > 1) {
             p.setPen(style.ink(Qt::black));
             const QRectF label(placed.cell.left(), placed.cell.bottom() - 6, placed.cell.width(), 5);
             drawText(p, unitsPerMm, label, 3, Qt::AlignHCenter | Qt::AlignVCenter, viewName(placed.view->direction));

@@ -4,9 +4,11 @@
 
 #include <QColor>
 #include <QRectF>
+#include <QSizeF>
 #include <QString>
 #include <QTransform>
 #include <array>
+#include <optional>
 #include <vector>
 
 class QPainter;
@@ -28,6 +30,16 @@ struct SheetStyle
     double frameWidth() const { return printerLineWeights ? 0.7 : 0.25; }
 };
 
+// A view on a page. A drawing places it on its sheet: centre in millimetres
+// from the sheet's lower left corner, and scale; without a place the views
+// share the page in a grid at one scale that fits them.
+struct SheetPageView
+{
+    ProjectedView projection;
+    std::optional<QPointF> centre;
+    double scale = 1;
+};
+
 // What one page shows: a drawing sheet with its views and title block, or a
 // part or assembly configuration as one pictorial view.
 struct SheetPage
@@ -37,7 +49,8 @@ struct SheetPage
     QString item;
     QString format;
     QString notes; // small print in the title block: the export's options
-    std::vector<ProjectedView> views;
+    QSizeF sheetMm; // a drawing's paper; empty: the page is the sheet
+    std::vector<SheetPageView> views;
 };
 
 // A view placed on the page: the transform from model millimetres (y up) to
@@ -50,7 +63,8 @@ struct PlacedView
 };
 
 // Where the frame, the title block and the views go on a printable area of
-// areaMm (page millimetres). All views share one scale.
+// areaMm (page millimetres). A drawing's sheet is scaled to fit the area
+// (a print on other paper), views and all.
 struct SheetGeometry
 {
     QRectF header, footer, frame, titleBlock;

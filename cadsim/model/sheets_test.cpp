@@ -3,7 +3,7 @@
 
 #include "cadsim/model/cadapplication.h"
 #include "cadsim/model/cadconstants.h"
-#include "cadsim/model/documentsolid.h"
+#include "cadsim/geometry/shapebuilder.h"
 #include "cadsim/model/imageencoding.h"
 #include "cadsim/model/paperlayout.h"
 #include "cadsim/model/projection.h"
@@ -71,11 +71,20 @@ bool hasVerticalLine(const QList<QPolygonF> &lines, double x, double y0, double 
     });
 }
 
+TopoDS_Shape sampleSolid(const QString &file, const QString &configuration)
+{
+    const ParseResult parsed = parseDocument(QString::fromUtf8(fileBytes(QStringLiteral(MCTASK_SAMPLES_DIR "/") + file)));
+    if (!parsed.data)
+        return {};
+    return buildSolid(ModelGeometry{{Body{file, parsed.data->featuresOf(configuration), {}}}});
+}
+
 TEST(HiddenLineProjection, StandardViewsShowTheSolidsExtentsAndHideWhatMaterialCovers)
 {
-    // The bracket: an 80 x 40 x 10 base, a 10 mm thick upright 50 high, and a
-    // hole of diameter 14 at x 52, y 20 through the base.
-    const TopoDS_Shape solid = documentSolid(DocumentData{}, QString());
+    // The machined bracket: an L of 80 x 50 (y up) extruded 40 along z, and
+    // a hole of diameter 12 at x 50, z 20 straight down through the 10 mm base.
+    const TopoDS_Shape solid = sampleSolid("bracket.mcdprt", "Machined");
+    ASSERT_FALSE(solid.IsNull());
     const ProjectedView front = projectHiddenLines(solid, ViewDirection::Front);
     const ProjectedView top = projectHiddenLines(solid, ViewDirection::Top);
     const ProjectedView right = projectHiddenLines(solid, ViewDirection::Right);
@@ -84,21 +93,24 @@ TEST(HiddenLineProjection, StandardViewsShowTheSolidsExtentsAndHideWhatMaterialC
                && qAbs(a.height() - b.height()) < 0.01;
     };
     EXPECT_TRUE(near(front.bounds(), QRectF(0, 0, 80, 50)));
-    EXPECT_TRUE(near(top.bounds(), QRectF(0, 0, 80, 40)));
-    EXPECT_TRUE(near(right.bounds(), QRectF(0, 0, 40, 50)));
+    // The top view has the front (z 40) at the bottom; the right view the front at the left.
+    EXPECT_TRUE(near(top.bounds(), QRectF(0, -40, 80, 40)));
+    EXPECT_TRUE(near(right.bounds(), QRectF(-40, 0, 40, 50)));
 
     // From the front the hole lies inside the base: its sides are hidden, not drawn.
-    EXPECT_TRUE(hasVerticalLine(front.hidden, 45, 0, 10));
-    EXPECT_TRUE(hasVerticalLine(front.hidden, 59, 0, 10));
-    EXPECT_FALSE(hasVerticalLine(front.visible, 45, 0, 10));
+    EXPECT_TRUE(hasVerticalLine(front.hidden, 44, 0, 10));
+    EXPECT_TRUE(hasVerticalLine(front.hidden, 56, 0, 10));
+    EXPECT_FALSE(hasVerticalLine(front.visible, 44, 0, 10));
     // From the right as well.
-    EXPECT_TRUE(hasVerticalLine(right.hidden, 13, 0, 10));
-    EXPECT_TRUE(hasVerticalLine(right.hidden, 27, 0, 10));
+    EXPECT_TRUE(hasVerticalLine(right.hidden, -26, 0, 10));
+    EXPECT_TRUE(hasVerticalLine(right.hidden, -14, 0, 10));
     // From the top the hole is a visible circle.
-    const bool circle = std::any_of(top.visible.begin(), top.visible.end(), [&](const QPolygonF &l) {
-        return near(l.boundingRect(), QRectF(45, 13, 14, 14));
-    });
-    EXPECT_TRUE(circle);
+    EXPECT_TRUE(std::any_of(top.visible.begin(), top.visible.end(), [&](const QPolygonF &l) {
+        return near(l.boundingRect(), QRectF(44, -26, 12, 12));
+    }));
+    // The default configuration has no hole to hide.
+    EXPECT_FALSE(hasVerticalLine(projectHiddenLines(sampleSolid("bracket.mcdprt", "Default"), ViewDirection::Front).hidden,
+                                 44, 0, 10));
 
     const ProjectedView iso = projectHiddenLines(solid, ViewDirection::Isometric);
     EXPECT_GT(iso.bounds().width(), 80);
@@ -169,17 +181,22 @@ TEST_F(SheetExportTest, ADrawingsPdfShowsTheViewsOfItsPartOnTheSheetsPaper)
     const QString info = runTool("pdfinfo", {pdf});
     EXPECT_TRUE(info.contains(QRegularExpression("Page size:\\s+1191 x 842 pts \\(A3\\)"))) << info.toStdString();
     EXPECT_TRUE(info.contains(QRegularExpression("Pages:\\s+3\\n"))) << info.toStdString();
-    const QString text = runTool("pdftotext", {"-f", "3", "-l", "3", pdf, "-"});
-    for (const char *label : {"Front", "Top", "Right", "Isometric", "Sheet: Detail A"})
+    const QString text = runTool("pdftotext", {"-f", "1", "-l", "1", pdf, "-"});
+    for (const char *label : {"Front", "Top", "Right", "Isometric", "Sheet: Sheet1"})
         EXPECT_TRUE(text.contains(label)) << label << "\n" << text.toStdString();
 
-    // Each of the four view cells above the title block has lines in it.
+    // Lines where the sheet places its views (centres in mm from the lower
+    // left corner), and none in the empty middle of the sheet.
     const QImage page = pdfPageImage(pdf, 1);
     ASSERT_FALSE(page.isNull());
-    const int w = page.width(), h = page.height() * 2 / 3;
-    for (const QRect &cell : {QRect(0, 0, w / 2, h / 2), QRect(w / 2, 0, w / 2, h / 2), QRect(0, h / 2, w / 2, h / 2),
-                              QRect(w / 2, h / 2, w / 2, h / 2)})
-        EXPECT_GT(darkPixels(page, cell.adjusted(20, 20, -20, -20)), 40) << cell.x() << "," << cell.y();
+    const double px = page.width() / 420.0;
+    auto around = [&](double x, double y, double half) {
+        return QRect(QPoint(qRound((x - half) * px), qRound((297 - y - half) * px)),
+                     QPoint(qRound((x + half) * px), qRound((297 - y + half) * px)));
+    };
+    for (const QPointF &centre : {QPointF(110, 190), QPointF(110, 80), QPointF(260, 190), QPointF(320, 115)})
+        EXPECT_GT(darkPixels(page, around(centre.x(), centre.y(), 20)), 40) << centre.x() << "," << centre.y();
+    EXPECT_EQ(darkPixels(page, around(200, 135, 10)), 0);
 }
 
 TEST_F(SheetExportTest, PdfOptionsChooseColourOrGreyLineWeightsAndTheHeaderAndFooter)
