@@ -36,11 +36,7 @@ void drawText(QPainter &p, double unitsPerMm, const QRectF &rectMm, double heigh
     font.setPixelSize(qMax(1, qRound(heightMm * unitsPerMm)));
     p.setFont(font);
     const QRectF r(rectMm.topLeft() * unitsPerMm, rectMm.size() * unitsPerMm);
-    // A zero-width non-joiner after each "f" keeps the font from joining
-    // "fi" and "fl" into one glyph, so the PDF's text reads as typed.
-    QString unjoined = text;
-    unjoined.replace(QLatin1Char('f'), QStringLiteral("f\u200C"));
-    p.drawText(r, flags, unjoined);
+    p.drawText(r, flags, text);
     p.restore();
 }
 

@@ -140,7 +140,7 @@ TEST_F(PrintRunTest, JobsForAPrintQueueReachThePrivateCupsServerAsPdfs)
         "__printer_deforientation:int=0", "__printer_usedrwnfo:bool=false", "__printer_margintype:int=2",
         "__printer_margintop:real=30", "__printer_marginbottom:real=20", "__printer_marginleft:real=25",
         "__printer_marginright:real=15", "__printer_headertype:int=2", "__printer_headerleft=Plant 7 drawings",
-        "__printer_headercenter=", "__printer_headerright=Confidential", "__printer_footertype:int=2",
+        "__printer_headercenter=", "__printer_headerright=Internal use", "__printer_footertype:int=2",
         "__printer_footerleft=", "__printer_footercenter=Printed by the task host", "__printer_footerright="});
 
     const QString id = ok({"task", "launch", "Queue", "V:\\Gearbox\\gearbox.mcdasm", "--set", "__printer_copycount:int=2"})
@@ -167,7 +167,7 @@ TEST_F(PrintRunTest, JobsForAPrintQueueReachThePrivateCupsServerAsPdfs)
         EXPECT_TRUE(info.out.contains(QRegularExpression(drawing ? "Pages:\\s+3\\n" : "Pages:\\s+1\\n")))
             << info.out.toStdString();
         const ProgramRun text = runProgram("pdftotext", {"-layout", path, "-"}, ProgramSetting(m_home.path()));
-        EXPECT_TRUE(text.out.contains(QRegularExpression("Plant 7 drawings\\s+Confidential"))) << text.out.toStdString();
+        EXPECT_TRUE(text.out.contains(QRegularExpression("Plant 7 drawings\\s+Internal use"))) << text.out.toStdString();
         EXPECT_TRUE(text.out.contains("Printed by the task host")) << text.out.toStdString();
         // The header starts 25 mm from the left edge.
         const ProgramRun boxes = runProgram("pdftotext", {"-bbox", "-f", "1", "-l", "1", path, "-"},
