@@ -10,7 +10,7 @@ pkgs=(build-essential cmake ninja-build pkg-config
       cups-daemon cups-client systemd
       postgresql libpq-dev
       libocct-foundation-dev libocct-modeling-data-dev libocct-modeling-algorithms-dev
-      libocct-data-exchange-dev libocct-visualization-dev libtbb-dev admesh
+      libocct-data-exchange-dev libocct-visualization-dev libtbb-dev admesh libtiff-dev
       libqt6help6)
 missing=()
 for p in "${pkgs[@]}"; do

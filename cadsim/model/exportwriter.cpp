@@ -1,7 +1,7 @@
 #include "cadsim/model/exportwriter.h"
 
 #include "base/codepage.h"
-
+#include "cadsim/model/imageencoding.h"
 
 #include <QBuffer>
 #include <QFileInfo>
@@ -55,53 +55,23 @@ struct ExportView
     }
 };
 
-// A simple bracket outline with a hole, scaled into the given box.
-void paintOutline(QPainter &p, const QRectF &box)
+// The pages of an export: one per sheet or configuration, each with the
+// views of the solid it shows.
+SheetPage sheetPage(const ExportView &view, const SheetOptions &sheet, const QString &item)
 {
-    const qreal w = box.width(), h = box.height();
-    QPainterPath outline;
-    outline.moveTo(box.left(), box.bottom());
-    outline.lineTo(box.left(), box.top());
-    outline.lineTo(box.left() + 0.3 * w, box.top());
-    outline.lineTo(box.left() + 0.3 * w, box.top() + 0.6 * h);
-    outline.lineTo(box.right(), box.top() + 0.6 * h);
-    outline.lineTo(box.right(), box.bottom());
-    outline.closeSubpath();
-    outline.addEllipse(QPointF(box.left() + 0.15 * w, box.top() + 0.25 * h), 0.08 * w, 0.08 * w);
-    p.setPen(QPen(Qt::black, qMax<qreal>(1.0, w / 200)));
-    p.setBrush(QColor(225, 232, 240));
-    p.drawPath(outline);
+    SheetPage page;
+    page.documentName = view.documentName();
+    page.itemKind = view.itemKind();
+    page.item = item;
+    page.format = view.d.format;
+    page.notes = view.optionsText();
+    page.sheetMm = sheet.sheetMm;
+    if (sheet.views)
+        page.views = sheet.views(item);
+    return page;
 }
 
-// One sheet or configuration: frame, names, options and the outline.
-void paintItem(QPainter &p, const QRectF &page, const ExportView &view, const QString &item)
-{
-    p.fillRect(page, Qt::white);
-    const qreal margin = page.width() * 0.04;
-    const QRectF frame = page.adjusted(margin, margin, -margin, -margin);
-    p.setPen(QPen(Qt::black, qMax<qreal>(1.0, page.width() / 400)));
-    p.setBrush(Qt::NoBrush);
-    p.drawRect(frame);
-
-    QFont font(QStringLiteral("DejaVu Sans"));
-    font.setPixelSize(qMax(8, int(page.height() / 18)));
-    p.setFont(font);
-    const qreal line = page.height() / 12;
-    QRectF text(frame.left() + margin / 2, frame.top() + margin / 2, frame.width() - margin, line);
-    p.drawText(text, Qt::AlignLeft | Qt::AlignVCenter, view.documentName());
-    font.setPixelSize(qMax(6, int(page.height() / 28)));
-    p.setFont(font);
-    text.translate(0, line);
-    p.drawText(text, Qt::AlignLeft | Qt::AlignVCenter, view.itemKind() + QStringLiteral(": ") + item);
-    text.translate(0, line * 0.7);
-    p.drawText(text, Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("Format: ") + view.d.format.toUpper());
-    font.setPixelSize(qMax(5, int(page.height() / 45)));
-    p.setFont(font);
-    const QRectF options(text.left(), text.bottom(), text.width() * 0.45, frame.bottom() - text.bottom() - margin / 2);
-    p.drawText(options, Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, view.optionsText());
-    paintOutline(p, QRectF(frame.left() + frame.width() * 0.55, text.bottom(), frame.width() * 0.4,
-                           frame.bottom() - text.bottom() - margin));
-}
+constexpr double kPointsPerMm = 72 / 25.4;
 
 QByteArray xmpMetadata(const ExportView &view, const QString &title)
 {
@@ -137,7 +107,7 @@ QByteArray xmpMetadata(const ExportView &view, const QString &title)
     return xml;
 }
 
-QByteArray pdf(const ExportView &view)
+QByteArray pdf(const ExportView &view, const SheetOptions &sheet)
 {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
@@ -148,100 +118,152 @@ QByteArray pdf(const ExportView &view)
         writer.setCreator(QStringLiteral("mcsim"));
         writer.setDocumentXmpMetadata(xmpMetadata(view, title));
         writer.setResolution(72);
-        writer.setPageSize(QPageSize(QPageSize::A4));
-        writer.setPageOrientation(QPageLayout::Landscape);
+        writer.setPageLayout(sheet.layout);
         QPainter p(&writer);
-        const QRectF page(QPointF(0, 0), writer.pageLayout().paintRectPixels(writer.resolution()).size());
+        // The painter's origin is the corner of the area inside the margins.
+        const QRectF area(QPointF(0, 0), sheet.layout.paintRect(QPageLayout::Millimeter).size());
         const QStringList items = view.items();
         for (qsizetype i = 0; i < items.size(); ++i) {
             if (i > 0)
                 writer.newPage();
-            paintItem(p, page, view, items[i]);
+            paintSheet(p, area, kPointsPerMm, sheetPage(view, sheet, items[i]), sheet.style);
         }
     }
     return buffer.data();
 }
 
-QImage renderImage(const ExportView &view)
+// The first sheet or configuration as a picture of the whole page, a pixel
+// a point. Null when the picture cannot be had (no memory for it).
+QImage renderImage(const ExportView &view, const SheetOptions &sheet)
 {
-    QImage image(640, 452, QImage::Format_RGB32);
+    const QSizeF pageMm = sheet.layout.fullRect(QPageLayout::Millimeter).size();
+    QImage image((pageMm * kPointsPerMm).toSize(), QImage::Format_RGB32);
+    if (image.isNull())
+        return image;
+    image.setDotsPerMeterX(qRound(72 / 0.0254));
+    image.setDotsPerMeterY(qRound(72 / 0.0254));
+    image.fill(Qt::white);
     QPainter p(&image);
-    const QStringList items = view.items();
-    paintItem(p, QRectF(image.rect()), view, items.value(0));
+    paintSheet(p, QRectF(QPointF(0, 0), pageMm), kPointsPerMm, sheetPage(view, sheet, view.items().value(0)),
+               sheet.style);
     return image;
 }
 
-QByteArray image(const ExportView &view, const char *format)
+std::optional<QByteArray> image(const ExportView &view, const SheetOptions &sheet, const char *format)
 {
-    QImage picture = renderImage(view);
-    picture.setText(QStringLiteral("Description"), QString::fromUtf8(view.compactJson()));
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, format);
-    writer.setText(QStringLiteral("Description"), QString::fromUtf8(view.compactJson()));
-    writer.write(picture);
-    return buffer.data();
+    const QString description = QString::fromUtf8(view.compactJson());
+    const QImage picture = renderImage(view, sheet);
+    if (QByteArray(format) == "tiff")
+        return encodeTiff(picture, sheet.image, description);
+    return encodeImage(picture, format, description);
 }
 
-// Photoshop layout: header, empty colour-mode, resource and layer sections,
-// then the raw planes R, G, B.
-QByteArray psd(const ExportView &view)
+// Photoshop layout: header, colour-mode, resource and layer sections (all
+// empty), then the raw planes: one bit a pixel for a bilevel picture, else
+// grey or red, green and blue bytes.
+std::optional<QByteArray> psd(const ExportView &view, const SheetOptions &sheet)
 {
-    const QImage picture = renderImage(view);
+    const QImage rendered = renderImage(view, sheet);
+    if (rendered.isNull())
+        return std::nullopt;
+    const QImage picture = convertToImageType(rendered, sheet.image.type);
+    const bool bilevel = sheet.image.type == ImageType::Bilevel;
+    const int channels = sheet.image.type == ImageType::Rgb ? 3 : 1;
     QByteArray out;
     auto u16 = [&](quint16 v) { out.append(char(v >> 8)).append(char(v & 0xff)); };
     auto u32 = [&](quint32 v) { u16(quint16(v >> 16)); u16(quint16(v & 0xffff)); };
     out.append("8BPS");
     u16(1);
     out.append(6, '\0');
-    u16(3);
+    u16(quint16(channels));
     u32(quint32(picture.height()));
     u32(quint32(picture.width()));
-    u16(8);
-    u16(3);
+    u16(bilevel ? 1 : 8);
+    u16(bilevel ? 0 : channels == 1 ? 1 : 3); // bitmap, greyscale or RGB mode
     u32(0);
     u32(0);
     u32(0);
     u16(0);
-    for (int shift : {16, 8, 0}) // red, green, blue planes of the 0xAARRGGBB pixels
+    const int rowBytes = bilevel ? (picture.width() + 7) / 8 : picture.width();
+    for (int c = 0; c < channels; ++c)
         for (int y = 0; y < picture.height(); ++y) {
-            const auto *row = reinterpret_cast<const QRgb *>(picture.constScanLine(y));
-            for (int x = 0; x < picture.width(); ++x)
-                out.append(char((row[x] >> shift) & 0xff));
+            const uchar *line = picture.constScanLine(y);
+            for (int x = 0; x < rowBytes; ++x) {
+                // Bitmap mode: a set bit is black.
+                if (bilevel)
+                    out.append(char(picture.color(0) == qRgb(0, 0, 0) ? ~line[x] : line[x]));
+                else
+                    out.append(char(line[x * channels + c]));
+            }
         }
     return out;
 }
 
-QByteArray dxf(const ExportView &view)
+// The first sheet on its paper in millimetres (y up, origin at the lower
+// left corner): frame and title block on layer "FRAME", the views' edges on
+// "VISIBLE" and "HIDDEN", the texts on "TEXT".
+QByteArray dxf(const ExportView &view, const SheetOptions &sheet)
 {
     QByteArray out;
     auto pair = [&](int code, const QByteArray &value) { out.append(QByteArray::number(code) + '\n' + value + '\n'); };
+    auto number = [](double v) { return QByteArray::number(v, 'f', 3); };
+    const QSizeF pageMm = sheet.layout.fullRect(QPageLayout::Millimeter).size();
+    auto line = [&](const QByteArray &layer, QPointF a, QPointF b) {
+        pair(0, "LINE");
+        pair(8, layer);
+        pair(10, number(a.x()));
+        pair(20, number(pageMm.height() - a.y()));
+        pair(30, "0.0");
+        pair(11, number(b.x()));
+        pair(21, number(pageMm.height() - b.y()));
+        pair(31, "0.0");
+    };
+    auto rect = [&](const QByteArray &layer, const QRectF &r) {
+        line(layer, r.topLeft(), r.topRight());
+        line(layer, r.topRight(), r.bottomRight());
+        line(layer, r.bottomRight(), r.bottomLeft());
+        line(layer, r.bottomLeft(), r.topLeft());
+    };
+    auto text = [&](QPointF at, double height, const QString &value) {
+        pair(0, "TEXT");
+        pair(8, "TEXT");
+        pair(10, number(at.x()));
+        pair(20, number(pageMm.height() - at.y()));
+        pair(30, "0.0");
+        pair(40, number(height));
+        pair(1, value.toUtf8());
+    };
+
     pair(999, view.compactJson());
     pair(0, "SECTION");
     pair(2, "HEADER");
     pair(9, "$ACADVER");
     pair(1, "AC1009");
+    pair(9, "$INSUNITS");
+    pair(70, "4"); // millimetres
+    pair(9, "$EXTMIN");
+    pair(10, "0.0");
+    pair(20, "0.0");
+    pair(9, "$EXTMAX");
+    pair(10, number(pageMm.width()));
+    pair(20, number(pageMm.height()));
     pair(0, "ENDSEC");
     pair(0, "SECTION");
     pair(2, "ENTITIES");
-    const double corners[][4] = {{0, 0, 297, 0}, {297, 0, 297, 210}, {297, 210, 0, 210}, {0, 210, 0, 0}};
-    for (const auto &c : corners) {
-        pair(0, "LINE");
-        pair(8, "0");
-        pair(10, QByteArray::number(c[0], 'f', 1));
-        pair(20, QByteArray::number(c[1], 'f', 1));
-        pair(30, "0.0");
-        pair(11, QByteArray::number(c[2], 'f', 1));
-        pair(21, QByteArray::number(c[3], 'f', 1));
-        pair(31, "0.0");
+    const SheetPage page = sheetPage(view, sheet, view.items().value(0));
+    const SheetGeometry g = sheetGeometry(QRectF(QPointF(0, 0), pageMm), page, sheet.style);
+    rect("FRAME", g.frame);
+    rect("FRAME", g.titleBlock);
+    const QPointF t = g.titleBlock.topLeft() + QPointF(3, 8);
+    text(t, 5, page.documentName + QStringLiteral(" - ") + view.itemsText());
+    text(t + QPointF(0, 8), 3.5, page.itemKind + QStringLiteral(": ") + page.item);
+    for (const PlacedView &placed : g.views) {
+        for (const auto &[layer, lines] : {std::pair<QByteArray, const QList<QPolygonF> *>{"HIDDEN", &placed.view->hidden},
+                                           {"VISIBLE", &placed.view->visible}})
+            for (const QPolygonF &polyline : *lines)
+                for (qsizetype i = 1; i < polyline.size(); ++i)
+                    line(layer, placed.toPage.map(polyline[i - 1]), placed.toPage.map(polyline[i]));
     }
-    pair(0, "TEXT");
-    pair(8, "0");
-    pair(10, "10.0");
-    pair(20, "190.0");
-    pair(30, "0.0");
-    pair(40, "5.0");
-    pair(1, (view.documentName() + QStringLiteral(" - ") + view.itemsText()).toUtf8());
     pair(0, "ENDSEC");
     pair(0, "EOF");
     return out;
@@ -288,22 +310,23 @@ QByteArray xmlScene(const ExportView &view, bool xaml)
 
 } // namespace
 
-QByteArray ExportWriter::write(const ExportDescription &export_, const QJsonObject &description)
+std::optional<QByteArray> ExportWriter::write(const ExportDescription &export_, const QJsonObject &description,
+                                               const SheetOptions &sheet)
 {
     const ExportView view{export_, description};
     const QString f = export_.format;
     if (f == QLatin1String("pdf"))
-        return pdf(view);
+        return pdf(view, sheet);
     if (f == QLatin1String("tif"))
-        return image(view, "tiff");
+        return image(view, sheet, "tiff");
     if (f == QLatin1String("jpg"))
-        return image(view, "jpeg");
+        return image(view, sheet, "jpeg");
     if (f == QLatin1String("png") || f == QLatin1String("bmp"))
-        return image(view, f.toLatin1().constData());
+        return image(view, sheet, f.toLatin1().constData());
     if (f == QLatin1String("psd"))
-        return psd(view);
+        return psd(view, sheet);
     if (f == QLatin1String("dxf"))
-        return dxf(view);
+        return dxf(view, sheet);
     if (f == QLatin1String("ai"))
         return postscript(view);
     if (f == QLatin1String("scnxml") || f == QLatin1String("xaml"))

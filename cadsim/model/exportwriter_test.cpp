@@ -8,7 +8,6 @@
 #include <QImageReader>
 #include <QJsonDocument>
 #include <QRegularExpression>
-#include <QProcess>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>
 
@@ -38,20 +37,9 @@ protected:
         return testResolver(scratch)(name);
     }
 
-    static QString tool(const QString &program, const QStringList &args)
-    {
-        QProcess process;
-        process.start(program, args);
-        if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-            return QStringLiteral("<failed: %1 %2>").arg(program, QString::fromLocal8Bit(process.readAllStandardError()));
-        return QString::fromUtf8(process.readAllStandardOutput());
-    }
+    static QString tool(const QString &program, const QStringList &args) { return runTool(program, args); }
     static QString fileType(const QString &path) { return tool("file", {"-b", path}); }
-    static QByteArray bytes(const QString &path)
-    {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
+    static QByteArray bytes(const QString &path) { return fileBytes(path); }
 
     QTemporaryDir scratch;
     CadApplication app;
@@ -85,15 +73,20 @@ TEST_F(ExportFilesTest, ImagesOpenInQtsReaderAndFileNamesTheirFormat)
         EXPECT_EQ(reader.format(), qtFormat);
         const QImage image = reader.read();
         EXPECT_FALSE(image.isNull()) << extension.toStdString() << reader.errorString().toStdString();
-        EXPECT_GT(image.width(), 100);
-        // The picture is not blank: the outline and the text are drawn.
-        EXPECT_NE(image.pixelColor(image.width() * 3 / 4, image.height() * 3 / 4), QColor(Qt::white))
-            << extension.toStdString();
+        // A part is drawn on A4 landscape, a pixel a point.
+        EXPECT_EQ(image.size(), QSize(842, 595)) << extension.toStdString();
+        // The picture is not blank: the view above the title block has lines.
+        int dark = 0;
+        for (int y = 0; y < image.height() / 2; ++y)
+            for (int x = 0; x < image.width(); ++x)
+                dark += qGray(image.pixel(x, y)) < 128;
+        EXPECT_GT(dark, 300) << extension.toStdString();
         EXPECT_EQ(exportRecord(app, path)["configurations"].toVariant().toStringList(), QStringList{"Machined"});
     }
     const QString psd = exportTo("layout.mcddrw", "psd");
-    EXPECT_TRUE(fileType(psd).startsWith("Adobe Photoshop Image, 640 x 452, RGB")) << fileType(psd).toStdString();
-    EXPECT_EQ(bytes(psd).size(), 26 + 4 + 4 + 4 + 2 + 3 * 640 * 452);
+    // A drawing on its sheets' paper: A3 landscape.
+    EXPECT_TRUE(fileType(psd).startsWith("Adobe Photoshop Image, 1191 x 842, RGB")) << fileType(psd).toStdString();
+    EXPECT_EQ(bytes(psd).size(), 26 + 4 + 4 + 4 + 2 + 3 * 1191 * 842);
 }
 
 TEST_F(ExportFilesTest, DrawingsAndScenesAreWellFormed)

@@ -2,6 +2,7 @@
 
 #include "cadsim/model/cadapplication.h"
 #include "cadsim/model/cadconstants.h"
+#include "cadsim/model/documentgeometry.h"
 #include "cadsim/model/exportdescription.h"
 #include "cadsim/model/exportrecords.h"
 #include "cadsim/model/exportwriter.h"
@@ -9,6 +10,7 @@
 #include "cadsim/model/printspool.h"
 #include "cadsim/model/solidexports.h"
 #include "base/windowspath.h"
+#include "cadsim/geometry/shapebuilder.h"
 #include "platform/printing/printers.h"
 
 namespace {
@@ -48,6 +50,70 @@ std::optional<QStringList> viewerSelection(const Preferences &prefs, const QStri
     }
     default: return std::nullopt;
     }
+}
+
+ViewDirection viewDirection(SheetView::Direction d)
+{
+    switch (d) {
+    case SheetView::Direction::Front: return ViewDirection::Front;
+    case SheetView::Direction::Top: return ViewDirection::Top;
+    case SheetView::Direction::Right: return ViewDirection::Right;
+    case SheetView::Direction::Iso: return ViewDirection::Isometric;
+    }
+    return ViewDirection::Front;
+}
+
+// What a page of the document shows: a drawing sheet the views of its model
+// where the sheet places them, a part or assembly configuration a pictorial
+// view of its solid. A document whose solid cannot be built shows none.
+std::function<std::vector<SheetPageView>(const QString &)> viewsOf(CadApplication &app, const ModelDoc &doc)
+{
+    // The drawing's model is the same on every sheet: built once.
+    auto drawingSolid = std::make_shared<std::optional<TopoDS_Shape>>();
+    return [&app, &doc, drawingSolid](const QString &item) {
+        auto solidOf = [&](const QString &configuration) {
+            const std::optional<ModelGeometry> geometry = documentGeometry(app, doc, configuration);
+            return geometry ? buildSolid(*geometry) : TopoDS_Shape();
+        };
+        std::vector<SheetPageView> views;
+        if (doc.type() == DocumentType::Drawing) {
+            if (!*drawingSolid)
+                *drawingSolid = solidOf(QString());
+            for (const SheetView &v : doc.data().viewsOn(item))
+                views.push_back({projectHiddenLines(**drawingSolid, viewDirection(v.direction)), QPointF(v.x, v.y),
+                                 v.scale});
+        } else {
+            views.push_back({projectHiddenLines(solidOf(item), ViewDirection::Isometric), std::nullopt, 1});
+        }
+        return views;
+    };
+}
+
+// An export's pages: a drawing on its sheets' paper, anything else on A4
+// landscape; the PDF and image preferences as set, their defaults where a
+// macro never set them.
+SheetOptions exportSheetOptions(CadApplication &app, const ModelDoc &doc, const Preferences &prefs, const QString &ext)
+{
+    SheetOptions sheet;
+    if (doc.type() == DocumentType::Drawing) {
+        sheet.layout = pageLayoutOf(doc.data().paperSize, doc.data().orientation);
+        sheet.sheetMm = sheet.layout.fullRect(QPageLayout::Millimeter).size();
+    }
+    if (ext == QLatin1String("pdf")) {
+        auto toggle = [&](std::int32_t id, bool fallback) { return prefs.hasToggle(id) ? prefs.toggle(id) : fallback; };
+        sheet.style.color = toggle(cad::mcPDFExportInColor, true);
+        sheet.style.printerLineWeights = toggle(cad::mcPDFExportUseCurrentPrintLineWeights, true);
+        if (prefs.toggle(cad::mcPDFExportPrintHeaderFooter)) {
+            sheet.style.header = doc.pageSetup().header;
+            sheet.style.footer = doc.pageSetup().footer;
+        }
+    }
+    if (prefs.hasInteger(cad::mcTiffImageType))
+        sheet.image.type = static_cast<ImageType>(qBound(0, prefs.integer(cad::mcTiffImageType), 2));
+    sheet.image.compression =
+        static_cast<ImageCompression>(qBound(0, prefs.integer(cad::mcTiffCompressionScheme), 2));
+    sheet.views = viewsOf(app, doc);
+    return sheet;
 }
 
 } // namespace
@@ -142,7 +208,13 @@ bool ModelDocExtension::saveAs(const QString &name, std::int32_t version, std::i
             content = std::move(solid.bytes);
             companions = std::move(solid.companions);
         } else {
-            content = ExportWriter::write(d, description);
+            const std::optional<QByteArray> written =
+                ExportWriter::write(d, description, exportSheetOptions(*app, m_doc, prefs, ext));
+            if (!written) {
+                errors = cad::mcGenericSaveError;
+                return false;
+            }
+            content = *written;
         }
     }
 
@@ -244,8 +316,18 @@ bool ModelDocExtension::printOnQueue(const PrintRecord &r)
         d.sheets = r.sheets;
     else
         d.configurations = QStringList{r.configuration};
-    const QByteArray content = ExportWriter::write(d, exportDescriptionJson(d, app->preferences()));
-    if (!app->files().write(pdf, content)) {
+    // The page as the macro set it up: paper, orientation, margins, header
+    // and footer; one page per printed sheet.
+    const Preferences &prefs = app->preferences();
+    SheetOptions sheet;
+    sheet.layout = pageLayoutOf(r.paperSize, r.orientation, printMargins(prefs));
+    if (m_doc.type() == DocumentType::Drawing)
+        sheet.sheetMm = pageLayoutOf(m_doc.data().paperSize, m_doc.data().orientation).fullRect(QPageLayout::Millimeter).size();
+    sheet.style.header = r.header;
+    sheet.style.footer = r.footer;
+    sheet.views = viewsOf(*app, m_doc);
+    const std::optional<QByteArray> content = ExportWriter::write(d, exportDescriptionJson(d, prefs), sheet);
+    if (!content || !app->files().write(pdf, *content)) {
         app->addErrorMessage(QStringLiteral("The print job for '%1' could not be written.").arg(r.document));
         return false;
     }

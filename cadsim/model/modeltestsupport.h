@@ -5,6 +5,8 @@
 #include "cadsim/model/modelobserver.h"
 
 #include <QFile>
+#include <QImage>
+#include <QProcess>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -26,6 +28,34 @@ inline CadSettings testSettings(const QTemporaryDir &scratch)
 inline QJsonObject exportRecord(const CadApplication &app, const QString &nativePath)
 {
     return ExportRecords::read(app.exportRecordFolder(), nativePath);
+}
+
+// What a tool a user would open the file with prints (poppler's, file(1)),
+// or a text starting "<failed" when it did not run through.
+inline QString runTool(const QString &program, const QStringList &args)
+{
+    QProcess process;
+    process.start(program, args);
+    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        return QStringLiteral("<failed: %1 %2>").arg(program, QString::fromLocal8Bit(process.readAllStandardError()));
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+inline QByteArray fileBytes(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// One page of a PDF as poppler renders it; null when it could not.
+inline QImage pdfPageImage(const QString &pdf, int page, int dpi = 36)
+{
+    QTemporaryDir out;
+    const QString prefix = out.filePath(QStringLiteral("page"));
+    runTool(QStringLiteral("pdftoppm"), {QStringLiteral("-png"), QStringLiteral("-singlefile"), QStringLiteral("-r"),
+                                         QString::number(dpi), QStringLiteral("-f"), QString::number(page),
+                                         QStringLiteral("-l"), QString::number(page), pdf, prefix});
+    return QImage(prefix + QStringLiteral(".png"));
 }
 
 // Writes every event down as "kind:title[:detail]".

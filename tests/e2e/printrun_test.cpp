@@ -7,6 +7,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -133,7 +134,14 @@ TEST_F(PrintRunTest, JobsForAPrintQueueReachThePrivateCupsServerAsPdfs)
     ok({"vault", "ref", "V:\\Gearbox\\gearbox.mcdasm", "V:\\Gearbox\\layout.mcddrw"});
     ok({"task", "create", "Queue", "--kind", "print"});
     ok({"task", "setup", "Queue"});
-    ok({"task", "set", "Queue", "__printer_prname=McPdf"});
+    // A3 portrait whatever the drawing's own sheet says, custom margins in
+    // millimetres, a header and a footer.
+    ok({"task", "set", "Queue", "__printer_prname=McPdf", "__printer_defpapsize:int=9",
+        "__printer_deforientation:int=0", "__printer_usedrwnfo:bool=false", "__printer_margintype:int=2",
+        "__printer_margintop:real=30", "__printer_marginbottom:real=20", "__printer_marginleft:real=25",
+        "__printer_marginright:real=15", "__printer_headertype:int=2", "__printer_headerleft=Plant 7 drawings",
+        "__printer_headercenter=", "__printer_headerright=Internal use", "__printer_footertype:int=2",
+        "__printer_footerleft=", "__printer_footercenter=Printed by the task host", "__printer_footerright="});
 
     const QString id = ok({"task", "launch", "Queue", "V:\\Gearbox\\gearbox.mcdasm", "--set", "__printer_copycount:int=2"})
                            .lastLine();
@@ -148,6 +156,26 @@ TEST_F(PrintRunTest, JobsForAPrintQueueReachThePrivateCupsServerAsPdfs)
         EXPECT_TRUE(pdf.read(5) == "%PDF-") << job.toStdString();
         // The copies given at launch reach the queue.
         EXPECT_EQ(cups.copies(job), 2) << job.toStdString();
+        pdf.close();
+
+        // The page set-up the macro made: paper, orientation, header and
+        // footer; one page per sheet of the drawing, one for the assembly.
+        const QString path = pdf.fileName();
+        const ProgramRun info = runProgram("pdfinfo", {path}, ProgramSetting(m_home.path()));
+        EXPECT_TRUE(info.out.contains(QRegularExpression("Page size:\\s+842 x 1191 pts \\(A3\\)"))) << info.out.toStdString();
+        const bool drawing = info.out.contains("layout.mcddrw");
+        EXPECT_TRUE(info.out.contains(QRegularExpression(drawing ? "Pages:\\s+3\\n" : "Pages:\\s+1\\n")))
+            << info.out.toStdString();
+        const ProgramRun text = runProgram("pdftotext", {"-layout", path, "-"}, ProgramSetting(m_home.path()));
+        EXPECT_TRUE(text.out.contains(QRegularExpression("Plant 7 drawings\\s+Internal use"))) << text.out.toStdString();
+        EXPECT_TRUE(text.out.contains("Printed by the task host")) << text.out.toStdString();
+        // The header starts 25 mm from the left edge.
+        const ProgramRun boxes = runProgram("pdftotext", {"-bbox", "-f", "1", "-l", "1", path, "-"},
+                                            ProgramSetting(m_home.path()));
+        const QRegularExpressionMatch plant =
+            QRegularExpression(R"re(<word xMin="([\d.]+)"[^>]*>Plant</word>)re").match(boxes.out);
+        ASSERT_TRUE(plant.hasMatch()) << boxes.out.toStdString();
+        EXPECT_NEAR(plant.captured(1).toDouble(), 25 * 72 / 25.4, 2);
     }
     const QList<QJsonObject> printed = spool();
     ASSERT_EQ(printed.size(), 2);
