@@ -198,22 +198,25 @@ void TaskHostService::serverState(bool lost, const QString &why)
     m_lostConnections += lost ? 1 : -1;
     if (!m_events || m_lostConnections != (lost ? 1 : 0))
         return;
-    HostEvent event;
-    event.kind = lost ? HostEvent::Kind::ServerLost : HostEvent::Kind::ServerRegained;
-    event.time = Clock::instance().now().toUTC().toString(Qt::ISODateWithMs);
-    event.host = m_options.name;
+    HostEvent event = newEvent(lost ? HostEvent::Kind::ServerLost : HostEvent::Kind::ServerRegained);
     event.message = why;
     m_events(event);
+}
+
+HostEvent TaskHostService::newEvent(HostEvent::Kind kind) const
+{
+    HostEvent event;
+    event.kind = kind;
+    event.time = Clock::instance().now().toUTC().toString(Qt::ISODateWithMs);
+    event.host = m_options.name;
+    return event;
 }
 
 void TaskHostService::report(HostEvent::Kind kind, int worker, const InstanceRow &row)
 {
     if (!m_events)
         return;
-    HostEvent event;
-    event.kind = kind;
-    event.time = Clock::instance().now().toUTC().toString(Qt::ISODateWithMs);
-    event.host = m_options.name;
+    HostEvent event = newEvent(kind);
     event.worker = worker;
     event.instanceId = row.id;
     event.status = row.status;

@@ -123,6 +123,7 @@ private:
     // Claims and runs one instance, or waits a poll when none waits; false
     // when a --once host has nothing left.
     bool runNext(AddInSession &session, TaskQueue &queue, const TaskHolder &holder, const QueuePolicy &policy);
+    HostEvent newEvent(HostEvent::Kind kind) const; // now, this host
     void report(HostEvent::Kind kind, int worker, const InstanceRow &row);
     // An idle worker's wait of one poll; ends early when an instance is
     // announced as waiting (on a server vault) or the host stops.
