@@ -3,7 +3,7 @@
 # PostgreSQL server: SAMPLES one-file instances launched one after the other,
 # each once the previous has ended, with a host whose poll (POLL ms) is far
 # longer than a wake-up; the time from the launch's record to the host's
-# "started" line (median, min, max). Without wake-ups the median would be
+# "started" line (median, p99, min, max). Without wake-ups the median would be
 # about half the poll.
 # Usage: bench/pglatency.sh [BUILD_DIR] [SAMPLES] [POLL]   (defaults: build, 20, 5000)
 set -euo pipefail
@@ -29,8 +29,6 @@ trap cleanup EXIT
 trap 'exit 130' INT TERM
 url=$("$root/tools/privatepg.sh" start "$work/pg")
 
-iso_ms() { date -u -d "$1" +%s%3N; }
-
 export MCTASK_HOME="$work/home" MCTASK_VAULT="$work/vault" QT_QPA_PLATFORM=offscreen
 export MCSIM_EXPORT_RECORDS="$work/exports"
 mctask addin register >/dev/null
@@ -46,22 +44,6 @@ mctask task set "To STEP" "FileFormat=STEP (*.step)" 'OutputPath=<Path>\STEP\<Fi
 "$build/app/mctask" host serve --name bench --workers 1 --poll "$poll" --json >"$work/host.jsonl" 2>"$work/host.err" &
 host_pid=$!
 sleep 1 # the host is idle
-latencies=()
-for ((i = 1; i <= samples; i++)); do
-  id=$(mctask task launch "To STEP" 'V:\Parts\part1.mcdprt' 2>/dev/null | tail -1)
-  launched=$(mctask task instances --json | tr -d '\n ' | sed 's/"guid":"[^"]*"//g' | tr '}' '\n' | grep "\"id\":$id," | grep -o '"created":"[^"]*"' | cut -d'"' -f4)
-  for ((wait = 0; wait < 1200; wait++)); do
-    grep -q "\"event\":\"ended\".*\"instance\":$id[,}]" "$work/host.jsonl" && break
-    sleep 0.05
-  done
-  started=$(grep "\"event\":\"started\".*\"instance\":$id[,}]" "$work/host.jsonl" | grep -o '"time":"[^"]*"' | cut -d'"' -f4)
-  [ -n "$started" ] && [ -n "$launched" ] || { echo "pglatency: instance $id did not start" >&2; cat "$work/host.err" >&2; exit 1; }
-  latencies+=($(( $(iso_ms "$started") - $(iso_ms "$launched") )))
-done
+launch_latencies "$work/host.jsonl" "$samples" "launch to start, idle host on PostgreSQL (poll $poll ms, target under 100 ms)" \
+  || { cat "$work/host.err" >&2; exit 1; }
 kill -TERM "$host_pid"; wait "$host_pid" || true; host_pid=
-printf '%s\n' "${latencies[@]}" | sort -n | awk -v n="$samples" -v poll="$poll" '
-  { v[NR] = $1 }
-  END {
-    median = (n % 2) ? v[(n + 1) / 2] : (v[n / 2] + v[n / 2 + 1]) / 2
-    printf "launch to start, idle host on PostgreSQL (poll %d ms), %d launches: median %d ms, min %d ms, max %d ms (target under 100)\n", poll, n, median, v[1], v[n]
-  }'
