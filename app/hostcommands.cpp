@@ -34,6 +34,10 @@ qint64 numberOption(const QCommandLineParser &parser, const QCommandLineOption &
 
 QString eventLine(const HostEvent &event)
 {
+    if (event.kind == HostEvent::Kind::ServerLost)
+        return QStringLiteral("%1 lost the vault server, trying again: %2").arg(event.time, event.message);
+    if (event.kind == HostEvent::Kind::ServerRegained)
+        return QStringLiteral("%1 the vault server is back").arg(event.time);
     const bool started = event.kind == HostEvent::Kind::Started;
     QString line = QStringLiteral("%1 %2 task \"%3\" instance %4 worker %5 status %6 (%7)")
                        .arg(event.time, started ? QStringLiteral("started") : QStringLiteral("ended  "), event.task)
@@ -46,10 +50,29 @@ QString eventLine(const HostEvent &event)
     return line;
 }
 
+QString eventName(HostEvent::Kind kind)
+{
+    switch (kind) {
+    case HostEvent::Kind::Started:
+        return QStringLiteral("started");
+    case HostEvent::Kind::Ended:
+        return QStringLiteral("ended");
+    case HostEvent::Kind::ServerLost:
+        return QStringLiteral("serverLost");
+    case HostEvent::Kind::ServerRegained:
+        return QStringLiteral("serverRegained");
+    }
+    return {};
+}
+
 QJsonObject eventJson(const HostEvent &event)
 {
-    return QJsonObject{{QStringLiteral("event"),
-                        event.kind == HostEvent::Kind::Started ? QStringLiteral("started") : QStringLiteral("ended")},
+    if (event.kind == HostEvent::Kind::ServerLost || event.kind == HostEvent::Kind::ServerRegained)
+        return QJsonObject{{QStringLiteral("event"), eventName(event.kind)},
+                           {QStringLiteral("time"), event.time},
+                           {QStringLiteral("host"), event.host},
+                           {QStringLiteral("message"), event.message}};
+    return QJsonObject{{QStringLiteral("event"), eventName(event.kind)},
                        {QStringLiteral("time"), event.time},
                        {QStringLiteral("host"), event.host},
                        {QStringLiteral("task"), event.task},

@@ -31,33 +31,13 @@ cleanup() {
 trap cleanup EXIT
 trap 'exit 130' INT TERM
 
-# An ISO 8601 time (UTC, milliseconds) as milliseconds since the epoch.
-iso_ms() { date -u -d "$1" +%s%3N; }
-
 # --- 1. Latency -------------------------------------------------------------
 new_vault "$work/latency" 1
 "$build/app/mctask" host serve --name bench --workers 1 --json >"$work/latency/host.jsonl" 2>"$work/latency/host.err" &
 host_pid=$!
-latencies=()
-for ((i = 1; i <= samples; i++)); do
-  id=$(mctask task launch "To STEP" 'V:\Parts\part1.mcdprt' 2>/dev/null | tail -1)
-  launched=$(mctask task instances --json | tr -d '\n ' | sed 's/"guid":"[^"]*"//g' | tr '}' '\n' | grep "\"id\":$id," | grep -o '"created":"[^"]*"' | cut -d'"' -f4)
-  for ((wait = 0; wait < 1200; wait++)); do
-    grep -q "\"event\":\"ended\".*\"instance\":$id[,}]" "$work/latency/host.jsonl" && break
-    sleep 0.05
-  done
-  started=$(grep "\"event\":\"started\".*\"instance\":$id[,}]" "$work/latency/host.jsonl" | grep -o '"time":"[^"]*"' | cut -d'"' -f4)
-  [ -n "$started" ] && [ -n "$launched" ] || { echo "hostrun: instance $id did not start" >&2; cat "$work/latency/host.err" >&2; exit 1; }
-  latencies+=($(( $(iso_ms "$started") - $(iso_ms "$launched") )))
-done
+launch_latencies "$work/latency/host.jsonl" "$samples" "launch to start, idle host" \
+  || { cat "$work/latency/host.err" >&2; exit 1; }
 kill -TERM "$host_pid"; wait "$host_pid" || true; host_pid=
-printf '%s\n' "${latencies[@]}" | sort -n | awk -v n="$samples" '
-  { v[NR] = $1 }
-  END {
-    median = (n % 2) ? v[(n + 1) / 2] : (v[n / 2] + v[n / 2 + 1]) / 2
-    p99 = v[int(0.99 * (n - 1)) + 1]
-    printf "launch to start, idle host, %d launches: median %d ms, p99 %d ms, min %d ms, max %d ms\n", n, median, p99, v[1], v[n]
-  }'
 
 # --- 2. Throughput ----------------------------------------------------------
 declare -A rate

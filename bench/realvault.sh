@@ -47,3 +47,31 @@ new_vault() {
 
 # outputs_under FOLDER: how many files the vault holds in and below FOLDER.
 outputs_under() { mctask vault ls "$1" --json | grep -o '"path"' | wc -l; }
+
+# launch_latencies HOST_JSONL SAMPLES LABEL: launches SAMPLES one-file
+# instances of "To STEP" one after the other, each once the previous has
+# ended on the host that writes HOST_JSONL (host serve --json), and prints
+# the time from each launch's record to the host's "started" line (median,
+# p99, min, max) after LABEL.
+launch_latencies() {
+  local log=$1 samples=$2 label=$3 i wait id launched started
+  local latencies=()
+  for ((i = 1; i <= samples; i++)); do
+    id=$(mctask task launch "To STEP" 'V:\Parts\part1.mcdprt' 2>/dev/null | tail -1)
+    launched=$(mctask task instances --json | tr -d '\n ' | sed 's/"guid":"[^"]*"//g' | tr '}' '\n' | grep "\"id\":$id," | grep -o '"created":"[^"]*"' | cut -d'"' -f4)
+    for ((wait = 0; wait < 1200; wait++)); do
+      grep -q "\"event\":\"ended\".*\"instance\":$id[,}]" "$log" && break
+      sleep 0.05
+    done
+    started=$(grep "\"event\":\"started\".*\"instance\":$id[,}]" "$log" | grep -o '"time":"[^"]*"' | cut -d'"' -f4)
+    [ -n "$started" ] && [ -n "$launched" ] || { echo "$(basename "$0"): instance $id did not start" >&2; return 1; }
+    latencies+=($(( $(date -u -d "$started" +%s%3N) - $(date -u -d "$launched" +%s%3N) )))
+  done
+  printf '%s\n' "${latencies[@]}" | sort -n | awk -v n="$samples" -v label="$label" '
+    { v[NR] = $1 }
+    END {
+      median = (n % 2) ? v[(n + 1) / 2] : (v[n / 2] + v[n / 2 + 1]) / 2
+      p99 = v[int(0.99 * (n - 1)) + 1]
+      printf "%s, %d launches: median %d ms, p99 %d ms, min %d ms, max %d ms\n", label, n, median, p99, v[1], v[n]
+    }'
+}

@@ -7,13 +7,36 @@
 
 namespace {
 
-// The lease keeper looks at its stop flag this often while it waits.
+// The lease keeper and idle workers look at their stop flag this often
+// while they wait.
 constexpr qint64 StopCheckMs = 100;
+
+// The waits between attempts to reach a lost server.
+constexpr qint64 FirstRetryMs = 1000;
+constexpr qint64 LastRetryMs = 30000;
 
 } // namespace
 
-LeaseKeeper::LeaseKeeper(std::shared_ptr<VaultStore> store, Options options)
-    : m_store(std::move(store)), m_options(std::move(options))
+bool retryWithBackoff(const std::function<void()> &attempt, const std::atomic<bool> &stop)
+{
+    Clock &clock = Clock::instance();
+    for (qint64 delay = FirstRetryMs;; delay = std::min(delay * 2, LastRetryMs)) {
+        const qint64 due = clock.elapsed() + delay;
+        for (qint64 left = delay; left > 0 && !stop; left = due - clock.elapsed())
+            clock.sleep(std::min(left, StopCheckMs));
+        if (stop)
+            return false;
+        try {
+            attempt();
+            return true;
+        } catch (const HostError &) {
+            // Still away.
+        }
+    }
+}
+
+LeaseKeeper::LeaseKeeper(std::shared_ptr<VaultStore> store, Options options, ServerWatch watch)
+    : m_store(std::move(store)), m_options(std::move(options)), m_watch(std::move(watch))
 {
 }
 
@@ -63,8 +86,16 @@ void LeaseKeeper::loop()
             continue;
         try {
             beat();
-        } catch (const HostError &) {
-            // A busy or failing database: the next beat tries again.
+        } catch (const HostError &e) {
+            // A busy or failing database: the next beat tries again. A lost
+            // server is waited for first.
+            VaultDb &db = m_store->db();
+            if (db.isConnectionLost()) {
+                if (m_watch)
+                    m_watch(true, e.context());
+                if (retryWithBackoff([&db] { db.reconnect(); }, m_stop) && m_watch)
+                    m_watch(false, QString());
+            }
         }
         due = clock.elapsed() + interval;
     }
@@ -85,7 +116,8 @@ TaskHostService::~TaskHostService()
 void TaskHostService::start()
 {
     m_leases = std::make_unique<LeaseKeeper>(
-        m_stores(), LeaseKeeper::Options{m_options.name, m_options.pid, m_options.workers, m_options.leaseMs, true});
+        m_stores(), LeaseKeeper::Options{m_options.name, m_options.pid, m_options.workers, m_options.leaseMs, true},
+        [this](bool lost, const QString &why) { serverState(lost, why); });
     m_leases->start();
     m_running = m_options.workers;
     for (int worker = 1; worker <= m_options.workers; ++worker)
@@ -142,14 +174,49 @@ int TaskHostService::serve(const std::function<int(int timeoutMs)> &waitForSigna
     return failures().isEmpty() ? 0 : 1;
 }
 
-void TaskHostService::report(HostEvent::Kind kind, int worker, const InstanceRow &row)
+void TaskHostService::waitIdle(VaultDb &db)
 {
-    if (!m_events)
+    // In slices, so that a stop is seen during a long poll.
+    Clock &clock = Clock::instance();
+    const qint64 due = clock.elapsed() + m_options.pollMs;
+    for (qint64 left = m_options.pollMs; left > 0 && !m_stopping; left = due - clock.elapsed()) {
+        if (db.waitForWaiting(std::min(left, StopCheckMs)))
+            return;
+    }
+}
+
+void TaskHostService::rideOut(VaultDb &db, const QString &why)
+{
+    serverState(true, why);
+    if (retryWithBackoff([&db] { db.reconnect(); }, m_stopping))
+        serverState(false, QString());
+}
+
+void TaskHostService::serverState(bool lost, const QString &why)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_lostConnections += lost ? 1 : -1;
+    if (!m_events || m_lostConnections != (lost ? 1 : 0))
         return;
+    HostEvent event = newEvent(lost ? HostEvent::Kind::ServerLost : HostEvent::Kind::ServerRegained);
+    event.message = why;
+    m_events(event);
+}
+
+HostEvent TaskHostService::newEvent(HostEvent::Kind kind) const
+{
     HostEvent event;
     event.kind = kind;
     event.time = Clock::instance().now().toUTC().toString(Qt::ISODateWithMs);
     event.host = m_options.name;
+    return event;
+}
+
+void TaskHostService::report(HostEvent::Kind kind, int worker, const InstanceRow &row)
+{
+    if (!m_events)
+        return;
+    HostEvent event = newEvent(kind);
     event.worker = worker;
     event.instanceId = row.id;
     event.status = row.status;
@@ -178,11 +245,16 @@ void TaskHostService::work(int worker)
             try {
                 if (!runNext(*session, queue, holder, policy))
                     break;
-            } catch (const HostError &) {
+            } catch (const HostError &e) {
                 // The database stayed busy past its timeout, or a run could
                 // not write its end: its lease runs out and the next claim
-                // handles the instance. Wait a poll before the next claim.
-                Clock::instance().sleep(m_options.pollMs);
+                // handles the instance. Wait a poll before the next claim, or
+                // for the server when it went away.
+                VaultDb &db = session->store()->db();
+                if (db.isConnectionLost())
+                    rideOut(db, e.context());
+                else
+                    Clock::instance().sleep(m_options.pollMs);
             }
         }
         session.reset(); // the add-in object ends on the thread that used it
@@ -196,11 +268,13 @@ void TaskHostService::work(int worker)
 bool TaskHostService::runNext(AddInSession &session, TaskQueue &queue, const TaskHolder &holder,
                               const QueuePolicy &policy)
 {
+    VaultDb &db = session.store()->db();
+    db.listenForWaiting(); // before the claim, so no launch falls between
     const std::optional<TaskClaim> claim = queue.claimNext(holder, policy);
     if (!claim) {
         if (m_options.once && queue.pendingCount() == 0)
             return false;
-        Clock::instance().sleep(m_options.pollMs);
+        waitIdle(db);
         return true;
     }
     if (m_cancelling)

@@ -14,6 +14,11 @@
 #include <thread>
 #include <vector>
 
+// Calls attempt until it no longer throws HostError, waiting 1, 2, 4 ... at
+// most 30 s on the Clock before each call; for a vault server that went away.
+// Gives up (false) when stop is set.
+bool retryWithBackoff(const std::function<void()> &attempt, const std::atomic<bool> &stop);
+
 // Renews, from a thread of its own, the leases of every instance that one
 // process holds, and (when announce is set) records the process in the hosts
 // table as alive. It touches only the database, through a connection of its
@@ -30,7 +35,11 @@ public:
         bool announce = true; // a row in the hosts table
     };
 
-    LeaseKeeper(std::shared_ptr<VaultStore> store, Options options);
+    // Told when the keeper's connection to a vault server is lost (with why)
+    // and when it is back (why empty).
+    using ServerWatch = std::function<void(bool lost, const QString &why)>;
+
+    LeaseKeeper(std::shared_ptr<VaultStore> store, Options options, ServerWatch watch = {});
     ~LeaseKeeper(); // stops
 
     void start();
@@ -44,13 +53,16 @@ private:
 
     std::shared_ptr<VaultStore> m_store;
     Options m_options;
+    ServerWatch m_watch;
     std::atomic<bool> m_stop{false};
     std::thread m_thread;
 };
 
 // What a task host tells about its work: an instance started or ended.
+// ServerLost and ServerRegained tell that the host lost its vault server
+// (message: why) and has it back; they carry no instance.
 struct HostEvent {
-    enum class Kind { Started, Ended };
+    enum class Kind { Started, Ended, ServerLost, ServerRegained };
     Kind kind = Kind::Started;
     QString time; // UTC, ISO 8601
     QString host;
@@ -111,7 +123,17 @@ private:
     // Claims and runs one instance, or waits a poll when none waits; false
     // when a --once host has nothing left.
     bool runNext(AddInSession &session, TaskQueue &queue, const TaskHolder &holder, const QueuePolicy &policy);
+    HostEvent newEvent(HostEvent::Kind kind) const; // now, this host
     void report(HostEvent::Kind kind, int worker, const InstanceRow &row);
+    // An idle worker's wait of one poll; ends early when an instance is
+    // announced as waiting (on a server vault) or the host stops.
+    void waitIdle(VaultDb &db);
+    // A worker whose connection was lost waits for the server (see
+    // retryWithBackoff); why: the failure that showed the loss.
+    void rideOut(VaultDb &db, const QString &why);
+    // Counts the host's lost connections: the first loss and the last
+    // regain are events.
+    void serverState(bool lost, const QString &why);
 
     Options m_options;
     StoreFactory m_stores;
@@ -123,6 +145,7 @@ private:
     std::atomic<bool> m_cancelling{false};
     mutable std::mutex m_mutex; // events, failures, the count of running workers
     int m_running = 0;
+    int m_lostConnections = 0;
     QStringList m_failures;
     QHash<int, QString> m_taskNames; // task id to name, for the events
 };

@@ -1,16 +1,26 @@
 #include "hostservice/taskhostservice.h"
 
+#include "host/hosterror.h"
 #include "hostservice/testing/scriptedsession.h"
 #include "platform/clock.h"
 #include "vault/vaulttesting.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <csignal>
 #include <map>
 #include <mutex>
 
 namespace {
+
+// True when condition holds within about ten seconds.
+bool waitFor(const std::function<bool()> &condition)
+{
+    for (int i = 0; i < 1000 && !condition(); ++i)
+        Clock::instance().sleep(10);
+    return condition();
+}
 
 // The service on a vault of its own, with scripted sessions (one per
 // worker, each with its own connection) and the real clock: the waits are
@@ -55,13 +65,6 @@ protected:
             }
             return run(instance, cmd);
         };
-    }
-
-    static bool waitFor(const std::function<bool()> &condition)
-    {
-        for (int i = 0; i < 1000 && !condition(); ++i)
-            Clock::instance().sleep(10);
-        return condition();
     }
 
     TempVault m_vault;
@@ -212,6 +215,138 @@ TEST_F(TaskHostServiceTest, TheLeaseKeeperHoldsTheClaimWhileARunWaitsLongerThanI
     EXPECT_EQ(seen.kind, ClaimOutcome::Kind::Held) << seen.refusal.toStdString();
     EXPECT_EQ(row(id).status, TaskStatus_FinishedOk);
     EXPECT_EQ(row(id).attempt, 1);
+}
+
+// An idle host with a poll far longer than the waits below, on each back end.
+class IdleHostTest : public VaultBackendTest
+{
+protected:
+    void SetUp() override
+    {
+        VaultBackendTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        m_vault = std::make_unique<TempVault>(QStringLiteral("alice"), server());
+        m_taskId = TaskStore(m_vault->store).createTask(QStringLiteral("Convert"), QStringLiteral("{0}")).id;
+    }
+
+    std::unique_ptr<TempVault> m_vault;
+    int m_taskId = 0;
+};
+
+TEST_P(IdleHostTest, AStopEndsALongPollAndOnAServerALaunchEndsItAtOnce)
+{
+    TaskHostService::Options options;
+    options.name = QStringLiteral("host1");
+    options.pid = 4242;
+    options.leaseMs = 5000;
+    options.pollMs = 30000;
+    TaskHostService service(
+        options, [this] { return m_vault->reopen(); },
+        [this](int, QString &) -> std::unique_ptr<AddInSession> {
+            return std::make_unique<ScriptedSession>(m_vault->reopen());
+        },
+        {});
+    service.start();
+    Clock::instance().sleep(300); // the worker found nothing and waits
+    TaskStore tasks(m_vault->store);
+    const int id = tasks.createInstance(m_taskId).id;
+    if (onPostgres()) {
+        // Taken long before the poll would have ended.
+        EXPECT_TRUE(waitFor([&] { return tasks.instanceById(id)->status == TaskStatus_FinishedOk; }));
+    }
+    service.stop();
+    EXPECT_TRUE(waitFor([&] { return service.finished(); }));
+    service.join();
+    if (!onPostgres()) {
+        EXPECT_EQ(tasks.instanceById(id)->status, TaskStatus_Waiting); // SQLite hosts only poll
+    }
+}
+
+TEST_P(IdleHostTest, AWorkerWhoseServerConnectionIsLostSaysSoOnceAndGoesOnWhenItIsBack)
+{
+    if (!onPostgres())
+        GTEST_SKIP() << "an SQLite vault has no server to lose";
+    TaskHostService::Options options;
+    options.name = QStringLiteral("host1");
+    options.pid = 4242;
+    options.pollMs = 30000;
+    std::mutex mutex;
+    std::vector<HostEvent> events;
+    std::atomic<int> workerPid{0};
+    TaskHostService service(
+        options, [this] { return m_vault->reopen(); },
+        [&](int, QString &) -> std::unique_ptr<AddInSession> {
+            auto store = m_vault->reopen();
+            PgStatement s = store->db().postgres()->prepare("SELECT pg_backend_pid()");
+            s.step();
+            workerPid = s.integer(0);
+            return std::make_unique<ScriptedSession>(store);
+        },
+        [&](const HostEvent &event) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            events.push_back(event);
+        });
+    const auto kinds = [&] {
+        const std::lock_guard<std::mutex> lock(mutex);
+        std::vector<HostEvent::Kind> seen;
+        for (const HostEvent &event : events)
+            seen.push_back(event.kind);
+        return seen;
+    };
+    service.start();
+    ASSERT_TRUE(waitFor([&] { return workerPid != 0; }));
+    Clock::instance().sleep(300); // idle
+    m_schema->admin().prepare("SELECT pg_terminate_backend(?)").bind(1, workerPid.load()).exec();
+
+    using Kind = HostEvent::Kind;
+    EXPECT_TRUE(waitFor([&] { return kinds().size() >= 2; }));
+    EXPECT_EQ(kinds(), (std::vector{Kind::ServerLost, Kind::ServerRegained}));
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        ASSERT_FALSE(events.empty());
+        EXPECT_FALSE(events[0].message.isEmpty()); // why it was lost
+    }
+    // The new connection listens again: a launch ends the long poll.
+    TaskStore tasks(m_vault->store);
+    const int id = tasks.createInstance(m_taskId).id;
+    EXPECT_TRUE(waitFor([&] { return tasks.instanceById(id)->status == TaskStatus_FinishedOk; }));
+    service.stop();
+    EXPECT_TRUE(waitFor([&] { return service.finished(); }));
+    service.join();
+}
+
+INSTANTIATE_TEST_SUITE_P(Backends, IdleHostTest, VaultBackends);
+
+TEST(RetryWithBackoffTest, WaitsLongerAfterEachFailureUpToAMaximumAndGivesUpOnStop)
+{
+    FakeClock clock;
+    const ScopedClock scoped(clock);
+    std::atomic<bool> stop{false};
+    std::vector<qint64> calls;
+    EXPECT_TRUE(retryWithBackoff(
+        [&] {
+            calls.push_back(clock.elapsed());
+            if (calls.size() < 8)
+                throw HostError(E_DOX_CANT_OPEN_DATABASE, QStringLiteral("away"));
+        },
+        stop));
+    EXPECT_EQ(calls, (std::vector<qint64>{1000, 3000, 7000, 15000, 31000, 61000, 91000, 121000}));
+
+    // A stop ends the wait between attempts.
+    int attempts = 0;
+    clock.setOnSleep([&](qint64) {
+        if (clock.elapsed() >= 125000)
+            stop = true;
+    });
+    EXPECT_FALSE(retryWithBackoff(
+        [&] {
+            ++attempts;
+            throw HostError(E_DOX_CANT_OPEN_DATABASE, QStringLiteral("away"));
+        },
+        stop));
+    EXPECT_EQ(attempts, 2); // at 122000 and 124000
+    EXPECT_LT(clock.elapsed(), 125000 + 1000);
 }
 
 } // namespace

@@ -179,6 +179,7 @@ int TaskQueue::recoverExpired(const QueuePolicy &policy)
         while (s.step())
             expired.push_back(s.integer(0));
     }
+    bool requeued = false;
     for (const int id : expired) {
         const InstanceRow row = *m_tasks.instanceById(id);
         const QString lost = QStringLiteral("The task host %1 was lost while it ran this instance (attempt %2 of %3).")
@@ -199,8 +200,11 @@ int TaskQueue::recoverExpired(const QueuePolicy &policy)
                        "status = CASE status WHEN 5 THEN 10 WHEN 6 THEN 6 WHEN 10 THEN 10 ELSE 0 END WHERE id = ?")
                 .bind(1, id)
                 .exec();
+            requeued = true;
         }
     }
+    if (requeued)
+        db.announceWaiting();
     t.commit();
     return static_cast<int>(expired.size());
 }

@@ -4,9 +4,12 @@
 
 #include <libpq-fe.h>
 #include <libpq/libpq-fs.h>
+#include <poll.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -31,6 +34,17 @@ QString pgFailureText(const QByteArray &state)
     if (state == "40001" || state == "40P01")
         return QStringLiteral("a concurrent change got in the way");
     return {};
+}
+
+// Why a connection could not be made. libpq says "connection to server on
+// socket ... failed: why": the why is what counts.
+QString connectFailure(pg_conn *conn)
+{
+    QString why = firstLine(PQerrorMessage(conn));
+    const qsizetype failed = why.lastIndexOf(QLatin1String("failed: "));
+    if (failed >= 0)
+        why = why.mid(failed + 8);
+    return QStringLiteral("cannot connect (%1)").arg(why);
 }
 
 [[noreturn]] void fail(HRESULT code, const QString &server, const QString &message, const char *what)
@@ -313,16 +327,31 @@ PgDb::PgDb(const QString &url) : m_server(pgServerName(url))
     if (!m_conn)
         throw HostError(E_OUTOFMEMORY, QStringLiteral("vault server %1: no memory to connect").arg(m_server));
     if (PQstatus(m_conn) != CONNECTION_OK) {
-        // "connection to server on socket ... failed: why": the why is what counts.
-        QString why = firstLine(PQerrorMessage(m_conn));
-        const qsizetype failed = why.lastIndexOf(QLatin1String("failed: "));
-        if (failed >= 0)
-            why = why.mid(failed + 8);
+        const QString why = connectFailure(m_conn);
         PQfinish(m_conn);
         m_conn = nullptr;
-        fail(E_DOX_CANT_OPEN_DATABASE, m_server, QStringLiteral("cannot connect (%1)").arg(why), nullptr);
+        fail(E_DOX_CANT_OPEN_DATABASE, m_server, why, nullptr);
     }
     PQsetNoticeProcessor(m_conn, ignoreNotice, nullptr);
+}
+
+bool PgDb::isLost() const
+{
+    return PQstatus(m_conn) == CONNECTION_BAD;
+}
+
+void PgDb::reconnect()
+{
+    const auto lock = guard();
+    PQreset(m_conn);
+    if (PQstatus(m_conn) != CONNECTION_OK)
+        fail(E_DOX_CANT_OPEN_DATABASE, m_server, connectFailure(m_conn), nullptr);
+    // Prepared statements and listens belong to the server's session.
+    m_prepared.clear();
+    std::vector<QString> channels;
+    channels.swap(m_listening);
+    for (const QString &channel : channels)
+        listen(channel);
 }
 
 PgDb::~PgDb()
@@ -398,6 +427,61 @@ void PgDb::exec(const char *sql)
     const auto lock = guard();
     const PgResult result = checkPg(PQexec(m_conn, sql), *this, sql);
     m_changes = std::atoi(PQcmdTuples(result.get()));
+}
+
+void PgDb::notify(const QString &channel)
+{
+    prepare("SELECT pg_notify(?, '')").bind(1, channel).exec();
+}
+
+void PgDb::listen(const QString &channel)
+{
+    const auto lock = guard();
+    if (std::find(m_listening.begin(), m_listening.end(), channel) != m_listening.end())
+        return;
+    const QByteArray name = channel.toUtf8();
+    char *quoted = PQescapeIdentifier(m_conn, name.constData(), static_cast<size_t>(name.size()));
+    if (!quoted)
+        fail(E_DOX_DATABASE_ACCESS, m_server, firstLine(PQerrorMessage(m_conn)), "LISTEN");
+    const QByteArray sql = "LISTEN " + QByteArray(quoted);
+    PQfreemem(quoted);
+    exec(sql.constData());
+    m_listening.push_back(channel);
+}
+
+bool PgDb::takeNotifications()
+{
+    if (!PQconsumeInput(m_conn))
+        fail(E_DOX_DATABASE_ACCESS, m_server,
+             PQstatus(m_conn) == CONNECTION_BAD ? pgFailureText("08000") : firstLine(PQerrorMessage(m_conn)),
+             "waiting for a notification");
+    bool any = false;
+    while (PGnotify *notification = PQnotifies(m_conn)) {
+        any = true;
+        PQfreemem(notification);
+    }
+    return any;
+}
+
+bool PgDb::waitForNotification(qint64 ms)
+{
+    int socket = -1;
+    {
+        const auto lock = guard();
+        if (takeNotifications())
+            return true;
+        socket = PQsocket(m_conn);
+    }
+    if (socket < 0)
+        fail(E_DOX_DATABASE_ACCESS, m_server, pgFailureText("08000"), "waiting for a notification");
+    // The lock is not held while waiting: another thread may use the
+    // connection, and what it reads is consumed below all the same.
+    pollfd wait{socket, POLLIN, 0};
+    const int rc = ::poll(&wait, 1, static_cast<int>(std::clamp<qint64>(ms, 0, 1 << 30)));
+    if (rc < 0 && errno != EINTR)
+        fail(E_DOX_DATABASE_ACCESS, m_server, QString::fromLocal8Bit(std::strerror(errno)), "waiting for a notification");
+    const auto lock = guard();
+    return takeNotifications();
 }
 
 bool PgDb::inTransaction() const

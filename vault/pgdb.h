@@ -97,8 +97,8 @@ private:
 };
 
 // The one handle of a connection to a PostgreSQL vault. A connection that
-// broke stays broken: every later use fails with its message, and the owner
-// opens a new one.
+// broke stays broken: every later use fails with its message, until the
+// owner reconnects it or opens a new one.
 class PgDb final
 {
 public:
@@ -131,6 +131,21 @@ public:
     QByteArray readLargeObject(unsigned oid);
     void unlinkLargeObject(unsigned oid);
 
+    // Notifications (LISTEN/NOTIFY). notify() is delivered when the open
+    // transaction commits (at once outside one); listen() is idempotent per
+    // channel. waitForNotification() waits on the connection's socket at most
+    // ms and consumes what came, also what arrived during earlier queries:
+    // true when anything did.
+    void notify(const QString &channel);
+    void listen(const QString &channel);
+    bool waitForNotification(qint64 ms);
+
+    // True once the connection to the server is lost.
+    bool isLost() const;
+    // Connects anew after a loss, with the statements and listens of the
+    // connection made again; fails as the constructor does.
+    void reconnect();
+
     pg_conn *handle() const { return m_conn; }
     // What the messages call the server (pgServerName of the URL).
     const QString &serverName() const { return m_server; }
@@ -143,6 +158,8 @@ private:
     // object) on failure.
     long long checkLo(long long rc, const char *what);
     void endCallbacks(std::size_t first, bool committed);
+    // Reads what the socket holds and drops the notifications; true when any.
+    bool takeNotifications();
 
     std::recursive_mutex m_mutex;
     pg_conn *m_conn = nullptr;
@@ -154,6 +171,7 @@ private:
         int parameters = 0;
     };
     std::unordered_map<std::string, Prepared> m_prepared;
+    std::vector<QString> m_listening;
 };
 
 // A transaction, or a savepoint when one is already open. Rolls back in its

@@ -2,6 +2,7 @@
 
 #include "host/hosterror.h"
 #include "vault/pgtesting.h"
+#include "vault/vaultdb.h"
 
 #include <QTemporaryDir>
 
@@ -182,3 +183,32 @@ TEST_F(PgDbTest, AConnectionTheServerDroppedSaysSoAndRollsBack)
 }
 
 } // namespace
+
+TEST_F(PgDbTest, AnAnnouncedWaitingInstanceWakesListenersOfThatVaultOnlyOnceItsTransactionCommits)
+{
+    VaultDb listener(std::make_unique<PgDb>(schema->url()));
+    VaultDb announcer(std::make_unique<PgDb>(schema->url()));
+    QString whyNot;
+    const auto otherSchema = PgTestSchema::create(&whyNot);
+    ASSERT_TRUE(otherSchema) << qPrintable(whyNot);
+    VaultDb stranger(std::make_unique<PgDb>(otherSchema->url()));
+    listener.listenForWaiting();
+    listener.listenForWaiting(); // a second time changes nothing
+    stranger.listenForWaiting();
+
+    {
+        Transaction t(announcer);
+        announcer.announceWaiting();
+        EXPECT_FALSE(listener.waitForWaiting(200)); // not before the commit
+    } // rolled back
+    EXPECT_FALSE(listener.waitForWaiting(200));
+
+    {
+        Transaction t(announcer);
+        announcer.announceWaiting();
+        t.commit();
+    }
+    EXPECT_TRUE(listener.waitForWaiting(10000));
+    EXPECT_FALSE(listener.waitForWaiting(0)); // consumed
+    EXPECT_FALSE(stranger.waitForWaiting(200)); // another vault on the server
+}

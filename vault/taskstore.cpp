@@ -268,6 +268,7 @@ InstanceRow TaskStore::createInstance(int taskId)
     Statement insert = db.prepare("INSERT INTO instances (task_id, guid, status, created) VALUES (?, ?, ?, ?) RETURNING id");
     insert.bind(1, taskId).bind(2, guid).bind(3, TaskStatus_Waiting).bind(4, m_store->timestamp());
     const int id = static_cast<int>(insert.insertedId());
+    db.announceWaiting();
     t.commit();
     return requireInstance(id);
 }

@@ -1,5 +1,7 @@
 #include "vault/vaultdb.h"
 
+#include "platform/clock.h"
+
 VaultDb::VaultDb(std::unique_ptr<SqliteDb> db) : m_sqlite(std::move(db))
 {
 }
@@ -9,6 +11,46 @@ VaultDb::VaultDb(std::unique_ptr<PgDb> db) : m_pg(std::move(db))
 }
 
 VaultDb::~VaultDb() = default;
+
+QString VaultDb::waitingChannel()
+{
+    const auto lock = guard();
+    if (m_channel.isEmpty()) {
+        PgStatement s = m_pg->prepare("SELECT COALESCE(current_schema(), '')");
+        s.step();
+        // A channel is a name: at most 63 bytes.
+        m_channel = QStringLiteral("mctask_waiting_%1").arg(s.text(0)).left(63);
+    }
+    return m_channel;
+}
+
+void VaultDb::announceWaiting()
+{
+    if (m_pg)
+        m_pg->notify(waitingChannel());
+}
+
+void VaultDb::listenForWaiting()
+{
+    if (m_pg)
+        m_pg->listen(waitingChannel());
+}
+
+void VaultDb::reconnect()
+{
+    if (m_pg)
+        m_pg->reconnect();
+}
+
+bool VaultDb::waitForWaiting(qint64 ms)
+{
+    if (!m_pg) {
+        Clock::instance().sleep(ms);
+        return false;
+    }
+    listenForWaiting();
+    return m_pg->waitForNotification(ms);
+}
 
 Statement VaultDb::prepare(const char *sql)
 {

@@ -49,9 +49,29 @@ public:
     // Drops the content unless a version still has it.
     void dropContentIfUnused(const QString &hash);
 
+    // Wake-ups of idle task hosts. On PostgreSQL announceWaiting() tells the
+    // hosts that listen on this vault (when the open transaction commits) that
+    // an instance waits, and waitForWaiting() returns as soon as they are
+    // told; on SQLite nothing is sent and the wait is a sleep of the Clock.
+    // Listen before looking at the queue, so no announcement falls between.
+    void announceWaiting();
+    void listenForWaiting();
+    // Waits at most ms; true when an announcement came.
+    bool waitForWaiting(qint64 ms);
+
+    // A server vault whose connection was lost, and its new connection
+    // (HostError E_DOX_CANT_OPEN_DATABASE while the server stays away). An
+    // SQLite file is never lost.
+    bool isConnectionLost() const { return m_pg && m_pg->isLost(); }
+    void reconnect();
+
 private:
+    // One channel per vault: the server's vaults are apart by schema.
+    QString waitingChannel();
+
     std::unique_ptr<SqliteDb> m_sqlite;
     std::unique_ptr<PgDb> m_pg;
+    QString m_channel;
 };
 
 // A use of a prepared statement of either back end (see SqliteStatement).
