@@ -497,18 +497,7 @@ void PgDb::onTransactionEnd(std::function<void(bool)> callback)
         callback(true);
         return;
     }
-    m_endCallbacks.push_back(std::move(callback));
-}
-
-void PgDb::endCallbacks(std::size_t first, bool committed)
-{
-    if (first >= m_endCallbacks.size())
-        return;
-    std::vector<std::function<void(bool)>> due(std::make_move_iterator(m_endCallbacks.begin() + first),
-                                               std::make_move_iterator(m_endCallbacks.end()));
-    m_endCallbacks.resize(first);
-    for (auto &callback : due)
-        callback(committed);
+    m_endCallbacks.add(std::move(callback));
 }
 
 PgTransaction::PgTransaction(PgDb &db) : m_db(db), m_guard(db.guard()), m_firstCallback(db.m_endCallbacks.size())
@@ -538,7 +527,7 @@ PgTransaction::~PgTransaction()
         }
     } catch (...) {
     }
-    m_db.endCallbacks(m_nested ? m_firstCallback : 0, false);
+    m_db.m_endCallbacks.run(m_nested ? m_firstCallback : 0, false);
 }
 
 void PgTransaction::commit()
@@ -554,5 +543,5 @@ void PgTransaction::commit()
     if (std::string(PQcmdStatus(result.get())) != "COMMIT")
         fail(E_DOX_DATABASE_ACCESS, m_db.m_server, QStringLiteral("the transaction was rolled back"), nullptr);
     m_done = true;
-    m_db.endCallbacks(0, true);
+    m_db.m_endCallbacks.run(0, true);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/hresult.h"
+#include "vault/transactionendcallbacks.h"
 
 #include <QByteArray>
 #include <QString>
@@ -157,7 +158,6 @@ private:
     // The check of libpq's large-object calls, which answer -1 (or 0 for no
     // object) on failure.
     long long checkLo(long long rc, const char *what);
-    void endCallbacks(std::size_t first, bool committed);
     // Reads what the socket holds and drops the notifications; true when any.
     bool takeNotifications();
 
@@ -165,7 +165,7 @@ private:
     pg_conn *m_conn = nullptr;
     QString m_server;
     int m_changes = 0;
-    std::vector<std::function<void(bool)>> m_endCallbacks;
+    TransactionEndCallbacks m_endCallbacks;
     struct Prepared {
         std::string name;
         int parameters = 0;

@@ -263,18 +263,7 @@ void SqliteDb::onTransactionEnd(std::function<void(bool)> callback)
         callback(true);
         return;
     }
-    m_endCallbacks.push_back(std::move(callback));
-}
-
-void SqliteDb::endCallbacks(std::size_t first, bool committed)
-{
-    if (first >= m_endCallbacks.size())
-        return;
-    std::vector<std::function<void(bool)>> due(std::make_move_iterator(m_endCallbacks.begin() + first),
-                                               std::make_move_iterator(m_endCallbacks.end()));
-    m_endCallbacks.resize(first);
-    for (auto &callback : due)
-        callback(committed);
+    m_endCallbacks.add(std::move(callback));
 }
 
 SqliteUnflushedCommits::SqliteUnflushedCommits(SqliteDb &db) : m_db(db), m_guard(db.guard())
@@ -323,7 +312,7 @@ SqliteTransaction::~SqliteTransaction()
         }
     } catch (...) {
     }
-    m_db.endCallbacks(m_nested ? m_firstCallback : 0, false);
+    m_db.m_endCallbacks.run(m_nested ? m_firstCallback : 0, false);
 }
 
 void SqliteTransaction::commit()
@@ -335,5 +324,5 @@ void SqliteTransaction::commit()
     }
     m_db.exec("COMMIT");
     m_done = true;
-    m_db.endCallbacks(0, true);
+    m_db.m_endCallbacks.run(0, true);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/hresult.h"
+#include "vault/transactionendcallbacks.h"
 
 #include <QByteArray>
 #include <QString>
@@ -118,15 +119,12 @@ public:
 
 private:
     friend class SqliteTransaction;
-    // Runs and drops the callbacks from index first on, in order.
-    void endCallbacks(std::size_t first, bool committed);
-
     void open(const QByteArray &name, int flags, int busyTimeoutMs);
 
     std::recursive_mutex m_mutex;
     sqlite3 *m_db = nullptr;
     bool m_readOnly = false;
-    std::vector<std::function<void(bool)>> m_endCallbacks;
+    TransactionEndCallbacks m_endCallbacks;
     struct CachedStatement {
         sqlite3_stmt *stmt = nullptr;
         bool inUse = false;
