@@ -1,0 +1,59 @@
+#include "vaultbatch.h"
+
+#include "host/hosterror.h"
+#include "vault/batchservices.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+void writeBenchTree(const QString &root, int folders, int filesPerFolder)
+{
+    for (int d = 0; d < folders; ++d) {
+        const QString dir = QStringLiteral("%1/Top%2/Dir%3").arg(root).arg(d / 10).arg(d % 10);
+        QDir().mkpath(dir);
+        for (int i = 0; i < filesPerFolder; ++i) {
+            QFile file(QStringLiteral("%1/f%2.mcdprt").arg(dir).arg(i));
+            if (!file.open(QIODevice::WriteOnly))
+                throw HostError(E_DOX_IO_ERROR, file.fileName());
+            file.write(QByteArray::number(d * 100000 + i));
+        }
+    }
+}
+
+void benchBatchAddAndCheckIn10k(benchmark::State &state,
+                                const std::function<std::shared_ptr<VaultStore>(const QString &root)> &makeStore)
+{
+    for (auto _ : state) {
+        state.PauseTiming();
+        QTemporaryDir dir;
+        const QString root = dir.path() + "/vault";
+        auto store = makeStore(root);
+        writeBenchTree(root, 100, 100);
+        state.ResumeTiming();
+
+        Transaction transaction(store->db());
+        VaultBatchAdd add(store);
+        for (int d = 0; d < 100; ++d) {
+            const QString folder = QStringLiteral("V:\\Top%1\\Dir%2").arg(d / 10).arg(d % 10);
+            for (int i = 0; i < 100; ++i)
+                add.AddFileFromPath(QStringLiteral("%1\\f%2.mcdprt").arg(folder).arg(i), folder);
+        }
+        std::vector<DoxBatchAddResult> results;
+        if (add.CommitAdd(results) != S_OK || results.size() != 10000)
+            state.SkipWithError("batch add failed");
+        std::vector<DoxFolderPair> selection;
+        for (const DoxBatchAddResult &r : results)
+            selection.push_back({r.docId, r.folderId});
+        VaultBatchCheckIn checkIn(store);
+        checkIn.SetComment(QStringLiteral("bench"));
+        checkIn.AddSelection(selection);
+        if (checkIn.CreateTree() != S_OK || checkIn.CheckIn() != S_OK)
+            state.SkipWithError("check-in failed");
+        transaction.commit();
+
+        state.PauseTiming();
+        store.reset();
+        state.ResumeTiming();
+    }
+}

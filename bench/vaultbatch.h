@@ -1,0 +1,24 @@
+#pragma once
+
+// What the benchmarks of the vault on SQLite and on PostgreSQL share: the
+// local tree they add, and the batch add plus check-in they time.
+
+#include "vault/vaultstore.h"
+
+#include <QString>
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+#include <memory>
+
+// Local files Top<d/10>/Dir<d%10>/f<i>.mcdprt below root, for d below
+// folders and i below filesPerFolder; each holds a number of its own.
+void writeBenchTree(const QString &root, int folders, int filesPerFolder);
+
+// Batch add of the 10,000 files of writeBenchTree(root, 100, 100), then
+// batch check-in of all of them, inside one transaction. Each round makes a
+// fresh vault with makeStore(root) and writes its tree, both outside the
+// timing.
+void benchBatchAddAndCheckIn10k(benchmark::State &state,
+                                const std::function<std::shared_ptr<VaultStore>(const QString &root)> &makeStore);
