@@ -2,14 +2,13 @@
 // floor of plain libpq writing the same rows and contents in the same run.
 // The server is the one in MCTASK_BENCH_PG (tools/privatepg.sh start DIR
 // prints one); each round works in a fresh schema of it.
-#include "vaultbatch.h"
+#include "benchvaults.h"
 
 #include "vault/vaultstore.h"
 
 #include <QCryptographicHash>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QUuid>
 
 #include <benchmark/benchmark.h>
 #include <libpq-fe.h>
@@ -18,29 +17,6 @@
 #include <memory>
 
 namespace {
-
-QString benchServer()
-{
-    return qEnvironmentVariable("MCTASK_BENCH_PG");
-}
-
-// A new schema on the server; its URL. Schemas stay: the private server is
-// thrown away after the run.
-QString freshSchema()
-{
-    const QByteArray name = "b_" + QUuid::createUuid().toByteArray(QUuid::Id128);
-    PgDb(benchServer()).exec(("CREATE SCHEMA " + name).constData());
-    return pgUrlWithSearchPath(benchServer(), QString::fromLatin1(name));
-}
-
-// False, with the benchmark skipped, when no server is named.
-bool haveServer(benchmark::State &state)
-{
-    if (!benchServer().isEmpty())
-        return true;
-    state.SkipWithError("MCTASK_BENCH_PG names no server");
-    return false;
-}
 
 std::shared_ptr<VaultStore> vaultOnFreshSchema(const QString &root)
 {

@@ -1,4 +1,4 @@
-#include "vaultbatch.h"
+#include "benchvaults.h"
 
 #include "vault/embeddedvault.h"
 #include "vault/vaultstore.h"

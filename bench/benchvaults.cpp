@@ -1,4 +1,4 @@
-#include "vaultbatch.h"
+#include "benchvaults.h"
 
 #include "host/hosterror.h"
 #include "vault/batchservices.h"
@@ -6,6 +6,27 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QUuid>
+
+QString benchServer()
+{
+    return qEnvironmentVariable("MCTASK_BENCH_PG");
+}
+
+bool haveServer(benchmark::State &state)
+{
+    if (!benchServer().isEmpty())
+        return true;
+    state.SkipWithError("MCTASK_BENCH_PG names no server");
+    return false;
+}
+
+QString freshSchema()
+{
+    const QByteArray name = "b_" + QUuid::createUuid().toByteArray(QUuid::Id128);
+    PgDb(benchServer()).exec(("CREATE SCHEMA " + name).constData());
+    return pgUrlWithSearchPath(benchServer(), QString::fromLatin1(name));
+}
 
 void writeBenchTree(const QString &root, int folders, int filesPerFolder)
 {

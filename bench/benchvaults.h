@@ -1,7 +1,7 @@
 #pragma once
 
-// What the benchmarks of the vault on SQLite and on PostgreSQL share: the
-// local tree they add, and the batch add plus check-in they time.
+// What the benchmarks of vaults on SQLite and on PostgreSQL share: the
+// server, the local tree they add, and the batch add plus check-in they time.
 
 #include "vault/vaultstore.h"
 
@@ -11,6 +11,14 @@
 
 #include <functional>
 #include <memory>
+
+// The PostgreSQL server of the benchmarks: MCTASK_BENCH_PG (tools/bench.sh
+// starts a private one). haveServer() skips the benchmark when none is named.
+QString benchServer();
+bool haveServer(benchmark::State &state);
+// A new schema on that server, as the URL of a connection that works in it.
+// Schemas stay: the private server is thrown away after the run.
+QString freshSchema();
 
 // Local files Top<d/10>/Dir<d%10>/f<i>.mcdprt below root, for d below
 // folders and i below filesPerFolder; each holds a number of its own.
