@@ -42,15 +42,20 @@ void writeBenchTree(const QString &root, int folders, int filesPerFolder)
     }
 }
 
-void benchBatchAddAndCheckIn10k(benchmark::State &state,
-                                const std::function<std::shared_ptr<VaultStore>(const QString &root)> &makeStore)
+std::shared_ptr<VaultStore> vaultWithBenchTree(const QTemporaryDir &dir, const MakeBenchStore &makeStore)
+{
+    const QString root = dir.path() + "/vault";
+    auto store = makeStore(root);
+    writeBenchTree(root, 100, 100);
+    return store;
+}
+
+void benchBatchAddAndCheckIn10k(benchmark::State &state, const MakeBenchStore &makeStore)
 {
     for (auto _ : state) {
         state.PauseTiming();
         QTemporaryDir dir;
-        const QString root = dir.path() + "/vault";
-        auto store = makeStore(root);
-        writeBenchTree(root, 100, 100);
+        auto store = vaultWithBenchTree(dir, makeStore);
         state.ResumeTiming();
 
         Transaction transaction(store->db());

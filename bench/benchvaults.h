@@ -6,6 +6,7 @@
 #include "vault/vaultstore.h"
 
 #include <QString>
+#include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 
@@ -24,9 +25,13 @@ QString freshSchema();
 // folders and i below filesPerFolder; each holds a number of its own.
 void writeBenchTree(const QString &root, int folders, int filesPerFolder);
 
+using MakeBenchStore = std::function<std::shared_ptr<VaultStore>(const QString &root)>;
+
+// A fresh vault from makeStore(root) in dir, with writeBenchTree(root, 100,
+// 100) in its local view, none of it added yet.
+std::shared_ptr<VaultStore> vaultWithBenchTree(const QTemporaryDir &dir, const MakeBenchStore &makeStore);
+
 // Batch add of the 10,000 files of writeBenchTree(root, 100, 100), then
 // batch check-in of all of them, inside one transaction. Each round makes a
-// fresh vault with makeStore(root) and writes its tree, both outside the
-// timing.
-void benchBatchAddAndCheckIn10k(benchmark::State &state,
-                                const std::function<std::shared_ptr<VaultStore>(const QString &root)> &makeStore);
+// fresh vaultWithBenchTree outside the timing.
+void benchBatchAddAndCheckIn10k(benchmark::State &state, const MakeBenchStore &makeStore);

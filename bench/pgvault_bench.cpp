@@ -41,9 +41,8 @@ void BM_PgBatchAddFloor10k(benchmark::State &state)
     for (auto _ : state) {
         state.PauseTiming();
         QTemporaryDir dir;
-        const QString root = dir.path() + "/vault";
-        auto store = vaultOnFreshSchema(root);
-        writeBenchTree(root, 100, 100);
+        auto store = vaultWithBenchTree(dir, vaultOnFreshSchema);
+        const QString root = store->paths().nativeRoot();
         // The store's connection is on the round's schema; the floor writes through it directly.
         PGconn *conn = store->db().postgres()->handle();
         bool ok = true;

@@ -37,16 +37,6 @@ struct BigVault {
     }
 };
 
-// A fresh vault in dir with writeBenchTree(100 folders, 100 files each) in
-// its local view, none of it added yet.
-std::shared_ptr<VaultStore> vaultWithLocalTree(const QTemporaryDir &dir, const QString &name)
-{
-    const QString root = dir.path() + "/vault";
-    auto store = VaultStore::create(root, name);
-    writeBenchTree(root, 100, 100);
-    return store;
-}
-
 BigVault &bigVault()
 {
     static BigVault vault;
@@ -110,7 +100,7 @@ void BM_BatchAddFloor10k(benchmark::State &state)
     for (auto _ : state) {
         state.PauseTiming();
         QTemporaryDir dir;
-        auto store = vaultWithLocalTree(dir, QStringLiteral("Floor"));
+        auto store = vaultWithBenchTree(dir, [](const QString &root) { return VaultStore::create(root, QStringLiteral("Floor")); });
         const QString root = store->paths().nativeRoot();
         sqlite3 *db = store->db().sqlite()->handle();
         sqlite3_stmt *folder = nullptr;

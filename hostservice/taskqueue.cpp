@@ -11,7 +11,8 @@
 
 namespace {
 
-// The statuses of an instance that may be taken off the queue.
+// The statuses of an instance that may be taken off the queue (the schema's
+// index instances_waiting has the same condition).
 constexpr const char *WaitingCondition = "lease_expiry IS NULL AND status IN (0, 6, 11)";
 
 // Guarded by the whole claim: holder, process, worker and attempt.

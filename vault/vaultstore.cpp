@@ -41,13 +41,18 @@ std::vector<std::vector<T>> inLists(const std::vector<T> &values)
     return lists;
 }
 
-// sql with its "?*" spelled as "?, ?, ..." for a list of length values.
-QByteArray withInList(const char *sql, std::size_t length)
+// sql prepared with its "?*" spelled as "?, ?, ..." for the values of list
+// (one of inLists), which are bound from the parameter first on.
+template<typename T>
+Statement prepareWithList(VaultDb &db, const char *sql, const std::vector<T> &list, int first = 1)
 {
     QByteArray marks("?");
-    for (std::size_t i = 1; i < length; ++i)
+    for (std::size_t i = 1; i < list.size(); ++i)
         marks += ", ?";
-    return QByteArray(sql).replace("?*", marks);
+    Statement s = db.prepare(QByteArray(sql).replace("?*", marks).constData());
+    for (std::size_t i = 0; i < list.size(); ++i)
+        s.bind(first + static_cast<int>(i), list[i]);
+    return s;
 }
 
 QString defaultUser()
@@ -351,9 +356,7 @@ std::vector<std::optional<VaultFileRow>> VaultStore::filesById(const std::vector
     std::unordered_map<int, VaultFileRow> found;
     static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.id IN (?*)";
     for (const std::vector<int> &list : inLists(ids)) {
-        Statement s = m_db.prepare(withInList(sql.constData(), list.size()).constData());
-        for (std::size_t i = 0; i < list.size(); ++i)
-            s.bind(static_cast<int>(i) + 1, list[i]);
+        Statement s = prepareWithList(m_db, sql.constData(), list);
         while (s.step()) {
             VaultFileRow row = readFileRow(s);
             found.emplace(row.id, std::move(row));
@@ -545,9 +548,7 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
         for (const NewFile &file : files)
             keys.push_back(VaultPaths::key(VaultPaths::join(file.folder, file.name)));
         for (const std::vector<QString> &list : inLists(keys)) {
-            Statement s = m_db.prepare(withInList("SELECT path_key FROM files WHERE path_key IN (?*)", list.size()).constData());
-            for (std::size_t i = 0; i < list.size(); ++i)
-                s.bind(static_cast<int>(i) + 1, list[i]);
+            Statement s = prepareWithList(m_db, "SELECT path_key FROM files WHERE path_key IN (?*)", list);
             while (s.step())
                 taken.insert(s.text(0));
         }
@@ -701,22 +702,15 @@ std::vector<int> VaultStore::checkInFiles(const std::vector<int> &fileIds, const
     }
     for (const std::vector<int> &list : inLists(asAdded)) {
         // A new file's first check-in: its one version takes the comment.
-        if (!comment.isEmpty()) {
-            Statement s = m_db.prepare(withInList("UPDATE versions SET comment = ? WHERE file_id IN (?*) AND version = "
-                                                  "(SELECT latest_version FROM files WHERE files.id = versions.file_id)",
-                                                  list.size())
-                                           .constData());
-            s.bind(1, comment);
-            for (std::size_t i = 0; i < list.size(); ++i)
-                s.bind(static_cast<int>(i) + 2, list[i]);
-            s.exec();
-        }
-        Statement s = m_db.prepare(
-            withInList("UPDATE files SET locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id IN (?*)", list.size())
-                .constData());
-        for (std::size_t i = 0; i < list.size(); ++i)
-            s.bind(static_cast<int>(i) + 1, list[i]);
-        s.exec();
+        if (!comment.isEmpty())
+            prepareWithList(m_db,
+                            "UPDATE versions SET comment = ? WHERE file_id IN (?*) AND version = "
+                            "(SELECT latest_version FROM files WHERE files.id = versions.file_id)",
+                            list, 2)
+                .bind(1, comment)
+                .exec();
+        prepareWithList(m_db, "UPDATE files SET locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id IN (?*)", list)
+            .exec();
     }
     t.commit();
     return results;
