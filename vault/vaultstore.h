@@ -144,6 +144,8 @@ public:
     // Files.
     std::optional<VaultFileRow> fileById(int id);
     std::optional<VaultFileRow> fileByPath(const QString &relative);
+    // By id when it is positive, else by the Windows or native path.
+    std::optional<VaultFileRow> fileByIdOrPath(int id, const QString &path);
     std::vector<VaultFileRow> filesIn(int folderId);
     // Every file in the folder and below, ordered by path.
     std::vector<VaultFileRow> filesUnder(int folderId);
@@ -214,6 +216,10 @@ public:
     // when it is missing or holds other bytes; a copy the user has checked
     // out stays as it is. True when it wrote the copy.
     bool fetch(int fileId);
+    // fetch for each file and every file its latest version references,
+    // down the whole tree (each once): what a run needs before the CAD
+    // application opens them. The number of copies written.
+    int fetchWithReferences(const std::vector<int> &fileIds);
     // True for a vault on a server, whose local view holds only what was
     // fetched into it.
     bool isShared() const { return m_db.kind() == VaultDb::Kind::Postgres; }
