@@ -139,7 +139,9 @@ TEST(ServerInstanceRunTest, TheRunsFilesAndTheFilesTheyReferenceAreFetchedBefore
 
     QTemporaryDir hostDir;
     const QString view = hostDir.filePath("view");
-    const auto host = VaultStore::attachToServer(schema->url(), view, VaultOpenOptions{'V', "cad01", {}, 10000, false});
+    VaultOpenOptions options;
+    options.user = QStringLiteral("cad01");
+    const auto host = VaultStore::attachToServer(schema->url(), view, options);
     TaskQueue queue(host);
     const int taskId = queue.tasks().createTask(QStringLiteral("Convert"), QStringLiteral("{0}")).id;
     const int instanceId = queue.tasks().createInstance(taskId).id;
