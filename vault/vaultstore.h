@@ -144,8 +144,6 @@ public:
     // Files.
     std::optional<VaultFileRow> fileById(int id);
     std::optional<VaultFileRow> fileByPath(const QString &relative);
-    // By id when it is positive, else by the Windows or native path.
-    std::optional<VaultFileRow> fileByIdOrPath(int id, const QString &path);
     std::vector<VaultFileRow> filesIn(int folderId);
     // Every file in the folder and below, ordered by path.
     std::vector<VaultFileRow> filesUnder(int folderId);
@@ -153,6 +151,8 @@ public:
     // folderId, without building a list; for large trees.
     void walk(int folderId, const std::function<void(const VaultFolderRow &)> &folder,
               const std::function<void(const VaultFileRow &)> &file);
+    // By id when it is positive, else by the Windows or native path.
+    std::optional<VaultFileRow> fileByIdOrPath(int id, const QString &path);
 
     std::vector<VaultVersionRow> versions(int fileId);
     // version <= 0 means the latest.
