@@ -175,6 +175,10 @@ PgResult checkPg(pg_result *raw, PgDb &db, const char *what, HRESULT failure)
     }
     if (message.isEmpty())
         message = firstLine(PQerrorMessage(db.m_conn));
+    // A unique key that a concurrent writer took first: the vault's own
+    // answer, as the look before the write gives it when nobody races.
+    if (state == "23505")
+        fail(E_DOX_NAME_ALREADY_EXISTS, db.m_server, QStringLiteral("already exists (%1)").arg(message), nullptr);
     QString plain = pgFailureText(state);
     if (plain.isEmpty() && PQstatus(db.m_conn) == CONNECTION_BAD)
         plain = pgFailureText("08000");
