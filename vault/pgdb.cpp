@@ -44,6 +44,9 @@ QString connectFailure(pg_conn *conn)
     const qsizetype failed = why.lastIndexOf(QLatin1String("failed: "));
     if (failed >= 0)
         why = why.mid(failed + 8);
+    // A missing socket or a refused port: nothing listens there.
+    if (why.contains(QLatin1String("No such file or directory")) || why.contains(QLatin1String("Connection refused")))
+        return QStringLiteral("cannot connect (%1): the server is not running or not reachable").arg(why);
     return QStringLiteral("cannot connect (%1)").arg(why);
 }
 
