@@ -91,7 +91,7 @@ HRESULT ClaimedTaskInstance::GetTaskValue(const Variant &nameOrNumber, Variant &
 
 HandoverRecordingVault::HandoverRecordingVault(std::shared_ptr<IDoxVault> vault, std::shared_ptr<VaultStore> store,
                                                TaskClaim claim)
-    : m_vault(std::move(vault)), m_queue(std::move(store)), m_claim(std::move(claim))
+    : m_vault(std::move(vault)), m_store(store), m_queue(std::move(store)), m_claim(std::move(claim))
 {
 }
 
@@ -145,7 +145,19 @@ HRESULT HandoverRecordingVault::CreateUtility(std::int32_t utility, HostObjectPt
 HRESULT HandoverRecordingVault::ResolveReferenceVersions(const std::vector<DoxReferenceQuery> &files,
                                                          std::int32_t setting, std::vector<std::int32_t> &versions)
 {
-    return m_vault->ResolveReferenceVersions(files, setting, versions);
+    const HRESULT resolved = m_vault->ResolveReferenceVersions(files, setting, versions);
+    if (resolved != S_OK || !m_store->isShared())
+        return resolved;
+    // The run builds its file list with this call and opens the files next.
+    // A local view holds the latest versions, as a vault folder does.
+    return hostCall([&] {
+        std::vector<int> ids;
+        for (const DoxReferenceQuery &query : files)
+            if (const auto row = m_store->fileByIdOrPath(query.docId, query.path))
+                ids.push_back(row->id);
+        m_store->fetchWithReferences(ids);
+        return S_OK;
+    });
 }
 
 HRESULT HandoverRecordingVault::GetCardVariableNames(QStringList &names)

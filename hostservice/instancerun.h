@@ -65,7 +65,9 @@ private:
 // in, reference or fill cards first record the hand-over of the run's
 // outputs with the claim (see TaskQueue::recoverExpired), and are refused
 // when the claim is lost, so that a run never checks in what another run
-// of the instance may also check in.
+// of the instance may also check in. On a vault on a server, the reference
+// resolution the add-in asks for before the first file also brings the
+// selected files and the files they reference into this home's local view.
 class HandoverRecordingVault final : public IDoxVault
 {
 public:
@@ -92,6 +94,7 @@ public:
 
 private:
     std::shared_ptr<IDoxVault> m_vault;
+    std::shared_ptr<VaultStore> m_store;
     int m_refused = 0;
     TaskQueue m_queue;
     TaskClaim m_claim;

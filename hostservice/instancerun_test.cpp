@@ -5,7 +5,11 @@
 #include "vault/embeddedvault.h"
 #include "vault/vaulttesting.h"
 
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
+
+#include <map>
 
 namespace {
 
@@ -113,6 +117,53 @@ TEST_F(InstanceRunTest, ARunWhoseClaimWasLostChangesNothingAndChecksNothingIn)
     EXPECT_EQ(report.end.attempt, 2);
     EXPECT_TRUE(report.end.handover.isEmpty());
     EXPECT_TRUE(report.end.finished.isEmpty());
+}
+
+// A host home attached to a vault on a server starts with an empty local
+// view; the run's reference resolution brings in what the run will open.
+TEST(ServerInstanceRunTest, TheRunsFilesAndTheFilesTheyReferenceAreFetchedBeforeTheAddInOpensThem)
+{
+    std::unique_ptr<PgTestSchema> schema;
+    MCTASK_PG_SCHEMA_OR_SKIP(schema);
+    TempVault client(QStringLiteral("alice"), schema->url());
+    std::map<QString, int> ids;
+    for (const char *name : {"gearbox.mcdasm", "shaft.mcdprt", "cover.mcdprt", "bolt.mcdprt", "single.mcdprt",
+                             "other.mcdprt"}) {
+        const QString file = QString::fromLatin1(name);
+        ids[file] = client.store->addFile(client.outsideFile(file, "bytes of " + file.toUtf8()), "Parts", file, {}).id;
+    }
+    client.store->addReference(ids["gearbox.mcdasm"], ids["shaft.mcdprt"], QString());
+    client.store->addReference(ids["gearbox.mcdasm"], ids["cover.mcdprt"], QString());
+    client.store->addReference(ids["cover.mcdprt"], ids["bolt.mcdprt"], QString()); // a second level
+    client.store->addReference(ids["other.mcdprt"], ids["bolt.mcdprt"], QString());  // a parent is not fetched
+
+    QTemporaryDir hostDir;
+    const QString view = hostDir.filePath("view");
+    VaultOpenOptions options;
+    options.user = QStringLiteral("cad01");
+    const auto host = VaultStore::attachToServer(schema->url(), view, options);
+    TaskQueue queue(host);
+    const int taskId = queue.tasks().createTask(QStringLiteral("Convert"), QStringLiteral("{0}")).id;
+    const int instanceId = queue.tasks().createInstance(taskId).id;
+    queue.tasks().setInstanceData(instanceId, {DoxCmdData{ids["gearbox.mcdasm"], 0, "V:\\Parts\\gearbox.mcdasm", {}, 1, 0},
+                                               DoxCmdData{0, 0, "V:\\Parts\\single.mcdprt", {}, 1, 0}});
+    const TaskClaim claim = queue.claim(instanceId, Worker, QueuePolicy{2000, 2}).claim;
+
+    auto local = [&](const QString &name) { return TempVault::readFile(view + "/Parts/" + name); };
+    ScriptedSession session(host, [&](DoxCmd &, DoxCmdDataArray &data, IDoxTaskInstance &instance, IDoxVault &vault) {
+        EXPECT_TRUE(local("gearbox.mcdasm").isEmpty());
+        std::vector<DoxReferenceQuery> queries;
+        for (const DoxCmdData &element : data)
+            queries.push_back({element.objectId1, element.objectId2, element.long2, element.string1});
+        std::vector<std::int32_t> versions;
+        EXPECT_EQ(vault.ResolveReferenceVersions(queries, 2, versions), S_OK);
+        EXPECT_EQ(versions, (std::vector<std::int32_t>{1, 1}));
+        return instance.SetStatus(TaskStatus_FinishedOk, S_OK, std::nullopt, {}, std::nullopt);
+    });
+    EXPECT_EQ(runClaimedInstance(session, claim).end.status, TaskStatus_FinishedOk);
+    for (const char *name : {"gearbox.mcdasm", "shaft.mcdprt", "cover.mcdprt", "bolt.mcdprt", "single.mcdprt"})
+        EXPECT_EQ(local(name), QByteArray("bytes of ") + name) << name;
+    EXPECT_FALSE(QFile::exists(view + "/Parts/other.mcdprt"));
 }
 
 } // namespace

@@ -42,9 +42,10 @@ struct ProgramSetting {
     QProcessEnvironment extra;
 };
 
-inline ProgramRun runProgram(const QString &program, const QStringList &args, const ProgramSetting &setting)
+// The environment a program gets from the setting: the test's own with the
+// setting's home, vault and extras.
+inline QProcessEnvironment programEnvironment(const ProgramSetting &setting)
 {
-    QProcess process;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("MCTASK_HOME"), setting.home);
     env.remove(QStringLiteral("MCTASK_VAULT"));
@@ -54,7 +55,13 @@ inline ProgramRun runProgram(const QString &program, const QStringList &args, co
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     for (const QString &name : setting.extra.keys())
         env.insert(name, setting.extra.value(name));
-    process.setProcessEnvironment(env);
+    return env;
+}
+
+inline ProgramRun runProgram(const QString &program, const QStringList &args, const ProgramSetting &setting)
+{
+    QProcess process;
+    process.setProcessEnvironment(programEnvironment(setting));
     if (!setting.workingDirectory.isEmpty())
         process.setWorkingDirectory(setting.workingDirectory);
     if (setting.normalUser && ::geteuid() == 0)

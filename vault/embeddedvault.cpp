@@ -251,14 +251,7 @@ HRESULT EmbeddedVault::ResolveReferenceVersions(const std::vector<DoxReferenceQu
         std::vector<std::int32_t> result;
         result.reserve(files.size());
         for (const DoxReferenceQuery &q : files) {
-            std::optional<VaultFileRow> row;
-            if (q.docId > 0) {
-                row = m_store->fileById(q.docId);
-            } else {
-                QString relative;
-                if (m_store->paths().toRelative(q.path, relative))
-                    row = m_store->fileByPath(relative);
-            }
+            const std::optional<VaultFileRow> row = m_store->fileByIdOrPath(q.docId, q.path);
             if (!row)
                 return E_DOX_FILE_NOT_FOUND;
             const bool named = q.version > 0 && q.version <= row->latestVersion;

@@ -13,6 +13,7 @@
 #include <sqlite3.h>
 
 #include <unordered_map>
+#include <unordered_set>
 
 namespace {
 
@@ -339,6 +340,16 @@ std::optional<VaultFileRow> VaultStore::fileByPath(const QString &relative)
     if (s.step())
         row = readFileRow(s);
     return row;
+}
+
+std::optional<VaultFileRow> VaultStore::fileByIdOrPath(int id, const QString &path)
+{
+    if (id > 0)
+        return fileById(id);
+    QString relative;
+    if (!m_paths.toRelative(path, relative))
+        return std::nullopt;
+    return fileByPath(relative);
 }
 
 std::vector<VaultFileRow> VaultStore::filesIn(int folderId)
@@ -707,6 +718,24 @@ bool VaultStore::fetch(int fileId)
     }
     restoreLocalCopy(fileId);
     return true;
+}
+
+int VaultStore::fetchWithReferences(const std::vector<int> &fileIds)
+{
+    const auto guard = m_db.guard();
+    int fetched = 0;
+    std::unordered_set<int> seen;
+    std::vector<int> pending(fileIds.rbegin(), fileIds.rend());
+    while (!pending.empty()) {
+        const int id = pending.back();
+        pending.pop_back();
+        if (!seen.insert(id).second)
+            continue;
+        fetched += fetch(id) ? 1 : 0;
+        for (const VaultReferenceRow &reference : references(id, 0))
+            pending.push_back(reference.childId);
+    }
+    return fetched;
 }
 
 void VaultStore::deleteFile(int fileId)

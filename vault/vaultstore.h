@@ -153,6 +153,8 @@ public:
     // folderId, without building a list; for large trees.
     void walk(int folderId, const std::function<void(const VaultFolderRow &)> &folder,
               const std::function<void(const VaultFileRow &)> &file);
+    // By id when it is positive, else by the Windows or native path.
+    std::optional<VaultFileRow> fileByIdOrPath(int id, const QString &path);
 
     std::vector<VaultVersionRow> versions(int fileId);
     // version <= 0 means the latest.
@@ -216,6 +218,10 @@ public:
     // when it is missing or holds other bytes; a copy the user has checked
     // out stays as it is. True when it wrote the copy.
     bool fetch(int fileId);
+    // fetch for each file and every file its latest version references,
+    // down the whole tree (each once): what a run needs before the CAD
+    // application opens them. The number of copies written.
+    int fetchWithReferences(const std::vector<int> &fileIds);
     // True for a vault on a server, whose local view holds only what was
     // fetched into it.
     bool isShared() const { return m_db.kind() == VaultDb::Kind::Postgres; }

@@ -10,6 +10,9 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+#include <string>
+
 // A vault in a fresh temporary folder, with helpers to write local files.
 // With a server URL its store is that PostgreSQL database and the folder is
 // its local view; else an SQLite file in the folder.
@@ -92,8 +95,14 @@ protected:
     QString m_whyNot;
 };
 
-#define VaultBackends                                                                                                  \
-    ::testing::Values(VaultBackend::Sqlite, VaultBackend::Postgres),                                                  \
-        [](const ::testing::TestParamInfo<VaultBackend> &info) {                                                     \
-            return std::string(info.param == VaultBackend::Sqlite ? "Sqlite" : "Postgres");                          \
-        }
+inline std::string vaultBackendName(const ::testing::TestParamInfo<VaultBackend> &info)
+{
+    return info.param == VaultBackend::Sqlite ? "Sqlite" : "Postgres";
+}
+// How GoogleTest shows the parameter (and CTest's test names with it).
+inline void PrintTo(VaultBackend backend, std::ostream *out)
+{
+    *out << (backend == VaultBackend::Sqlite ? "Sqlite" : "Postgres");
+}
+
+#define VaultBackends ::testing::Values(VaultBackend::Sqlite, VaultBackend::Postgres), vaultBackendName

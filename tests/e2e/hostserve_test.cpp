@@ -1,6 +1,7 @@
 // The task host as an administrator runs it: "mctask host serve" processes
 // on one vault, the add-in they load, the stand-in Mecadra of each worker,
-// and people acting on the instances from other shells meanwhile.
+// and people acting on the instances from other shells meanwhile. On a vault
+// on a server each host is a machine of its own (home and local view).
 
 #include "platform/testing/processgone.h"
 #include "tests/e2e/programtasktest.h"
@@ -23,9 +24,13 @@ protected:
             ::kill(static_cast<pid_t>(pid), SIGKILL);
     }
 
+    std::unique_ptr<QProcess> startHost(const Machine &at, const QString &name, const QStringList &options = {})
+    {
+        return startProgram(at, QStringList{"host", "serve", "--name", name, "--poll", "100", "--json"} + options);
+    }
     std::unique_ptr<QProcess> startHost(const QString &name, const QStringList &options = {})
     {
-        return startProgram(QStringList{"host", "serve", "--name", name, "--poll", "100", "--json"} + options);
+        return startHost(client(), name, options);
     }
 
     static void expectCleanExit(QProcess &host)
@@ -35,12 +40,21 @@ protected:
         EXPECT_EQ(host.exitCode(), 0) << host.readAllStandardError().toStdString();
     }
 
-    // The stand-in processes registered in the test's object table that still run.
+    // The stand-in processes registered in the object tables of the test's
+    // machines that still run.
     std::vector<qint64> liveMecadras() const
     {
         std::vector<qint64> pids;
+        for (const Machine &at : machines())
+            for (const qint64 pid : liveMecadras(at))
+                pids.push_back(pid);
+        return pids;
+    }
+    static std::vector<qint64> liveMecadras(const Machine &at)
+    {
+        std::vector<qint64> pids;
         static const QRegularExpression moniker(QStringLiteral("^Mecadra_PID_([0-9]+)$"));
-        for (const QString &entry : QDir(m_home.filePath("rot")).entryList(QDir::AllEntries | QDir::System)) {
+        for (const QString &entry : QDir(at.home + "/rot").entryList(QDir::AllEntries | QDir::System)) {
             const auto match = moniker.match(entry);
             if (!match.hasMatch())
                 continue;
@@ -64,27 +78,38 @@ protected:
 
     bool held(int id) { return instanceRow(id)["held"].toBool(); }
 
-    // Each output of the conversion is in the vault once, with one version.
+    // Each output of the conversion is in the vault once, with one version,
+    // and referenced to its source ("part7_Default.pdf" to "part7.mcdprt").
     void expectEachOutputOnce(int expected)
     {
         const QStringList outputs = filesUnder("Parts/PDF");
         EXPECT_EQ(outputs.size(), expected);
-        for (const QString &output : outputs)
-            EXPECT_EQ(show(output)["versions"].toArray().size(), 1) << output.toStdString();
+        for (const QString &output : outputs) {
+            SCOPED_TRACE(output.toStdString());
+            const QJsonObject file = show(output);
+            EXPECT_EQ(file["versions"].toArray().size(), 1);
+            const QJsonArray refs = file["references"].toArray();
+            ASSERT_EQ(refs.size(), 1);
+            const QString source = output.section('\\', -1).section('_', 0, -2) + ".mcdprt";
+            EXPECT_EQ(refs[0].toObject()["path"].toString(), "V:\\Parts\\" + source);
+        }
     }
 };
 
-TEST_F(HostServeTest, TwoHostsOfTwoWorkersRunFortyInstancesEachExactlyOnce)
+INSTANTIATE_TEST_SUITE_P(Backends, HostServeTest, VaultBackends);
+
+TEST_P(HostServeTest, TwoHostsOfTwoWorkersRunFortyInstancesEachExactlyOnce)
 {
     constexpr int Count = 40;
     addPartCopies(Count);
-    createPdfTask("To PDF");
+    createPdfTask("To PDF", {"RefToSource:bool=true"});
     std::vector<int> ids;
     for (int i = 1; i <= Count; ++i)
         ids.push_back(launch({"To PDF", QStringLiteral("V:\\Parts\\part%1.mcdprt").arg(i)}));
 
-    auto alpha = startHost("alpha", {"--workers", "2", "--once"});
-    auto beta = startHost("beta", {"--workers", "2", "--once"});
+    const std::map<QString, Machine> hostMachines{{"alpha", machine("alpha")}, {"beta", machine("beta")}};
+    auto alpha = startHost(hostMachines.at("alpha"), "alpha", {"--workers", "2", "--once"});
+    auto beta = startHost(hostMachines.at("beta"), "beta", {"--workers", "2", "--once"});
     expectCleanExit(*alpha);
     expectCleanExit(*beta);
 
@@ -122,6 +147,16 @@ TEST_F(HostServeTest, TwoHostsOfTwoWorkersRunFortyInstancesEachExactlyOnce)
     expectEachOutputOnce(Count);
     EXPECT_TRUE(liveMecadras().empty());
 
+    // Each host fetched the sources of the instances it ran, and no others.
+    if (onPostgres()) {
+        for (int i = 1; i <= Count; ++i) {
+            for (const auto &[name, at] : hostMachines) {
+                const QString source = QStringLiteral("%1/Parts/part%2.mcdprt").arg(at.vault).arg(i);
+                EXPECT_EQ(QFile::exists(source), startedBy[ids[i - 1]].first == name) << source.toStdString();
+            }
+        }
+    }
+
     // Both hosts are listed as stopped, with no run left.
     const QJsonArray hosts = run({"host", "status", "--json"}).json().array();
     ASSERT_EQ(hosts.size(), 2);
@@ -129,26 +164,42 @@ TEST_F(HostServeTest, TwoHostsOfTwoWorkersRunFortyInstancesEachExactlyOnce)
         EXPECT_FALSE(host.toObject()["stopped"].toString().isEmpty());
 }
 
-TEST_F(HostServeTest, AHostKilledMidInstanceIsRecoveredByTheOtherAfterTheLease)
+TEST_P(HostServeTest, AHostKilledMidInstanceIsRecoveredByTheOtherAfterTheLease)
 {
     addPartCopies(3);
-    createPdfTask("To PDF");
+    createPdfTask("To PDF", {"RefToSource:bool=true"});
     const int id = launch({"To PDF", "V:\\Parts"});
+    const Machine alphaAt = machine("alpha");
+    const Machine betaAt = machine("beta");
     const ScopedEnv slow("MCSIM_MACRO_DELAY_MS", "1500");
-    auto alpha = startHost("alpha", {"--lease", "2"});
+    auto alpha = startHost(alphaAt, "alpha", {"--lease", "2"});
     ASSERT_TRUE(waitFor([&] { return progressOf(id) >= 1; })); // on its second file
-    const std::vector<qint64> alphasMecadras = liveMecadras();
+    const std::vector<qint64> alphasMecadras = liveMecadras(alphaAt);
     EXPECT_EQ(alphasMecadras.size(), 1u);
+    const QJsonObject firstAttempt = instanceRow(id);
     ::kill(static_cast<pid_t>(alpha->processId()), SIGKILL);
     ASSERT_TRUE(alpha->waitForFinished(10000));
     for (const qint64 pid : alphasMecadras)
         EXPECT_TRUE(waitUntilGone(pid, 10000)) << "the killed host's Mecadra is still running";
     EXPECT_EQ(instanceRow(id)["host"], QJsonValue("alpha"));
+    const std::vector<QJsonObject> alphaLines = events(*alpha);
+    ASSERT_EQ(alphaLines.size(), 1u);
+    EXPECT_EQ(alphaLines[0]["event"], QJsonValue("started"));
 
-    auto beta = startHost("beta", {"--lease", "2", "--once"});
+    auto beta = startHost(betaAt, "beta", {"--lease", "2", "--once"});
+    const qint64 betaPid = beta->processId();
     expectCleanExit(*beta);
     const QJsonObject row = instanceRow(id);
     EXPECT_EQ(row["held"], QJsonValue(false));
+    // The instance ended once, and what its row says of the run is the
+    // second attempt's.
+    int ends = 0;
+    for (const QJsonObject &event : events(*beta))
+        ends += event["event"] == QJsonValue("ended") && event["instance"] == QJsonValue(id) ? 1 : 0;
+    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(row["pid"].toInteger(), betaPid);
+    EXPECT_NE(row["started"], firstAttempt["started"]);
+    EXPECT_FALSE(row["finished"].toString().isEmpty());
     if (row["status"].toInt() == 7) {
         EXPECT_EQ(row["attempt"], QJsonValue(2));
         EXPECT_EQ(row["host"], QJsonValue("beta"));
@@ -158,11 +209,13 @@ TEST_F(HostServeTest, AHostKilledMidInstanceIsRecoveredByTheOtherAfterTheLease)
         EXPECT_EQ(row["status"], QJsonValue(9));
         EXPECT_TRUE(row["message"].toString().contains("not run again")) << row["message"].toString().toStdString();
     }
+    for (const QString &log : filesUnder("Logs"))
+        EXPECT_EQ(show(log)["versions"].toArray().size(), 1) << log.toStdString();
     for (const QJsonValue &instance : run({"task", "instances", "--json"}).json().array())
         EXPECT_NE(instance.toObject()["status"], QJsonValue(3));
 }
 
-TEST_F(HostServeTest, SigtermTakesNothingNewAndTheRunningInstanceFinishes)
+TEST_P(HostServeTest, SigtermTakesNothingNewAndTheRunningInstanceFinishes)
 {
     addPartCopies(2);
     createPdfTask("To PDF");
@@ -198,7 +251,7 @@ TEST_F(HostServeTest, SigtermTakesNothingNewAndTheRunningInstanceFinishes)
     EXPECT_EQ(ended.err, QStringLiteral("mctask: task run: instance %1 has ended (finished)\n").arg(first));
 }
 
-TEST_F(HostServeTest, SuspendResumeAndCancelFromAnotherShellReachTheHostsRuns)
+TEST_P(HostServeTest, SuspendResumeAndCancelFromAnotherShellReachTheHostsRuns)
 {
     addPartCopies(3);
     createPdfTask("To PDF");

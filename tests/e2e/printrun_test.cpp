@@ -2,51 +2,24 @@
 // the host, the add-in module, the stand-in Mecadra printing to its
 // printers, and the embedded vault.
 
-#include <QDir>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QRegularExpression>
-#include <QTemporaryDir>
-#include <gtest/gtest.h>
 
 #include "tests/e2e/privatecups.h"
-#include "tests/programrun.h"
+#include "tests/e2e/programtasktest.h"
 
 namespace {
 
-class PrintRunTest : public testing::Test
+class PrintRunTest : public ProgramTaskTest
 {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(m_home.isValid() && m_work.isValid());
-        m_vault = m_work.filePath("vault");
         m_spool = m_work.filePath("spool.jsonl");
-        ASSERT_EQ(run({"vault", "init", m_vault, "--name", "E2E"}).status, 0);
-        const ProgramRun registered = runProgram(QStringLiteral(MCSIM_PROGRAM), {"/regserver"}, setting());
-        ASSERT_EQ(registered.status, 0) << registered.err.toStdString();
+        m_env.insert("MCSIM_PRINTERS", "Office;Plotter");
+        m_env.insert("MCSIM_SPOOL_FILE", m_spool);
+        ProgramTaskTest::SetUp();
     }
 
-    ProgramSetting setting() const
-    {
-        ProgramSetting s = ProgramSetting(m_home.path())
-                               .offscreen()
-                               .withVault(m_vault)
-                               .set("MCSIM_PRINTERS", "Office;Plotter")
-                               .set("MCSIM_SPOOL_FILE", m_spool);
-        if (!m_cupsServer.isEmpty())
-            s.set("CUPS_SERVER", m_cupsServer);
-        return s;
-    }
-    ProgramRun run(const QStringList &args) { return runProgram(QStringLiteral(MCTASK_PROGRAM), args, setting()); }
-    ProgramRun ok(const QStringList &args)
-    {
-        const ProgramRun r = run(args);
-        EXPECT_EQ(r.status, 0) << args.join(' ').toStdString() << "\n" << r.err.toStdString();
-        return r;
-    }
     QStringList vaultFiles()
     {
         QStringList paths;
@@ -65,14 +38,12 @@ protected:
         return records;
     }
 
-    QTemporaryDir m_home;
-    QTemporaryDir m_work;
-    QString m_vault;
     QString m_spool;
-    QString m_cupsServer;
 };
 
-TEST_F(PrintRunTest, AnAssemblyPrintsWithItsDrawingsOnTheChosenPrinterAndPaperAndAddsNoFiles)
+INSTANTIATE_TEST_SUITE_P(Backends, PrintRunTest, VaultBackends);
+
+TEST_P(PrintRunTest, AnAssemblyPrintsWithItsDrawingsOnTheChosenPrinterAndPaperAndAddsNoFiles)
 {
     QStringList add{"vault", "add"};
     for (const char *name : {"gearbox.mcdasm", "shaft.mcdprt", "cover.mcdprt", "layout.mcddrw"})
@@ -122,13 +93,13 @@ TEST_F(PrintRunTest, AnAssemblyPrintsWithItsDrawingsOnTheChosenPrinterAndPaperAn
     }
 }
 
-TEST_F(PrintRunTest, JobsForAPrintQueueReachThePrivateCupsServerAsPdfs)
+TEST_P(PrintRunTest, JobsForAPrintQueueReachThePrivateCupsServerAsPdfs)
 {
     PrivateCups cups("McPdf");
     if (!cups.running())
         GTEST_SKIP() << "cupsd cannot run here; the stand-in's printer list stands in for the queues "
                         "(see the test above)";
-    m_cupsServer = cups.socket();
+    m_env.insert("CUPS_SERVER", cups.socket());
     ok({"vault", "add", QStringLiteral(MCTASK_SAMPLES "/gearbox.mcdasm"), QStringLiteral(MCTASK_SAMPLES "/layout.mcddrw"),
         "--to", "Gearbox"});
     ok({"vault", "ref", "V:\\Gearbox\\gearbox.mcdasm", "V:\\Gearbox\\layout.mcddrw"});

@@ -2,6 +2,9 @@
 
 // The fixture of the end-to-end runs: a home and a vault of the test's own,
 // the stand-in registered, and the mctask program driven as a person would.
+// Each test runs on an SQLite vault and on one on the tests' PostgreSQL
+// server (INSTANTIATE_TEST_SUITE_P with VaultBackends); there other machines
+// are homes of their own with local views of the same vault.
 
 #include <QDir>
 #include <QFile>
@@ -14,28 +17,83 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <vector>
 
 #include "tests/e2e/conversiondefaults.h"
 #include "tests/programrun.h"
+#include "vault/vaulttesting.h"
 
-class ProgramTaskTest : public testing::Test
+class ProgramTaskTest : public VaultBackendTest
 {
 protected:
+    // One machine of the vault: its home (registry store, drive map, object
+    // table) and its local view of the vault.
+    struct Machine {
+        QString home;
+        QString vault;
+    };
+
     void SetUp() override
     {
+        VaultBackendTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
         ASSERT_TRUE(m_home.isValid() && m_work.isValid());
         m_vault = m_work.filePath("vault");
-        ASSERT_EQ(run({"vault", "init", m_vault, "--name", "E2E"}).status, 0);
-        const ProgramRun registered = runProgram(QStringLiteral(MCSIM_PROGRAM), {"/regserver"}, setting());
-        ASSERT_EQ(registered.status, 0) << registered.err.toStdString();
+        QStringList init{"vault", "init", m_vault, "--name", "E2E"};
+        if (onPostgres())
+            init << "--server" << server();
+        ok(init);
+        registerMecadra(client());
     }
 
-    ProgramSetting setting() const { return ProgramSetting(m_home.path()).offscreen().withVault(m_vault); }
-    ProgramRun run(const QStringList &args) { return runProgram(QStringLiteral(MCTASK_PROGRAM), args, setting()); }
-    void ok(const QStringList &args)
+    Machine client() const { return {m_home.path(), m_vault}; }
+    // Another machine of the vault, with the stand-in registered. On a server
+    // a home of its own whose local view starts empty; an SQLite vault is a
+    // folder of one machine, so there it is the client's.
+    Machine machine(const QString &name)
     {
-        const ProgramRun r = run(args);
-        ASSERT_EQ(r.status, 0) << args.join(' ').toStdString() << "\n" << r.err.toStdString();
+        if (!onPostgres())
+            return client();
+        const Machine other{m_work.filePath(name + "/home"), m_work.filePath(name + "/vault")};
+        EXPECT_TRUE(QDir().mkpath(other.home));
+        ok(other, {"vault", "attach", server(), other.vault});
+        registerMecadra(other);
+        m_machines.push_back(other);
+        return other;
+    }
+    // The client and every machine made since.
+    std::vector<Machine> machines() const
+    {
+        std::vector<Machine> all{client()};
+        all.insert(all.end(), m_machines.begin(), m_machines.end());
+        return all;
+    }
+
+    ProgramSetting setting(const Machine &at) const
+    {
+        ProgramSetting s = ProgramSetting(at.home).offscreen().withVault(at.vault);
+        for (const QString &name : m_env.keys())
+            s.set(name, m_env.value(name));
+        return s;
+    }
+    ProgramSetting setting() const { return setting(client()); }
+    ProgramRun run(const Machine &at, const QStringList &args)
+    {
+        return runProgram(QStringLiteral(MCTASK_PROGRAM), args, setting(at));
+    }
+    ProgramRun run(const QStringList &args) { return run(client(), args); }
+    ProgramRun ok(const Machine &at, const QStringList &args)
+    {
+        const ProgramRun r = run(at, args);
+        EXPECT_EQ(r.status, 0) << args.join(' ').toStdString() << "\n" << r.err.toStdString();
+        return r;
+    }
+    ProgramRun ok(const QStringList &args) { return ok(client(), args); }
+    void registerMecadra(const Machine &at)
+    {
+        const ProgramRun registered = runProgram(QStringLiteral(MCSIM_PROGRAM), {"/regserver"}, setting(at));
+        ASSERT_EQ(registered.status, 0) << registered.err.toStdString();
     }
 
     void addSamples(const QStringList &names, const QString &folder, const QStringList &extra = {})
@@ -65,12 +123,13 @@ protected:
         return launched.lastLine().toInt();
     }
 
-    QJsonObject runInstance(int id, int expectedStatus = 0)
+    QJsonObject runInstance(const Machine &at, int id, int expectedStatus = 0)
     {
-        const ProgramRun ran = run({"task", "run", QString::number(id), "--json"});
+        const ProgramRun ran = run(at, {"task", "run", QString::number(id), "--json"});
         EXPECT_EQ(ran.status, expectedStatus) << ran.out.toStdString() << ran.err.toStdString();
         return ran.json().object();
     }
+    QJsonObject runInstance(int id, int expectedStatus = 0) { return runInstance(client(), id, expectedStatus); }
 
     QJsonObject show(const QString &file)
     {
@@ -90,18 +149,15 @@ protected:
     }
 
     // Starts mctask with args and lets it go on while the test acts from outside.
-    std::unique_ptr<QProcess> startProgram(const QStringList &args)
+    std::unique_ptr<QProcess> startProgram(const Machine &at, const QStringList &args)
     {
         auto process = std::make_unique<QProcess>();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("MCTASK_HOME", m_home.path());
-        env.insert("MCTASK_VAULT", m_vault);
-        env.insert("QT_QPA_PLATFORM", "offscreen");
-        process->setProcessEnvironment(env);
+        process->setProcessEnvironment(programEnvironment(setting(at)));
         process->start(QStringLiteral(MCTASK_PROGRAM), args);
         EXPECT_TRUE(process->waitForStarted());
         return process;
     }
+    std::unique_ptr<QProcess> startProgram(const QStringList &args) { return startProgram(client(), args); }
 
     // n copies of one part, "part1.mcdprt" ..., in the vault folder Parts.
     void addPartCopies(int n)
@@ -144,6 +200,11 @@ protected:
     QTemporaryDir m_home;
     QTemporaryDir m_work;
     QString m_vault;
+    // Variables every program of the test gets besides the home and vault.
+    QProcessEnvironment m_env;
+
+private:
+    std::vector<Machine> m_machines;
 };
 
 // Sets an environment variable of the stand-in for one test.
@@ -156,4 +217,3 @@ public:
 private:
     const char *m_name;
 };
-

@@ -19,22 +19,23 @@ namespace {
 class ServerOutageHostsTest : public ProgramTaskTest
 {
 protected:
-    // In place of the fixture's own vault: a vault on a private server with
-    // this home's local view, and a second machine attached to it.
+    // In place of the fixture's vault: one on a private server, which the
+    // test stops and starts, with this home's local view and a second
+    // machine attached to it.
     void SetUp() override
     {
-        ASSERT_TRUE(m_home.isValid() && m_work.isValid() && m_otherHome.isValid());
+        VaultBackendTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        ASSERT_TRUE(m_home.isValid() && m_work.isValid());
         MCTASK_PRIVATE_PG_OR_SKIP(m_server, MCTASK_PRIVATEPG_SCRIPT);
-        m_vault = m_work.filePath("a");
-        m_otherVault = m_work.filePath("b");
+        m_vault = m_work.filePath("vault");
         ok({"vault", "init", m_vault, "--server", m_server->url(), "--name", "E2E"});
-        const ProgramRun attached = runProgram(QStringLiteral(MCTASK_PROGRAM), {"vault", "attach", m_server->url(), m_otherVault},
-                                               otherSetting());
-        ASSERT_EQ(attached.status, 0) << attached.err.toStdString();
-        for (const ProgramSetting &home : {setting(), otherSetting()}) {
-            const ProgramRun registered = runProgram(QStringLiteral(MCSIM_PROGRAM), {"/regserver"}, home);
-            ASSERT_EQ(registered.status, 0) << registered.err.toStdString();
-        }
+        registerMecadra(client());
+        m_other = {m_work.filePath("b/home"), m_work.filePath("b/vault")};
+        ASSERT_TRUE(QDir().mkpath(m_other.home));
+        ok(m_other, {"vault", "attach", m_server->url(), m_other.vault});
+        registerMecadra(m_other);
     }
 
     void TearDown() override
@@ -47,24 +48,9 @@ protected:
         }
     }
 
-    ProgramSetting otherSetting() const
+    std::unique_ptr<QProcess> startHost(const Machine &at, const QString &name, const QStringList &options)
     {
-        return ProgramSetting(m_otherHome.path()).offscreen().withVault(m_otherVault);
-    }
-
-    // "host serve" in home (this one or the other machine's).
-    std::unique_ptr<QProcess> startHost(bool other, const QString &name, const QStringList &options)
-    {
-        auto process = std::make_unique<QProcess>();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("MCTASK_HOME", other ? m_otherHome.path() : m_home.path());
-        env.insert("MCTASK_VAULT", other ? m_otherVault : m_vault);
-        env.insert("QT_QPA_PLATFORM", "offscreen");
-        process->setProcessEnvironment(env);
-        process->start(QStringLiteral(MCTASK_PROGRAM),
-                       QStringList{"host", "serve", "--name", name, "--poll", "100", "--json", "--once"} + options);
-        EXPECT_TRUE(process->waitForStarted());
-        return process;
+        return startProgram(at, QStringList{"host", "serve", "--name", name, "--poll", "100", "--json", "--once"} + options);
     }
 
     static void expectCleanExit(QProcess &host)
@@ -74,10 +60,10 @@ protected:
         EXPECT_EQ(host.exitCode(), 0) << host.readAllStandardError().toStdString();
     }
 
-    static std::vector<QJsonObject> events(QProcess &host)
+    static std::vector<QJsonObject> events(const QByteArray &output)
     {
         std::vector<QJsonObject> lines;
-        for (const QByteArray &line : host.readAllStandardOutput().split('\n'))
+        for (const QByteArray &line : output.split('\n'))
             if (!line.trimmed().isEmpty())
                 lines.push_back(QJsonDocument::fromJson(line).object());
         return lines;
@@ -90,13 +76,15 @@ protected:
     }
 
     std::unique_ptr<PrivatePgServer> m_server;
-    QTemporaryDir m_otherHome;
-    QString m_otherVault;
+    Machine m_other;
     std::unique_ptr<QProcess> m_alpha;
     std::unique_ptr<QProcess> m_beta;
 };
+// Only a server can go away.
+INSTANTIATE_TEST_SUITE_P(Server, ServerOutageHostsTest, ::testing::Values(VaultBackend::Postgres),
+                         [](const auto &) { return std::string("Postgres"); });
 
-TEST_F(ServerOutageHostsTest, AServerStoppedLongerThanTheLeasesLosesNoInstanceAndRunsNoneToTheEndTwice)
+TEST_P(ServerOutageHostsTest, AServerStoppedLongerThanTheLeasesLosesNoInstanceAndRunsNoneToTheEndTwice)
 {
     constexpr int Count = 4;
     addPartCopies(2 * Count);
@@ -106,8 +94,8 @@ TEST_F(ServerOutageHostsTest, AServerStoppedLongerThanTheLeasesLosesNoInstanceAn
         ids.push_back(launch({"To PDF", QStringLiteral("V:\\Parts\\part%1.mcdprt").arg(2 * i - 1),
                               QStringLiteral("V:\\Parts\\part%1.mcdprt").arg(2 * i)}));
     const ScopedEnv slow("MCSIM_MACRO_DELAY_MS", "1500");
-    m_alpha = startHost(false, "alpha", {"--lease", "2"});
-    m_beta = startHost(true, "beta", {"--lease", "2"});
+    m_alpha = startHost(client(), "alpha", {"--lease", "2"});
+    m_beta = startHost(m_other, "beta", {"--lease", "2"});
     ASSERT_TRUE(waitFor([&] {
         std::set<QString> holders;
         for (const int id : ids)
@@ -126,7 +114,7 @@ TEST_F(ServerOutageHostsTest, AServerStoppedLongerThanTheLeasesLosesNoInstanceAn
     // outage once.
     std::map<int, std::vector<QString>> endedBy;
     for (QProcess *host : {m_alpha.get(), m_beta.get()}) {
-        const std::vector<QJsonObject> lines = events(*host);
+        const std::vector<QJsonObject> lines = events(host->readAllStandardOutput());
         EXPECT_EQ(count(lines, "serverLost"), 1);
         EXPECT_EQ(count(lines, "serverRegained"), 1);
         for (const QJsonObject &line : lines)
@@ -167,13 +155,13 @@ TEST_F(ServerOutageHostsTest, AServerStoppedLongerThanTheLeasesLosesNoInstanceAn
     EXPECT_GE(outputs.size(), finished); // each finished instance left both its outputs
 }
 
-TEST_F(ServerOutageHostsTest, AHostStartedWhileTheServerIsDownWaitsForItAndThenServes)
+TEST_P(ServerOutageHostsTest, AHostStartedWhileTheServerIsDownWaitsForItAndThenServes)
 {
     addPartCopies(1);
     createPdfTask("To PDF");
     const int id = launch({"To PDF", "V:\\Parts\\part1.mcdprt"});
     m_server->stop();
-    m_alpha = startHost(false, "alpha", {});
+    m_alpha = startHost(client(), "alpha", {});
     // Still there after its first retries, and it said why it waits.
     EXPECT_FALSE(m_alpha->waitForFinished(4000));
     const QByteArray waiting = m_alpha->readAllStandardOutput();
@@ -182,10 +170,7 @@ TEST_F(ServerOutageHostsTest, AHostStartedWhileTheServerIsDownWaitsForItAndThenS
 
     ASSERT_TRUE(m_server->start());
     expectCleanExit(*m_alpha);
-    std::vector<QJsonObject> lines;
-    for (const QByteArray &line : (waiting + m_alpha->readAllStandardOutput()).split('\n'))
-        if (!line.trimmed().isEmpty())
-            lines.push_back(QJsonDocument::fromJson(line).object());
+    const std::vector<QJsonObject> lines = events(waiting + m_alpha->readAllStandardOutput());
     EXPECT_EQ(count(lines, "serverLost"), 1);
     EXPECT_EQ(count(lines, "serverRegained"), 1);
     EXPECT_EQ(count(lines, "ended"), 1);

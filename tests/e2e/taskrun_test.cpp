@@ -21,7 +21,16 @@ protected:
     }
 };
 
-TEST_F(TaskRunTest, ConversionOfAFolderPutsEveryOutputIntoTheVault)
+INSTANTIATE_TEST_SUITE_P(Backends, TaskRunTest, VaultBackends);
+
+// What passes between the add-in and Mecadra (restarts, the object table, a
+// suspended run's waiting) is the same whichever store holds the vault, so
+// these run on SQLite only; the host tests suspend, resume and cancel runs on
+// both.
+using MecadraRunTest = TaskRunTest;
+INSTANTIATE_TEST_SUITE_P(Backends, MecadraRunTest, ::testing::Values(VaultBackend::Sqlite), vaultBackendName);
+
+TEST_P(TaskRunTest, ConversionOfAFolderPutsEveryOutputIntoTheVault)
 {
     addSamples({"layout.mcddrw", "bracket.mcdprt"}, "Parts", {"--revision", "B"});
     ok({"vault", "card", "V:\\Parts\\layout.mcddrw", "Revision=", "Description="});
@@ -60,7 +69,40 @@ TEST_F(TaskRunTest, ConversionOfAFolderPutsEveryOutputIntoTheVault)
                                     "V:\\Parts\\PDF\\layout_Sheet1.pdf", "V:\\Parts\\PDF\\layout_Sheet2.pdf"}));
 }
 
-TEST_F(TaskRunTest, AnExistingOutputBecomesANewVersionOrIsReplaced)
+// On a server the run is on another machine whose local view holds nothing
+// yet: the assembly's components must be there before Mecadra opens it.
+TEST_P(TaskRunTest, AnAssemblyConvertedOnAnotherMachineFindsItsComponents)
+{
+    addSamples({"gearbox.mcdasm", "shaft.mcdprt", "cover.mcdprt", "layout.mcddrw"}, "Gearbox");
+    ok({"vault", "ref", "V:\\Gearbox\\gearbox.mcdasm", "V:\\Gearbox\\shaft.mcdprt"});
+    ok({"vault", "ref", "V:\\Gearbox\\gearbox.mcdasm", "V:\\Gearbox\\cover.mcdprt"});
+    ok({"task", "create", "To STEP", "--kind", "convert"});
+    ok({"task", "set", "To STEP", "FileFormat=STEP (*.step)", "OutputPath=<Path>\\STEP\\<Filename>", "OutputPath2=",
+        "ErrorLogPath=Logs", "RefToSource:bool=true", "PromptOutput:bool=false", "SourceRefs:int=2",
+        "OutputConfs:int=1", "FileConfs:int=4", "OutputSheets:int=1", "FileSheets:int=4", "StepGeometry:int=0",
+        "StepVersion:int=203"});
+    const int id = launch({"To STEP", "V:\\Gearbox\\gearbox.mcdasm"});
+
+    const Machine host = machine("cad01");
+    const QString view = host.vault + "/Gearbox/";
+    EXPECT_EQ(QFile::exists(view + "gearbox.mcdasm"), !onPostgres());
+    const QJsonObject result = runInstance(host, id);
+    EXPECT_EQ(result["status"], QJsonValue(7)) << result["message"].toString().toStdString();
+    // The assembly's file, beside those of its virtual component.
+    const QStringList outputs = filesUnder("Gearbox/STEP");
+    ASSERT_TRUE(outputs.contains("V:\\Gearbox\\STEP\\gearbox.step")) << outputs.join(',').toStdString();
+    QFile step(view + "STEP/gearbox.step");
+    ASSERT_TRUE(step.open(QIODevice::ReadOnly));
+    // Both components' solids: the shaft's and the cover's.
+    EXPECT_EQ(step.readAll().count("MANIFOLD_SOLID_BREP"), 2);
+    // The run's machine holds the assembly and its components, not the
+    // drawing that nobody asked for.
+    for (const char *name : {"gearbox.mcdasm", "shaft.mcdprt", "cover.mcdprt"})
+        EXPECT_TRUE(QFile::exists(view + name)) << name;
+    EXPECT_EQ(QFile::exists(view + "layout.mcddrw"), !onPostgres());
+}
+
+TEST_P(TaskRunTest, AnExistingOutputBecomesANewVersionOrIsReplaced)
 {
     addSamples({"shaft.mcdprt"}, "Parts");
     createPdfTask("To PDF", {"ReplaceOutput:bool=false"});
@@ -89,7 +131,7 @@ TEST_F(TaskRunTest, AnExistingOutputBecomesANewVersionOrIsReplaced)
     EXPECT_EQ(replaced["versions"].toArray().size(), 1); // a new file, without the old one's history
 }
 
-TEST_F(TaskRunTest, ScriptTaskRunsOnEveryFileAndWritesNoOutputList)
+TEST_P(TaskRunTest, ScriptTaskRunsOnEveryFileAndWritesNoOutputList)
 {
     addSamples({"shaft.mcdprt", "bracket.mcdprt"}, "Parts");
     ok({"task", "create", "Script", "--kind", "script"});
@@ -106,7 +148,7 @@ TEST_F(TaskRunTest, ScriptTaskRunsOnEveryFileAndWritesNoOutputList)
     EXPECT_EQ(run({"task", "details", QString::number(id), "--json"}).json().object()["rows"], QJsonArray{});
 }
 
-TEST_F(TaskRunTest, SuspendedRunWaitsForResumeOrCancel)
+TEST_P(MecadraRunTest, SuspendedRunWaitsForResumeOrCancel)
 {
     addSamples({"shaft.mcdprt"}, "Parts");
     createPdfTask("To PDF", {"ReplaceOutput:bool=false"});
@@ -133,7 +175,7 @@ TEST_F(TaskRunTest, SuspendedRunWaitsForResumeOrCancel)
     EXPECT_EQ(report["status"], QJsonValue(8));
 }
 
-TEST_F(TaskRunTest, CancelBetweenFilesKeepsTheOutputsSoFar)
+TEST_P(TaskRunTest, CancelBetweenFilesKeepsTheOutputsSoFar)
 {
     addPartCopies(5);
     createPdfTask("To PDF");
@@ -156,7 +198,7 @@ TEST_F(TaskRunTest, CancelBetweenFilesKeepsTheOutputsSoFar)
         EXPECT_EQ(show(output)["versions"].toArray().size(), 1) << output.toStdString();
 }
 
-TEST_F(TaskRunTest, ACrashedMecadraIsRestartedAndTheRunCompletes)
+TEST_P(MecadraRunTest, ACrashedMecadraIsRestartedAndTheRunCompletes)
 {
     addPartCopies(5);
     createPdfTask("To PDF");
@@ -167,7 +209,7 @@ TEST_F(TaskRunTest, ACrashedMecadraIsRestartedAndTheRunCompletes)
     EXPECT_EQ(filesUnder("Parts/PDF").size(), 5);
 }
 
-TEST_F(TaskRunTest, AMacroThatNeverRunsEndsTheRunWithTheConnectionsMessage)
+TEST_P(TaskRunTest, AMacroThatNeverRunsEndsTheRunWithTheConnectionsMessage)
 {
     addSamples({"shaft.mcdprt", "bracket.mcdprt"}, "Parts");
     createPdfTask("To PDF");
@@ -190,7 +232,7 @@ TEST_F(TaskRunTest, AMacroThatNeverRunsEndsTheRunWithTheConnectionsMessage)
     EXPECT_TRUE(QDir(m_home.path() + "/rot").entryList(QDir::NoDotAndDotDot | QDir::AllEntries).isEmpty());
 }
 
-TEST_F(TaskRunTest, AKilledHostLeavesNoMecadraAndItsTableEntriesAreDropped)
+TEST_P(MecadraRunTest, AKilledHostLeavesNoMecadraAndItsTableEntriesAreDropped)
 {
     addSamples({"shaft.mcdprt"}, "Parts");
     createPdfTask("To PDF");
