@@ -3,20 +3,18 @@
 // instances run, for longer than their leases, and started again; or not
 // running yet when a host starts.
 
-#include "tests/e2e/programtasktest.h"
+#include "tests/e2e/hostservetest.h"
 #include "vault/pgtesting.h"
 
 #include <QSet>
 
 #include <algorithm>
-
-#include <csignal>
 #include <map>
 #include <set>
 
 namespace {
 
-class ServerOutageHostsTest : public ProgramTaskTest
+class ServerOutageHostsTest : public HostServeTest
 {
 protected:
     // In place of the fixture's vault: one on a private server, which the
@@ -46,27 +44,7 @@ protected:
                 host->waitForFinished(10000);
             }
         }
-    }
-
-    std::unique_ptr<QProcess> startHost(const Machine &at, const QString &name, const QStringList &options)
-    {
-        return startProgram(at, QStringList{"host", "serve", "--name", name, "--poll", "100", "--json", "--once"} + options);
-    }
-
-    static void expectCleanExit(QProcess &host)
-    {
-        ASSERT_TRUE(host.waitForFinished(600000));
-        EXPECT_EQ(host.exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(host.exitCode(), 0) << host.readAllStandardError().toStdString();
-    }
-
-    static std::vector<QJsonObject> events(const QByteArray &output)
-    {
-        std::vector<QJsonObject> lines;
-        for (const QByteArray &line : output.split('\n'))
-            if (!line.trimmed().isEmpty())
-                lines.push_back(QJsonDocument::fromJson(line).object());
-        return lines;
+        HostServeTest::TearDown();
     }
 
     static int count(const std::vector<QJsonObject> &lines, const char *event)
@@ -94,8 +72,8 @@ TEST_P(ServerOutageHostsTest, AServerStoppedLongerThanTheLeasesLosesNoInstanceAn
         ids.push_back(launch({"To PDF", QStringLiteral("V:\\Parts\\part%1.mcdprt").arg(2 * i - 1),
                               QStringLiteral("V:\\Parts\\part%1.mcdprt").arg(2 * i)}));
     const ScopedEnv slow("MCSIM_MACRO_DELAY_MS", "1500");
-    m_alpha = startHost(client(), "alpha", {"--lease", "2"});
-    m_beta = startHost(m_other, "beta", {"--lease", "2"});
+    m_alpha = startHost(client(), "alpha", {"--once", "--lease", "2"});
+    m_beta = startHost(m_other, "beta", {"--once", "--lease", "2"});
     ASSERT_TRUE(waitFor([&] {
         std::set<QString> holders;
         for (const int id : ids)
@@ -114,7 +92,7 @@ TEST_P(ServerOutageHostsTest, AServerStoppedLongerThanTheLeasesLosesNoInstanceAn
     // outage once.
     std::map<int, std::vector<QString>> endedBy;
     for (QProcess *host : {m_alpha.get(), m_beta.get()}) {
-        const std::vector<QJsonObject> lines = events(host->readAllStandardOutput());
+        const std::vector<QJsonObject> lines = events(*host);
         EXPECT_EQ(count(lines, "serverLost"), 1);
         EXPECT_EQ(count(lines, "serverRegained"), 1);
         for (const QJsonObject &line : lines)
@@ -161,16 +139,16 @@ TEST_P(ServerOutageHostsTest, AHostStartedWhileTheServerIsDownWaitsForItAndThenS
     createPdfTask("To PDF");
     const int id = launch({"To PDF", "V:\\Parts\\part1.mcdprt"});
     m_server->stop();
-    m_alpha = startHost(client(), "alpha", {});
+    m_alpha = startHost(client(), "alpha", {"--once"});
     // Still there after its first retries, and it said why it waits.
     EXPECT_FALSE(m_alpha->waitForFinished(4000));
-    const QByteArray waiting = m_alpha->readAllStandardOutput();
+    const QByteArray waiting = m_alpha->peek(1 << 20);
     EXPECT_TRUE(waiting.contains("\"event\":\"serverLost\"")) << waiting.toStdString();
     EXPECT_TRUE(waiting.contains("cannot connect")) << waiting.toStdString();
 
     ASSERT_TRUE(m_server->start());
     expectCleanExit(*m_alpha);
-    const std::vector<QJsonObject> lines = events(waiting + m_alpha->readAllStandardOutput());
+    const std::vector<QJsonObject> lines = events(*m_alpha);
     EXPECT_EQ(count(lines, "serverLost"), 1);
     EXPECT_EQ(count(lines, "serverRegained"), 1);
     EXPECT_EQ(count(lines, "ended"), 1);
