@@ -2,15 +2,13 @@
 // floor of plain libpq writing the same rows and contents in the same run.
 // The server is the one in MCTASK_BENCH_PG (tools/privatepg.sh start DIR
 // prints one); each round works in a fresh schema of it.
-#include "host/hosterror.h"
-#include "vault/batchservices.h"
+#include "benchvaults.h"
+
 #include "vault/vaultstore.h"
 
 #include <QCryptographicHash>
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QUuid>
 
 #include <benchmark/benchmark.h>
 #include <libpq-fe.h>
@@ -20,74 +18,15 @@
 
 namespace {
 
-QString benchServer()
+std::shared_ptr<VaultStore> vaultOnFreshSchema(const QString &root)
 {
-    return qEnvironmentVariable("MCTASK_BENCH_PG");
-}
-
-// A new schema on the server; its URL. Schemas stay: the private server is
-// thrown away after the run.
-QString freshSchema()
-{
-    const QByteArray name = "b_" + QUuid::createUuid().toByteArray(QUuid::Id128);
-    PgDb(benchServer()).exec(("CREATE SCHEMA " + name).constData());
-    return pgUrlWithSearchPath(benchServer(), QString::fromLatin1(name));
-}
-
-// A vault on a fresh schema, with 100 folders of 100 local files in its view.
-std::shared_ptr<VaultStore> vaultWithLocalTree(const QTemporaryDir &dir)
-{
-    const QString root = dir.path() + "/vault";
-    auto store = VaultStore::createOnServer(freshSchema(), root, QStringLiteral("Bench"));
-    for (int d = 0; d < 100; ++d) {
-        const QString folder = QStringLiteral("%1/Top%2/Dir%3").arg(root).arg(d / 10).arg(d % 10);
-        QDir().mkpath(folder);
-        for (int i = 0; i < 100; ++i) {
-            QFile file(QStringLiteral("%1/f%2.mcdprt").arg(folder).arg(i));
-            if (!file.open(QIODevice::WriteOnly))
-                throw HostError(E_DOX_IO_ERROR, file.fileName());
-            file.write(QByteArray::number(d * 100000 + i));
-        }
-    }
-    return store;
+    return VaultStore::createOnServer(freshSchema(), root, QStringLiteral("Bench"));
 }
 
 void BM_PgBatchAddAndCheckIn10k(benchmark::State &state)
 {
-    if (benchServer().isEmpty()) {
-        state.SkipWithError("MCTASK_BENCH_PG names no server");
-        return;
-    }
-    for (auto _ : state) {
-        state.PauseTiming();
-        QTemporaryDir dir;
-        auto store = vaultWithLocalTree(dir);
-        state.ResumeTiming();
-
-        Transaction transaction(store->db());
-        VaultBatchAdd add(store);
-        for (int d = 0; d < 100; ++d) {
-            const QString folder = QStringLiteral("V:\\Top%1\\Dir%2").arg(d / 10).arg(d % 10);
-            for (int i = 0; i < 100; ++i)
-                add.AddFileFromPath(QStringLiteral("%1\\f%2.mcdprt").arg(folder).arg(i), folder);
-        }
-        std::vector<DoxBatchAddResult> results;
-        if (add.CommitAdd(results) != S_OK || results.size() != 10000)
-            state.SkipWithError("batch add failed");
-        std::vector<DoxFolderPair> selection;
-        for (const DoxBatchAddResult &r : results)
-            selection.push_back({r.docId, r.folderId});
-        VaultBatchCheckIn checkIn(store);
-        checkIn.SetComment(QStringLiteral("bench"));
-        checkIn.AddSelection(selection);
-        if (checkIn.CreateTree() != S_OK || checkIn.CheckIn() != S_OK)
-            state.SkipWithError("check-in failed");
-        transaction.commit();
-
-        state.PauseTiming();
-        store.reset();
-        state.ResumeTiming();
-    }
+    if (haveServer(state))
+        benchBatchAddAndCheckIn10k(state, vaultOnFreshSchema);
 }
 BENCHMARK(BM_PgBatchAddAndCheckIn10k)->Unit(benchmark::kMillisecond)->Iterations(3);
 
@@ -97,14 +36,12 @@ BENCHMARK(BM_PgBatchAddAndCheckIn10k)->Unit(benchmark::kMillisecond)->Iterations
 // transaction of the same schema. No path handling, checks or local journal.
 void BM_PgBatchAddFloor10k(benchmark::State &state)
 {
-    if (benchServer().isEmpty()) {
-        state.SkipWithError("MCTASK_BENCH_PG names no server");
+    if (!haveServer(state))
         return;
-    }
     for (auto _ : state) {
         state.PauseTiming();
         QTemporaryDir dir;
-        auto store = vaultWithLocalTree(dir);
+        auto store = vaultWithBenchTree(dir, vaultOnFreshSchema);
         const QString root = store->paths().nativeRoot();
         // The store's connection is on the round's schema; the floor writes through it directly.
         PGconn *conn = store->db().postgres()->handle();

@@ -1,10 +1,9 @@
-#include "host/hosterror.h"
-#include "vault/batchservices.h"
+#include "benchvaults.h"
+
 #include "vault/embeddedvault.h"
 #include "vault/vaultstore.h"
 
 #include <QCryptographicHash>
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -16,25 +15,6 @@
 
 namespace {
 
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        throw HostError(E_DOX_IO_ERROR, path);
-    file.write(bytes);
-}
-
-// Local files Dir00..Dir(folders-1)/f<i>.mcdprt in the vault's folder.
-void writeTree(const QString &root, int folders, int filesPerFolder)
-{
-    for (int d = 0; d < folders; ++d) {
-        const QString dir = QStringLiteral("%1/Top%2/Dir%3").arg(root).arg(d / 10).arg(d % 10);
-        QDir().mkpath(dir);
-        for (int i = 0; i < filesPerFolder; ++i)
-            writeFile(QStringLiteral("%1/f%2.mcdprt").arg(dir).arg(i), QByteArray::number(d * 100000 + i));
-    }
-}
-
 // One vault of 100,000 files in 100 folders (10 x 10), built once.
 struct BigVault {
     QTemporaryDir dir;
@@ -44,7 +24,7 @@ struct BigVault {
     {
         const QString root = dir.path() + "/vault";
         store = VaultStore::create(root, QStringLiteral("Big"));
-        writeTree(root, 100, 1000);
+        writeBenchTree(root, 100, 1000);
         Transaction t(store->db());
         for (int d = 0; d < 100; ++d) {
             const QString folder = QStringLiteral("Top%1\\Dir%2").arg(d / 10).arg(d % 10);
@@ -56,16 +36,6 @@ struct BigVault {
         t.commit();
     }
 };
-
-// A fresh vault in dir with writeTree(100 folders, 100 files each) in its
-// local view, none of it added yet.
-std::shared_ptr<VaultStore> vaultWithLocalTree(const QTemporaryDir &dir, const QString &name)
-{
-    const QString root = dir.path() + "/vault";
-    auto store = VaultStore::create(root, name);
-    writeTree(root, 100, 100);
-    return store;
-}
 
 BigVault &bigVault()
 {
@@ -113,41 +83,10 @@ void BM_WalkHostFolders100k(benchmark::State &state)
 }
 BENCHMARK(BM_WalkHostFolders100k)->Unit(benchmark::kMillisecond);
 
-// Batch add (16) of 10,000 local files in 100 folders, then batch check-in
-// (6) of all of them, inside one transaction. A fresh vault each round; the
-// local files are written outside the timing.
+// Batch add and check-in of 10,000 files on a fresh vault file each round.
 void BM_BatchAddAndCheckIn10k(benchmark::State &state)
 {
-    for (auto _ : state) {
-        state.PauseTiming();
-        QTemporaryDir dir;
-        auto store = vaultWithLocalTree(dir, QStringLiteral("Batch"));
-        state.ResumeTiming();
-
-        Transaction transaction(store->db());
-        VaultBatchAdd add(store);
-        for (int d = 0; d < 100; ++d) {
-            const QString folder = QStringLiteral("V:\\Top%1\\Dir%2").arg(d / 10).arg(d % 10);
-            for (int i = 0; i < 100; ++i)
-                add.AddFileFromPath(QStringLiteral("%1\\f%2.mcdprt").arg(folder).arg(i), folder);
-        }
-        std::vector<DoxBatchAddResult> results;
-        if (add.CommitAdd(results) != S_OK || results.size() != 10000)
-            state.SkipWithError("batch add failed");
-        std::vector<DoxFolderPair> selection;
-        for (const DoxBatchAddResult &r : results)
-            selection.push_back({r.docId, r.folderId});
-        VaultBatchCheckIn checkIn(store);
-        checkIn.SetComment(QStringLiteral("bench"));
-        checkIn.AddSelection(selection);
-        if (checkIn.CreateTree() != S_OK || checkIn.CheckIn() != S_OK)
-            state.SkipWithError("check-in failed");
-        transaction.commit();
-
-        state.PauseTiming();
-        store.reset();
-        state.ResumeTiming();
-    }
+    benchBatchAddAndCheckIn10k(state, [](const QString &root) { return VaultStore::create(root, QStringLiteral("Batch")); });
 }
 BENCHMARK(BM_BatchAddAndCheckIn10k)->Unit(benchmark::kMillisecond)->Iterations(3);
 
@@ -161,7 +100,7 @@ void BM_BatchAddFloor10k(benchmark::State &state)
     for (auto _ : state) {
         state.PauseTiming();
         QTemporaryDir dir;
-        auto store = vaultWithLocalTree(dir, QStringLiteral("Floor"));
+        auto store = vaultWithBenchTree(dir, [](const QString &root) { return VaultStore::create(root, QStringLiteral("Floor")); });
         const QString root = store->paths().nativeRoot();
         sqlite3 *db = store->db().sqlite()->handle();
         sqlite3_stmt *folder = nullptr;

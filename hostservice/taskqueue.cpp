@@ -11,7 +11,8 @@
 
 namespace {
 
-// The statuses of an instance that may be taken off the queue.
+// The statuses of an instance that may be taken off the queue (the schema's
+// index instances_waiting has the same condition).
 constexpr const char *WaitingCondition = "lease_expiry IS NULL AND status IN (0, 6, 11)";
 
 // Guarded by the whole claim: holder, process, worker and attempt.
@@ -69,7 +70,7 @@ qint64 TaskQueue::nowMs() const
     return Clock::instance().now().toMSecsSinceEpoch();
 }
 
-TaskClaim TaskQueue::take(const InstanceRow &row, const TaskHolder &holder, const QueuePolicy &policy)
+TaskClaim TaskQueue::take(int instanceId, int attempt, const TaskHolder &holder, const QueuePolicy &policy)
 {
     VaultDb &db = m_store->db();
     const QString now = m_store->timestamp();
@@ -79,7 +80,7 @@ TaskClaim TaskQueue::take(const InstanceRow &row, const TaskHolder &holder, cons
                              "attempt = attempt + 1, claimed = ?5, started = ?5, lease_expiry = ?6, handover = NULL, "
                              "status = CASE WHEN status IN (0, 11) THEN 3 ELSE status END "
                              "WHERE id = ?1 AND lease_expiry IS NULL AND status NOT IN (7, 8, 9)");
-    s.bind(1, row.id)
+    s.bind(1, instanceId)
         .bind(2, holder.host)
         .bind(3, static_cast<std::int64_t>(holder.pid))
         .bind(4, holder.worker)
@@ -87,8 +88,8 @@ TaskClaim TaskQueue::take(const InstanceRow &row, const TaskHolder &holder, cons
         .bind(6, static_cast<std::int64_t>(nowMs() + policy.leaseMs))
         .exec();
     if (db.changes() != 1)
-        throw HostError(E_DOX_DATABASE_ACCESS, QStringLiteral("instance %1 was taken while it was claimed").arg(row.id));
-    return TaskClaim{row.id, holder, row.attempt + 1};
+        throw HostError(E_DOX_DATABASE_ACCESS, QStringLiteral("instance %1 was taken while it was claimed").arg(instanceId));
+    return TaskClaim{instanceId, holder, attempt + 1};
 }
 
 std::optional<TaskClaim> TaskQueue::claimNext(const TaskHolder &holder, const QueuePolicy &policy)
@@ -97,22 +98,24 @@ std::optional<TaskClaim> TaskQueue::claimNext(const TaskHolder &holder, const Qu
     Transaction t(db);
     recoverExpired(policy);
     int id = 0;
+    int attempt = 0;
     {
         // On PostgreSQL, claimers on other machines pass over the row this
         // one holds instead of waiting for it.
-        static const QByteArray sql = QByteArray("SELECT id FROM instances WHERE ") + WaitingCondition +
+        static const QByteArray sql = QByteArray("SELECT id, attempt FROM instances WHERE ") + WaitingCondition +
                                       " ORDER BY id LIMIT 1";
         Statement pick = db.prepare(
             (db.kind() == VaultDb::Kind::Postgres ? sql + " FOR UPDATE SKIP LOCKED" : sql).constData());
-        if (pick.step())
+        if (pick.step()) {
             id = pick.integer(0);
+            attempt = pick.integer(1);
+        }
     }
     if (id == 0) {
         t.commit(); // what recovery did
         return std::nullopt;
     }
-    const auto row = m_tasks.instanceById(id);
-    const TaskClaim claim = take(*row, holder, policy);
+    const TaskClaim claim = take(id, attempt, holder, policy);
     t.commit();
     return claim;
 }
@@ -145,7 +148,7 @@ ClaimOutcome TaskQueue::claim(int instanceId, const TaskHolder &holder, const Qu
         outcome.kind = isFinishedStatus(row->status) ? ClaimOutcome::Kind::Ended : ClaimOutcome::Kind::Held;
         return outcome; // rolls back: nothing changes
     }
-    outcome.claim = take(*row, holder, policy);
+    outcome.claim = take(row->id, row->attempt, holder, policy);
     outcome.kind = ClaimOutcome::Kind::Claimed;
     outcome.row = *m_tasks.instanceById(instanceId);
     t.commit();
@@ -171,7 +174,7 @@ int TaskQueue::renewLeases(const QString &host, qint64 pid, qint64 leaseMs)
 int TaskQueue::recoverExpired(const QueuePolicy &policy)
 {
     VaultDb &db = m_store->db();
-    Transaction t(db);
+    const auto guard = db.guard();
     std::vector<int> expired;
     {
         Statement s = db.prepare("SELECT id FROM instances WHERE lease_expiry IS NOT NULL AND lease_expiry < ? "
@@ -180,6 +183,11 @@ int TaskQueue::recoverExpired(const QueuePolicy &policy)
         while (s.step())
             expired.push_back(s.integer(0));
     }
+    // Every claim looks here first: the common case, nothing expired, opens
+    // no transaction (inside a claim's, a savepoint costs two round trips).
+    if (expired.empty())
+        return 0;
+    Transaction t(db);
     bool requeued = false;
     for (const int id : expired) {
         const InstanceRow row = *m_tasks.instanceById(id);

@@ -128,7 +128,7 @@ public:
 private:
     // Throws E_ACCESSDENIED unless the claim holds; inside a transaction.
     void requireHeld(const TaskClaim &claim);
-    TaskClaim take(const InstanceRow &row, const TaskHolder &holder, const QueuePolicy &policy);
+    TaskClaim take(int instanceId, int attempt, const TaskHolder &holder, const QueuePolicy &policy);
     void appendErrorLog(const InstanceRow &row, const QString &line);
     qint64 nowMs() const;
 

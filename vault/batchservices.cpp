@@ -77,11 +77,19 @@ HRESULT VaultBatchCheckIn::AddSelection(const std::vector<DoxFolderPair> &files)
     return S_OK;
 }
 
+std::vector<int> VaultBatchCheckIn::selectedIds() const
+{
+    std::vector<int> ids;
+    ids.reserve(m_selection.size());
+    for (const DoxFolderPair &pair : m_selection)
+        ids.push_back(pair.docId);
+    return ids;
+}
+
 HRESULT VaultBatchCheckIn::CreateTree()
 {
     return hostCall([&] {
-        for (const DoxFolderPair &pair : m_selection) {
-            const auto row = m_store->fileById(pair.docId);
+        for (const std::optional<VaultFileRow> &row : m_store->filesById(selectedIds())) {
             if (!row)
                 return E_DOX_FILE_NOT_FOUND;
             if (row->lock == VaultLock::None || row->lockedBy != m_store->user())
@@ -94,10 +102,7 @@ HRESULT VaultBatchCheckIn::CreateTree()
 HRESULT VaultBatchCheckIn::CheckIn()
 {
     return hostCall([&] {
-        Transaction transaction(m_store->db());
-        for (const DoxFolderPair &pair : m_selection)
-            m_store->checkIn(pair.docId, m_comment);
-        transaction.commit();
+        m_store->checkInFiles(selectedIds(), m_comment);
         m_selection.clear();
         m_selected.clear();
         return S_OK;

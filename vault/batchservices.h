@@ -46,6 +46,8 @@ public:
     HRESULT CheckIn() override;
 
 private:
+    std::vector<int> selectedIds() const;
+
     std::shared_ptr<VaultStore> m_store;
     QString m_comment;
     std::vector<DoxFolderPair> m_selection;

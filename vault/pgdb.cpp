@@ -373,10 +373,6 @@ long long PgDb::checkLo(long long rc, const char *what)
     return rc;
 }
 
-namespace {
-constexpr qsizetype LargeObjectChunk = 1 << 20;
-}
-
 unsigned PgDb::writeLargeObject(const QByteArray &bytes)
 {
     const auto lock = guard();

@@ -126,8 +126,9 @@ public:
     std::unique_lock<std::recursive_mutex> guard() { return std::unique_lock<std::recursive_mutex>(m_mutex); }
 
     // Large objects, inside the open transaction (the server allows them
-    // nowhere else). They move in chunks between the server and the caller's
-    // buffer, so a large content is never held twice.
+    // nowhere else). They move in chunks of LargeObjectChunk bytes between the
+    // server and the caller's buffer, so a large content is never held twice.
+    static constexpr qsizetype LargeObjectChunk = 1 << 20;
     unsigned writeLargeObject(const QByteArray &bytes);
     QByteArray readLargeObject(unsigned oid);
     void unlinkLargeObject(unsigned oid);

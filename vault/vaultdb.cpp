@@ -122,6 +122,22 @@ void VaultDb::storeContent(const QString &hash, const QByteArray &bytes)
             .exec();
         return;
     }
+    if (bytes.size() <= PgDb::LargeObjectChunk) {
+        // A small content goes in one round trip (one statement needs no
+        // transaction of its own): the object is made only when the content
+        // is new, and dropped again when another machine stored the same
+        // content meanwhile.
+        m_pg->prepare("WITH made AS (SELECT lo_from_bytea(0, ?3) AS oid "
+                      "            WHERE NOT EXISTS (SELECT 1 FROM blobs WHERE hash = ?1)), "
+                      "kept AS (INSERT INTO blobs (hash, size, data) SELECT ?1, CAST(?2 AS BIGINT), oid FROM made "
+                      "         ON CONFLICT (hash) DO NOTHING RETURNING data) "
+                      "SELECT lo_unlink(oid) FROM made WHERE oid NOT IN (SELECT data FROM kept)")
+            .bind(1, hash)
+            .bind(2, static_cast<std::int64_t>(bytes.size()))
+            .bindBlob(3, bytes)
+            .exec();
+        return;
+    }
     if (m_pg->prepare("SELECT 1 FROM blobs WHERE hash = ?").bind(1, hash).step())
         return;
     // Large objects live only inside a transaction. The store's writes run

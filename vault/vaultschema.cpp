@@ -260,6 +260,13 @@ DROP TABLE instance_variables;
 ALTER TABLE instance_variables_v4 RENAME TO instance_variables;
 )sql";
 
+// The queue's next instance is found through the waiting instances alone,
+// not by reading past every instance that ever ran. The condition is the one
+// the claim asks with.
+const char *const schemaV5 = R"sql(
+CREATE INDEX instances_waiting ON instances(id) WHERE lease_expiry IS NULL AND status IN (0, 6, 11);
+)sql";
+
 // The schema text as PostgreSQL takes it: its own names for the types, ids
 // from an identity column, and byte-wise comparison of texts (SQLite's), on
 // which the range scans over path keys rely.
@@ -326,6 +333,8 @@ void VaultSchema::ensure(VaultDb &db, bool create, int upTo)
     // Only SQLite's integrity check needs the key columns first.
     if (version < 4 && upTo >= 4 && db.kind() == VaultDb::Kind::Sqlite)
         db.exec(schemaV4);
+    if (version < 5 && upTo >= 5)
+        execSchema(db, schemaV5);
     db.setUserVersion(upTo);
     transaction.commit();
 }

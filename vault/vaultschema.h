@@ -6,7 +6,7 @@ class VaultDb;
 // serves both back ends: PostgreSQL gets it with its own types.
 namespace VaultSchema {
 
-inline constexpr int CurrentVersion = 4;
+inline constexpr int CurrentVersion = 5;
 
 // Creates the tables of a new database (only when create is set) or
 // upgrades an older one, in one transaction. Throws HostError when the

@@ -19,8 +19,41 @@ namespace {
 
 constexpr const char *fileColumns =
     "SELECT f.id, f.folder_id, f.name, f.path_key, f.kind, f.latest_version, f.locked_by, f.lock_kind, "
-    "v.revision, v.state, d.path FROM files f JOIN versions v ON v.file_id = f.id AND v.version = f.latest_version "
+    "v.revision, v.state, d.path, v.hash FROM files f JOIN versions v ON v.file_id = f.id AND v.version = f.latest_version "
     "JOIN folders d ON d.id = f.folder_id ";
+
+// Queries about many rows take their ids or keys in "IN (...)" lists of at
+// most 128 values, so a batch of thousands costs a few round trips. A list is
+// padded with its last value to 1, 16 or 128 values (a value twice in an IN
+// list changes nothing), so each such query has three texts to prepare at most.
+template<typename T>
+std::vector<std::vector<T>> inLists(const std::vector<T> &values)
+{
+    std::vector<std::vector<T>> lists;
+    for (std::size_t at = 0; at < values.size();) {
+        const std::size_t left = values.size() - at;
+        const std::size_t length = left <= 1 ? 1 : left <= 16 ? 16 : 128;
+        const std::size_t taken = std::min(left, length);
+        std::vector<T> &list = lists.emplace_back(values.begin() + at, values.begin() + at + taken);
+        list.resize(length, list.back());
+        at += taken;
+    }
+    return lists;
+}
+
+// sql prepared with its "?*" spelled as "?, ?, ..." for the values of list
+// (one of inLists), which are bound from the parameter first on.
+template<typename T>
+Statement prepareWithList(VaultDb &db, const char *sql, const std::vector<T> &list, int first = 1)
+{
+    QByteArray marks("?");
+    for (std::size_t i = 1; i < list.size(); ++i)
+        marks += ", ?";
+    Statement s = db.prepare(QByteArray(sql).replace("?*", marks).constData());
+    for (std::size_t i = 0; i < list.size(); ++i)
+        s.bind(first + static_cast<int>(i), list[i]);
+    return s;
+}
 
 QString defaultUser()
 {
@@ -315,6 +348,7 @@ VaultFileRow VaultStore::readFileRow(const Statement &s)
     row.lock = static_cast<VaultLock>(s.integer(7));
     row.revision = s.text(8);
     row.state = s.text(9);
+    row.hash = s.text(11);
     return row;
 }
 
@@ -328,6 +362,27 @@ std::optional<VaultFileRow> VaultStore::fileById(int id)
     if (s.step())
         row = readFileRow(s);
     return row;
+}
+
+std::vector<std::optional<VaultFileRow>> VaultStore::filesById(const std::vector<int> &ids)
+{
+    const auto guard = m_db.guard();
+    std::unordered_map<int, VaultFileRow> found;
+    static const QByteArray sql = QByteArray(fileColumns) + "WHERE f.id IN (?*)";
+    for (const std::vector<int> &list : inLists(ids)) {
+        Statement s = prepareWithList(m_db, sql.constData(), list);
+        while (s.step()) {
+            VaultFileRow row = readFileRow(s);
+            found.emplace(row.id, std::move(row));
+        }
+    }
+    std::vector<std::optional<VaultFileRow>> rows;
+    rows.reserve(ids.size());
+    for (const int id : ids) {
+        const auto row = found.find(id);
+        rows.push_back(row == found.end() ? std::nullopt : std::optional<VaultFileRow>(row->second));
+    }
+    return rows;
 }
 
 std::optional<VaultFileRow> VaultStore::fileByPath(const QString &relative)
@@ -508,6 +563,20 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
     const QString now = timestamp();
     const QString lockedBy = options.keepCheckedOut ? m_user : QString();
     const int lock = static_cast<int>(options.keepCheckedOut ? VaultLock::Added : VaultLock::None);
+    // The paths taken already, asked for all files at once; each file added
+    // below takes its own.
+    std::unordered_set<QString> taken;
+    {
+        std::vector<QString> keys;
+        keys.reserve(files.size());
+        for (const NewFile &file : files)
+            keys.push_back(VaultPaths::key(VaultPaths::join(file.folder, file.name)));
+        for (const std::vector<QString> &list : inLists(keys)) {
+            Statement s = prepareWithList(m_db, "SELECT path_key FROM files WHERE path_key IN (?*)", list);
+            while (s.step())
+                taken.insert(s.text(0));
+        }
+    }
     for (const NewFile &file : files) {
         NewFileResult &result = results.emplace_back();
         const QString relative = VaultPaths::join(file.folder, file.name);
@@ -520,8 +589,7 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
                 throw HostError(E_DOX_INVALID_NAME, file.name);
             if (VaultPaths::isReserved(relative))
                 throw HostError(E_DOX_INVALID_NAME, QStringLiteral("%1 is the vault's own data folder").arg(relative));
-            const bool exists = m_db.prepare("SELECT 1 FROM files WHERE path_key = ?").bind(1, key).step();
-            if (exists)
+            if (taken.count(key))
                 throw HostError(E_DOX_NAME_ALREADY_EXISTS, m_paths.toWindows(relative));
             bytes = readLocal(file.source);
             const QString folderKey = VaultPaths::key(file.folder);
@@ -544,6 +612,7 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
             if (!id)
                 throw HostError(E_DOX_NAME_ALREADY_EXISTS, m_paths.toWindows(relative));
             result.id = static_cast<int>(*id);
+            taken.insert(key);
             const QString target = m_paths.toNative(relative);
             try {
                 if (QFileInfo(file.source).absoluteFilePath() != QFileInfo(target).absoluteFilePath())
@@ -599,22 +668,38 @@ VaultStore::Update VaultStore::updateFrom(int fileId, const QString &source)
 
 int VaultStore::checkIn(int fileId, const QString &comment)
 {
+    return checkInFiles({fileId}, comment).front();
+}
+
+std::vector<int> VaultStore::checkInFiles(const std::vector<int> &fileIds, const QString &comment)
+{
     const auto guard = m_db.guard();
     Transaction t(m_db);
-    const VaultFileRow file = requireFile(fileId);
-    if (file.lock == VaultLock::None || file.lockedBy != m_user)
-        throw HostError(E_DOX_FILE_NOT_LOCKED_BY_YOU, m_paths.toWindows(file.path));
-    const QByteArray bytes = readLocal(m_paths.toNative(file.path));
-    const QString hash = contentHash(bytes);
-    QString latestHash;
-    {
-        Statement latest = m_db.prepare("SELECT hash FROM versions WHERE file_id = ? AND version = ?");
-        if (latest.bind(1, fileId).bind(2, file.latestVersion).step())
-            latestHash = latest.text(0);
-    }
-    int result = file.latestVersion;
-    if (file.lock == VaultLock::CheckedOut || latestHash != hash) {
-        result = file.latestVersion + 1;
+    const std::vector<std::optional<VaultFileRow>> files = filesById(fileIds);
+    std::vector<int> results;
+    results.reserve(fileIds.size());
+    // New files whose bytes stayed as added: they keep their one version and
+    // only give up the lock, all in a few statements below.
+    std::vector<int> asAdded;
+    std::unordered_map<int, std::size_t> seen; // a file named again gets its first result
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (const auto [first, isNew] = seen.emplace(fileIds[i], i); !isNew) {
+            results.push_back(results[first->second]);
+            continue;
+        }
+        if (!files[i])
+            throw HostError(E_DOX_FILE_NOT_FOUND, QStringLiteral("file id %1").arg(fileIds[i]));
+        const VaultFileRow &file = *files[i];
+        if (file.lock == VaultLock::None || file.lockedBy != m_user)
+            throw HostError(E_DOX_FILE_NOT_LOCKED_BY_YOU, m_paths.toWindows(file.path));
+        const QByteArray bytes = readLocal(m_paths.toNative(file.path));
+        const QString hash = contentHash(bytes);
+        if (file.lock == VaultLock::Added && file.hash == hash) {
+            asAdded.push_back(file.id);
+            results.push_back(file.latestVersion);
+            continue;
+        }
+        const int result = file.latestVersion + 1;
         storeBlob(bytes);
         // The new version carries on the labels, card and references of the
         // one it replaces; a workflow may change them afterwards.
@@ -626,7 +711,7 @@ int VaultStore::checkIn(int fileId, const QString &comment)
             .bind(3, comment)
             .bind(4, m_user)
             .bind(5, timestamp())
-            .bind(6, fileId)
+            .bind(6, file.id)
             .bind(7, file.latestVersion)
             .exec();
         m_db.prepare("INSERT INTO card_values (file_id, version, variable_id, configuration, type, ivalue, rvalue, tvalue) "
@@ -634,30 +719,36 @@ int VaultStore::checkIn(int fileId, const QString &comment)
                      "FROM card_values "
                      "WHERE file_id = ? AND version = ?")
             .bind(1, result)
-            .bind(2, fileId)
+            .bind(2, file.id)
             .bind(3, file.latestVersion)
             .exec();
         m_db.prepare("INSERT INTO refs (parent_id, parent_version, child_id, child_version, configuration) "
                      "SELECT parent_id, CAST(? AS INTEGER), child_id, child_version, configuration FROM refs "
                      "WHERE parent_id = ? AND parent_version = ?")
             .bind(1, result)
-            .bind(2, fileId)
+            .bind(2, file.id)
             .bind(3, file.latestVersion)
             .exec();
-    } else if (file.lock == VaultLock::Added && !comment.isEmpty()) {
+        m_db.prepare("UPDATE files SET latest_version = ?, locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id = ?")
+            .bind(1, result)
+            .bind(2, file.id)
+            .exec();
+        results.push_back(result);
+    }
+    for (const std::vector<int> &list : inLists(asAdded)) {
         // A new file's first check-in: its one version takes the comment.
-        m_db.prepare("UPDATE versions SET comment = ? WHERE file_id = ? AND version = ?")
-            .bind(1, comment)
-            .bind(2, fileId)
-            .bind(3, result)
+        if (!comment.isEmpty())
+            prepareWithList(m_db,
+                            "UPDATE versions SET comment = ? WHERE file_id IN (?*) AND version = "
+                            "(SELECT latest_version FROM files WHERE files.id = versions.file_id)",
+                            list, 2)
+                .bind(1, comment)
+                .exec();
+        prepareWithList(m_db, "UPDATE files SET locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id IN (?*)", list)
             .exec();
     }
-    m_db.prepare("UPDATE files SET latest_version = ?, locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id = ?")
-        .bind(1, result)
-        .bind(2, fileId)
-        .exec();
     t.commit();
-    return result;
+    return results;
 }
 
 void VaultStore::checkOut(int fileId, int folderId)

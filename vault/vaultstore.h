@@ -39,6 +39,7 @@ struct VaultFileRow {
     VaultLock lock = VaultLock::None;
     QString revision; // of the latest version
     QString state;
+    QString hash; // of the latest version's bytes
 };
 
 struct VaultVersionRow {
@@ -146,6 +147,8 @@ public:
     // Files.
     std::optional<VaultFileRow> fileById(int id);
     std::optional<VaultFileRow> fileByPath(const QString &relative);
+    // fileById of many files at once, in order.
+    std::vector<std::optional<VaultFileRow>> filesById(const std::vector<int> &ids);
     std::vector<VaultFileRow> filesIn(int folderId);
     // Every file in the folder and below, ordered by path.
     std::vector<VaultFileRow> filesUnder(int folderId);
@@ -195,6 +198,9 @@ public:
     // way. Returns the latest version. E_DOX_FILE_NOT_LOCKED_BY_YOU when the
     // user does not hold the lock.
     int checkIn(int fileId, const QString &comment);
+    // checkIn of each of the distinct files, in one transaction: the first
+    // failure throws and checks in none. The latest versions, in order.
+    std::vector<int> checkInFiles(const std::vector<int> &fileIds, const QString &comment);
     // E_DOX_FILE_IS_LOCKED when somebody else holds it; no-op when we do.
     void checkOut(int fileId, int folderId);
     // The bytes of the native file source become the file's next version

@@ -10,7 +10,9 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QUuid>
 
+#include <chrono>
 #include <thread>
 
 namespace {
@@ -357,6 +359,89 @@ TEST_P(VaultStoreTest, RecordsTimesFromTheClock)
     ASSERT_EQ(versions.size(), 2u);
     EXPECT_EQ(versions[0].created, QStringLiteral("2024-03-01T12:00:00.000Z"));
     EXPECT_EQ(versions[1].created, QStringLiteral("2024-03-01T12:01:30.000Z"));
+}
+
+TEST_P(VaultStoreTest, ManyFilesAreAddedAndCheckedInAsOneWithEachJudgedOnItsOwn)
+{
+    TempVault vault(QStringLiteral("alice"), server());
+    VaultStore &store = *vault.store;
+    // More files than one list of ids or paths holds: the lists split, and the
+    // last one is padded.
+    std::vector<VaultStore::NewFile> files;
+    for (int i = 0; i < 150; ++i) {
+        const QString name = QStringLiteral("f%1.txt").arg(i);
+        files.push_back({vault.localFile("Many/" + name, QByteArray::number(i)), QStringLiteral("Many"), name});
+    }
+    store.addFile(vault.outsideFile("old", "old"), QStringLiteral("Many"), QStringLiteral("F140.TXT"), {});
+    files.push_back(files[3]); // the same path twice in one batch
+    VaultStore::AddOptions keep;
+    keep.keepCheckedOut = true;
+    const std::vector<VaultStore::NewFileResult> added = store.addFiles(files, keep);
+    ASSERT_EQ(added.size(), 151u);
+    std::vector<int> ids;
+    for (int i = 0; i < 150; ++i) {
+        EXPECT_EQ(added[i].result, i == 140 ? E_DOX_NAME_ALREADY_EXISTS : S_OK) << i;
+        if (i != 140)
+            ids.push_back(added[i].id);
+    }
+    EXPECT_EQ(added[150].result, E_DOX_NAME_ALREADY_EXISTS);
+
+    const auto some = store.filesById({ids[148], 999999, ids[5]});
+    ASSERT_EQ(some.size(), 3u);
+    EXPECT_EQ(some[0]->path, QStringLiteral("Many\\f149.txt"));
+    EXPECT_FALSE(some[1]);
+    EXPECT_EQ(some[2]->path, QStringLiteral("Many\\f5.txt"));
+
+    vault.localFile(QStringLiteral("Many/f7.txt"), "seven");
+    ids.push_back(ids[0]); // named twice: checked in once
+    const std::vector<int> latest = store.checkInFiles(ids, QStringLiteral("batch"));
+    ASSERT_EQ(latest.size(), ids.size());
+    for (std::size_t i = 0; i < latest.size(); ++i)
+        EXPECT_EQ(latest[i], i == 7 ? 2 : 1) << i;
+    EXPECT_EQ(store.readVersion(ids[7], 2), QByteArray("seven"));
+    EXPECT_EQ(store.version(ids[7], 2)->comment, QStringLiteral("batch"));
+    EXPECT_EQ(store.version(ids[7], 1)->comment, QString());
+    EXPECT_EQ(store.version(ids[148], 1)->comment, QStringLiteral("batch"));
+    for (const VaultFileRow &row : store.filesIn(store.folderByPath(QStringLiteral("Many"))->id))
+        EXPECT_EQ(row.lock, VaultLock::None) << qPrintable(row.path);
+    EXPECT_EQ(store.version(store.fileByPath(QStringLiteral("Many\\f140.txt"))->id, 1)->comment, QString());
+    EXPECT_EQ(codeOf([&] { store.checkInFiles({ids[1]}, QString()); }), E_DOX_FILE_NOT_LOCKED_BY_YOU);
+}
+
+TEST_P(VaultStoreTest, AContentStoredFromTwoMachinesAtOnceIsKeptOnce)
+{
+    if (!onPostgres())
+        GTEST_SKIP() << "only a server vault has other machines";
+    TempVault vault(QStringLiteral("alice"), server());
+    VaultDb first(std::make_unique<PgDb>(server()));
+    VaultDb second(std::make_unique<PgDb>(server()));
+    PgDb watcher(server());
+    const QByteArray bytes = QUuid::createUuid().toByteArray();
+    const QString hash = VaultStore::contentHash(bytes);
+
+    Transaction transaction(first);
+    first.storeContent(hash, bytes);
+    // The second finds no committed row, makes its object and waits on the
+    // first's uncommitted key.
+    std::thread other([&] { second.storeContent(hash, bytes); });
+    bool waiting = false;
+    for (int i = 0; i < 1000 && !waiting; ++i) {
+        PgStatement s = watcher.prepare("SELECT count(*) FROM pg_stat_activity WHERE wait_event_type = 'Lock' "
+                                        "AND query LIKE '%lo_from_bytea%'");
+        waiting = s.step() && s.integer(0) > 0;
+        if (!waiting)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    transaction.commit();
+    other.join();
+    EXPECT_TRUE(waiting);
+
+    EXPECT_EQ(first.readContent(hash), bytes);
+    // Large objects are the database's, not the schema's: found by content.
+    PgStatement objects = watcher.prepare(
+        "SELECT count(*) FROM pg_largeobject_metadata m WHERE lo_get(m.oid) = ?");
+    ASSERT_TRUE(objects.bindBlob(1, bytes).step());
+    EXPECT_EQ(objects.integer(0), 1);
 }
 
 TEST_P(VaultStoreTest, ThreadsOfOneProcessShareAStore)
