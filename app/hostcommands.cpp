@@ -122,16 +122,8 @@ int runServe(CommandContext &context)
     options.once = parser.isSet(once);
     const bool json = parser.isSet(jsonOption());
     const QString vaultDir = parser.value(vaultOption());
+    options.serverVault = VaultStore::isOnServer(locateVault(vaultDir));
 
-    // The add-in is loaded (and registered when it is not) once here, so
-    // that the workers only load it.
-    {
-        QString error;
-        if (!TaskHost::open(openLocatedVault(vaultDir), context.err, error)) {
-            context.err << "mctask: " << error << '\n';
-            return 1;
-        }
-    }
     std::mutex printing;
     TaskHostService service(
         options, [vaultDir] { return openLocatedVault(vaultDir); },
@@ -149,7 +141,19 @@ int runServe(CommandContext &context)
             context.out.flush();
         });
     TerminationSignals termination;
-    const int status = service.serve([&termination](int timeoutMs) { return termination.wait(timeoutMs); });
+    const auto waitForSignal = [&termination](int timeoutMs) { return termination.wait(timeoutMs); };
+    // The add-in is loaded (and registered when it is not) once here, so
+    // that the workers only load it; a server that is away is waited for.
+    QString error;
+    bool loaded = false;
+    const auto load = [&] { loaded = TaskHost::open(openLocatedVault(vaultDir), context.err, error) != nullptr; };
+    if (!service.awaitVault(load, waitForSignal))
+        return 0;
+    if (!loaded) {
+        context.err << "mctask: " << error << '\n';
+        return 1;
+    }
+    const int status = service.serve(waitForSignal);
     for (const QString &failure : service.failures())
         context.err << "mctask: host serve: " << failure << '\n';
     return status;

@@ -110,4 +110,47 @@ TEST_F(ServerVaultTest, AServerThatCannotBeReachedFailsWithOneLineAndNoPassword)
     EXPECT_FALSE(listed.err.contains("s3cret"));
 }
 
+TEST_F(ServerVaultTest, EveryCommandFailsWithOneLineNamingTheServerWhileItIsStopped)
+{
+    std::unique_ptr<PrivatePgServer> server;
+    MCTASK_PRIVATE_PG_OR_SKIP(server, MCTASK_PRIVATEPG_SCRIPT);
+    // A password in the URL (the private server trusts its socket and ignores it).
+    QString url = server->url();
+    url.replace("postgresql:///", "postgresql://mctask:s3cret@/");
+    const auto ok = [&](const QStringList &args) {
+        const ProgramRun r = run("a", args);
+        EXPECT_EQ(r.status, 0) << args.join(' ').toStdString() << ": " << r.err.toStdString();
+        return r;
+    };
+    ok({"vault", "init", path("a/v"), "--server", url});
+    write("src/part.mcdprt", "part");
+    ok({"vault", "add", "--vault", path("a/v"), path("src/part.mcdprt"), "--to", "Parts"});
+    ok({"task", "create", "--vault", path("a/v"), "Convert", "--kind", "convert"});
+    const QString instance =
+        ok({"task", "launch", "--vault", path("a/v"), "Convert", "V:\\Parts\\part.mcdprt"}).lastLine();
+    server->stop();
+
+    const QString socket = url.section("host=", 1).section('&', 0, 0);
+    const QList<QStringList> commands{
+        {"vault", "ls"},
+        {"vault", "add", path("src/part.mcdprt"), "--to", "Other"},
+        {"vault", "get"},
+        {"vault", "show", "V:\\Parts\\part.mcdprt"},
+        {"task", "launch", "Convert", "V:\\Parts\\part.mcdprt"},
+        {"task", "instances"},
+        {"task", "run", instance},
+        {"host", "status"},
+    };
+    for (const QStringList &command : commands) {
+        const ProgramRun r = run("a", command + QStringList{"--vault", path("a/v")});
+        const std::string name = command.mid(0, 2).join(' ').toStdString();
+        EXPECT_EQ(r.status, 1) << name;
+        EXPECT_EQ(r.err.count('\n'), 1) << name << ": " << r.err.toStdString();
+        EXPECT_TRUE(r.err.contains("vault server mctask on " + socket)) << name << ": " << r.err.toStdString();
+        EXPECT_TRUE(r.err.contains("the server is not running or not reachable")) << name << ": " << r.err.toStdString();
+        EXPECT_FALSE(r.err.contains("s3cret")) << name;
+        EXPECT_TRUE(r.out.isEmpty()) << name << ": " << r.out.toStdString();
+    }
+}
+
 } // namespace

@@ -4,7 +4,7 @@
 #include "host/hosterror.h"
 
 ClaimedTaskInstance::ClaimedTaskInstance(std::shared_ptr<VaultStore> store, TaskClaim claim, ProgressObserver progress)
-    : m_queue(store),
+    : m_store(store), m_queue(store),
       m_stored(std::make_shared<StoredTaskInstance>(TaskStore(store), claim.instanceId)),
       m_claim(std::move(claim)),
       m_progress(std::move(progress))
@@ -13,14 +13,30 @@ ClaimedTaskInstance::ClaimedTaskInstance(std::shared_ptr<VaultStore> store, Task
 
 HRESULT ClaimedTaskInstance::GetVariable(const QString &name, Variant &value)
 {
-    return m_stored->GetVariable(name, value);
+    return reconnecting([&] { return m_stored->GetVariable(name, value); });
+}
+
+HRESULT ClaimedTaskInstance::reconnecting(const std::function<HRESULT()> &call)
+{
+    const HRESULT hr = call();
+    VaultDb &db = m_store->db();
+    if (!failed(hr) || !db.isConnectionLost())
+        return hr;
+    try {
+        db.reconnect();
+    } catch (const HostError &) {
+        return hr; // still away
+    }
+    return call();
 }
 
 HRESULT ClaimedTaskInstance::guarded(const std::function<void()> &write)
 {
-    const HRESULT hr = hostCall([&] {
-        write();
-        return S_OK;
+    const HRESULT hr = reconnecting([&] {
+        return hostCall([&] {
+            write();
+            return S_OK;
+        });
     });
     if (hr == E_ACCESSDENIED)
         ++m_refused;
@@ -39,7 +55,7 @@ HRESULT ClaimedTaskInstance::GetInstanceGuid(QString &guid)
 
 HRESULT ClaimedTaskInstance::GetStatus(std::int32_t &status)
 {
-    return m_stored->GetStatus(status);
+    return reconnecting([&] { return m_stored->GetStatus(status); });
 }
 
 HRESULT ClaimedTaskInstance::SetStatus(std::int32_t status, HRESULT result, const std::optional<QString> &message,

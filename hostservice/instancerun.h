@@ -47,7 +47,12 @@ public:
 
 private:
     HRESULT guarded(const std::function<void()> &write);
+    // A connection that broke while the run waited elsewhere (the server
+    // restarted meanwhile) is made again once before the call counts as
+    // failed; the claim still decides whether a write is taken.
+    HRESULT reconnecting(const std::function<HRESULT()> &call);
 
+    std::shared_ptr<VaultStore> m_store;
     TaskQueue m_queue;
     std::shared_ptr<StoredTaskInstance> m_stored;
     int m_refused = 0;

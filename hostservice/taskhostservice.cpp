@@ -17,14 +17,18 @@ constexpr qint64 LastRetryMs = 30000;
 
 } // namespace
 
-bool retryWithBackoff(const std::function<void()> &attempt, const std::atomic<bool> &stop)
+bool retryWithBackoff(const std::function<void()> &attempt, const std::function<bool()> &stopped,
+                      const std::function<bool()> &hurry)
 {
     Clock &clock = Clock::instance();
     for (qint64 delay = FirstRetryMs;; delay = std::min(delay * 2, LastRetryMs)) {
         const qint64 due = clock.elapsed() + delay;
-        for (qint64 left = delay; left > 0 && !stop; left = due - clock.elapsed())
+        for (qint64 left = delay; left > 0 && !stopped(); left = due - clock.elapsed()) {
+            if (hurry && hurry())
+                break;
             clock.sleep(std::min(left, StopCheckMs));
-        if (stop)
+        }
+        if (stopped())
             return false;
         try {
             attempt();
@@ -35,8 +39,55 @@ bool retryWithBackoff(const std::function<void()> &attempt, const std::atomic<bo
     }
 }
 
-LeaseKeeper::LeaseKeeper(std::shared_ptr<VaultStore> store, Options options, ServerWatch watch)
-    : m_store(std::move(store)), m_options(std::move(options)), m_watch(std::move(watch))
+bool retryWithBackoff(const std::function<void()> &attempt, const std::atomic<bool> &stop)
+{
+    return retryWithBackoff(attempt, [&stop] { return stop.load(); });
+}
+
+bool ServerOutage::rideOut(int &seen, const QString &why, const std::function<void()> &reach,
+                           const std::function<bool()> &stopped)
+{
+    if (seen != m_ends) {
+        // Another connection rode out an outage since this one last looked:
+        // this loss is most likely that one, and the server is back.
+        seen = m_ends;
+        try {
+            reach();
+            return true;
+        } catch (const HostError &) {
+            // Away again: a new outage.
+        }
+    }
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!m_told) {
+            m_told = true;
+            if (m_report)
+                m_report(true, why);
+        }
+    }
+    int hurried = m_ends;
+    const bool back = retryWithBackoff(reach, stopped, [&] {
+        if (m_ends == hurried)
+            return false;
+        hurried = m_ends;
+        return true;
+    });
+    if (back) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_told) {
+            m_told = false;
+            ++m_ends;
+            if (m_report)
+                m_report(false, QString());
+        }
+        seen = m_ends;
+    }
+    return back;
+}
+
+LeaseKeeper::LeaseKeeper(std::shared_ptr<VaultStore> store, Options options, std::shared_ptr<ServerOutage> outage)
+    : m_store(std::move(store)), m_options(std::move(options)), m_outage(std::move(outage))
 {
 }
 
@@ -91,10 +142,12 @@ void LeaseKeeper::loop()
             // server is waited for first.
             VaultDb &db = m_store->db();
             if (db.isConnectionLost()) {
-                if (m_watch)
-                    m_watch(true, e.context());
-                if (retryWithBackoff([&db] { db.reconnect(); }, m_stop) && m_watch)
-                    m_watch(false, QString());
+                const auto reconnect = [&db] { db.reconnect(); };
+                const auto stopped = [this] { return m_stop.load(); };
+                if (m_outage)
+                    m_outage->rideOut(m_outagesSeen, e.context(), reconnect, stopped);
+                else
+                    retryWithBackoff(reconnect, stopped);
             }
         }
         due = clock.elapsed() + interval;
@@ -103,7 +156,8 @@ void LeaseKeeper::loop()
 
 TaskHostService::TaskHostService(Options options, StoreFactory stores, SessionFactory sessions, EventSink events)
     : m_options(std::move(options)), m_stores(std::move(stores)), m_sessions(std::move(sessions)),
-      m_events(std::move(events))
+      m_events(std::move(events)),
+      m_outage(std::make_shared<ServerOutage>([this](bool lost, const QString &why) { serverState(lost, why); }))
 {
 }
 
@@ -113,11 +167,27 @@ TaskHostService::~TaskHostService()
     join();
 }
 
+bool TaskHostService::awaitVault(const std::function<void()> &open,
+                                 const std::function<int(int timeoutMs)> &waitForSignal)
+{
+    QString why;
+    try {
+        open();
+        return true;
+    } catch (const HostError &e) {
+        if (!m_options.serverVault || e.code() != E_DOX_CANT_OPEN_DATABASE)
+            throw;
+        why = e.context();
+    }
+    int seen = 0;
+    return m_outage->rideOut(seen, why, open, [&waitForSignal] { return waitForSignal(0) != 0; });
+}
+
 void TaskHostService::start()
 {
     m_leases = std::make_unique<LeaseKeeper>(
         m_stores(), LeaseKeeper::Options{m_options.name, m_options.pid, m_options.workers, m_options.leaseMs, true},
-        [this](bool lost, const QString &why) { serverState(lost, why); });
+        m_outage);
     m_leases->start();
     m_running = m_options.workers;
     for (int worker = 1; worker <= m_options.workers; ++worker)
@@ -185,21 +255,13 @@ void TaskHostService::waitIdle(VaultDb &db)
     }
 }
 
-void TaskHostService::rideOut(VaultDb &db, const QString &why)
-{
-    serverState(true, why);
-    if (retryWithBackoff([&db] { db.reconnect(); }, m_stopping))
-        serverState(false, QString());
-}
-
 void TaskHostService::serverState(bool lost, const QString &why)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_lostConnections += lost ? 1 : -1;
-    if (!m_events || m_lostConnections != (lost ? 1 : 0))
+    if (!m_events)
         return;
     HostEvent event = newEvent(lost ? HostEvent::Kind::ServerLost : HostEvent::Kind::ServerRegained);
     event.message = why;
+    const std::lock_guard<std::mutex> lock(m_mutex);
     m_events(event);
 }
 
@@ -241,18 +303,26 @@ void TaskHostService::work(int worker)
         TaskQueue queue(session->store());
         const TaskHolder holder{m_options.name, m_options.pid, worker};
         const QueuePolicy policy{m_options.leaseMs, m_options.attempts};
+        int outagesSeen = 0;
+        std::optional<TaskClaim> running;
         while (!m_stopping) {
             try {
-                if (!runNext(*session, queue, holder, policy))
+                // A run that could not write its end gives its claim up, or
+                // the lease keeper would hold the instance for ever; the next
+                // claim handles it as after a lost host.
+                if (running) {
+                    queue.release(*running);
+                    running.reset();
+                }
+                if (!runNext(*session, queue, holder, policy, running))
                     break;
             } catch (const HostError &e) {
-                // The database stayed busy past its timeout, or a run could
-                // not write its end: its lease runs out and the next claim
-                // handles the instance. Wait a poll before the next claim, or
-                // for the server when it went away.
+                // The database stayed busy past its timeout, or the server
+                // went away: wait a poll, or for the server.
                 VaultDb &db = session->store()->db();
                 if (db.isConnectionLost())
-                    rideOut(db, e.context());
+                    m_outage->rideOut(outagesSeen, e.context(), [&db] { db.reconnect(); },
+                                      [this] { return m_stopping.load(); });
                 else
                     Clock::instance().sleep(m_options.pollMs);
             }
@@ -266,11 +336,12 @@ void TaskHostService::work(int worker)
 }
 
 bool TaskHostService::runNext(AddInSession &session, TaskQueue &queue, const TaskHolder &holder,
-                              const QueuePolicy &policy)
+                              const QueuePolicy &policy, std::optional<TaskClaim> &running)
 {
     VaultDb &db = session.store()->db();
     db.listenForWaiting(); // before the claim, so no launch falls between
     const std::optional<TaskClaim> claim = queue.claimNext(holder, policy);
+    running = claim;
     if (!claim) {
         if (m_options.once && queue.pendingCount() == 0)
             return false;
@@ -287,5 +358,6 @@ bool TaskHostService::runNext(AddInSession &session, TaskQueue &queue, const Tas
     }
     report(HostEvent::Kind::Started, holder.worker, row);
     report(HostEvent::Kind::Ended, holder.worker, runClaimedInstance(session, *claim).end);
+    running.reset();
     return true;
 }

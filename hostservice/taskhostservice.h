@@ -11,13 +11,43 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
 // Calls attempt until it no longer throws HostError, waiting 1, 2, 4 ... at
 // most 30 s on the Clock before each call; for a vault server that went away.
-// Gives up (false) when stop is set.
+// Gives up (false) once stopped() is true. When hurry() is true the wait ends
+// early and the next attempt is made at once (another connection got through).
+bool retryWithBackoff(const std::function<void()> &attempt, const std::function<bool()> &stopped,
+                      const std::function<bool()> &hurry = {});
 bool retryWithBackoff(const std::function<void()> &attempt, const std::atomic<bool> &stop);
+
+// What the connections of one task host know of their vault server. However
+// many of them see an outage, it is told once, when the first one loses the
+// server, and its end once, when the first one reaches it again. A connection
+// that learns of a loss only after another one rode that outage out
+// reconnects without a word, and the ones still waiting try again at once.
+class ServerOutage final
+{
+public:
+    // lost: why; back: why is empty.
+    using Report = std::function<void(bool lost, const QString &why)>;
+
+    explicit ServerOutage(Report report) : m_report(std::move(report)) {}
+
+    // Calls reach (a reconnect or an open) until it no longer throws HostError
+    // (true) or stopped() is true (false). seen is the caller's count of the
+    // outages it knows to have ended; why: the failure that showed the loss.
+    bool rideOut(int &seen, const QString &why, const std::function<void()> &reach,
+                 const std::function<bool()> &stopped);
+
+private:
+    std::mutex m_mutex;
+    Report m_report;
+    bool m_told = false;         // a loss was told and its end not yet
+    std::atomic<int> m_ends{0}; // outages that ended
+};
 
 // Renews, from a thread of its own, the leases of every instance that one
 // process holds, and (when announce is set) records the process in the hosts
@@ -35,11 +65,9 @@ public:
         bool announce = true; // a row in the hosts table
     };
 
-    // Told when the keeper's connection to a vault server is lost (with why)
-    // and when it is back (why empty).
-    using ServerWatch = std::function<void(bool lost, const QString &why)>;
-
-    LeaseKeeper(std::shared_ptr<VaultStore> store, Options options, ServerWatch watch = {});
+    // outage: where a lost server is waited out and told; none: the keeper
+    // waits quietly.
+    LeaseKeeper(std::shared_ptr<VaultStore> store, Options options, std::shared_ptr<ServerOutage> outage = {});
     ~LeaseKeeper(); // stops
 
     void start();
@@ -53,7 +81,8 @@ private:
 
     std::shared_ptr<VaultStore> m_store;
     Options m_options;
-    ServerWatch m_watch;
+    std::shared_ptr<ServerOutage> m_outage;
+    int m_outagesSeen = 0;
     std::atomic<bool> m_stop{false};
     std::thread m_thread;
 };
@@ -91,6 +120,9 @@ public:
         qint64 pollMs = 1000;
         int attempts = 2;
         bool once = false;
+        // The vault lives on a server: one that cannot be reached at the
+        // start is waited for (awaitVault) as a lost one is.
+        bool serverVault = false;
     };
     // A connection of its own for each caller (lease keeper, stop requests).
     using StoreFactory = std::function<std::shared_ptr<VaultStore>()>;
@@ -103,6 +135,11 @@ public:
     TaskHostService(Options options, StoreFactory stores, SessionFactory sessions, EventSink events);
     ~TaskHostService(); // stops and waits
 
+    // Before start: calls open until it no longer fails with a server that
+    // cannot be reached (with Options::serverVault; any other failure is
+    // thrown), telling the loss and the return as events. False when a
+    // signal came first (waitForSignal as for serve).
+    bool awaitVault(const std::function<void()> &open, const std::function<int(int timeoutMs)> &waitForSignal);
     void start();
     void stop();
     void cancel();
@@ -121,18 +158,16 @@ public:
 private:
     void work(int worker);
     // Claims and runs one instance, or waits a poll when none waits; false
-    // when a --once host has nothing left.
-    bool runNext(AddInSession &session, TaskQueue &queue, const TaskHolder &holder, const QueuePolicy &policy);
+    // when a --once host has nothing left. running holds the claim while its
+    // run goes on.
+    bool runNext(AddInSession &session, TaskQueue &queue, const TaskHolder &holder, const QueuePolicy &policy,
+                 std::optional<TaskClaim> &running);
     HostEvent newEvent(HostEvent::Kind kind) const; // now, this host
     void report(HostEvent::Kind kind, int worker, const InstanceRow &row);
     // An idle worker's wait of one poll; ends early when an instance is
     // announced as waiting (on a server vault) or the host stops.
     void waitIdle(VaultDb &db);
-    // A worker whose connection was lost waits for the server (see
-    // retryWithBackoff); why: the failure that showed the loss.
-    void rideOut(VaultDb &db, const QString &why);
-    // Counts the host's lost connections: the first loss and the last
-    // regain are events.
+    // The host's lost server as events.
     void serverState(bool lost, const QString &why);
 
     Options m_options;
@@ -145,7 +180,7 @@ private:
     std::atomic<bool> m_cancelling{false};
     mutable std::mutex m_mutex; // events, failures, the count of running workers
     int m_running = 0;
-    int m_lostConnections = 0;
+    std::shared_ptr<ServerOutage> m_outage;
     QStringList m_failures;
     QHash<int, QString> m_taskNames; // task id to name, for the events
 };

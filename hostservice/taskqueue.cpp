@@ -159,9 +159,10 @@ int TaskQueue::renewLeases(const QString &host, qint64 pid, qint64 leaseMs)
 {
     VaultDb &db = m_store->db();
     // A renewal is worth less than a flush; a lost one only shortens a lease.
+    // A released claim (lease 0) stays given up.
     return unflushedWrite(db, [&] {
         db.prepare("UPDATE instances SET lease_expiry = ? WHERE holder_host = ? AND holder_pid = ? "
-                   "AND lease_expiry IS NOT NULL")
+                   "AND lease_expiry > 0")
             .bind(1, static_cast<std::int64_t>(nowMs() + leaseMs))
             .bind(2, host)
             .bind(3, static_cast<std::int64_t>(pid))
@@ -249,6 +250,15 @@ bool TaskQueue::holds(const TaskClaim &claim)
     Statement s = m_store->db().prepare((QByteArray("SELECT 1 FROM instances WHERE ") + ClaimCondition).constData());
     bindClaim(s, 1, claim);
     return s.step();
+}
+
+void TaskQueue::release(const TaskClaim &claim)
+{
+    VaultDb &db = m_store->db();
+    Transaction t(db);
+    Statement s = db.prepare((QByteArray("UPDATE instances SET lease_expiry = 0 WHERE ") + ClaimCondition).constData());
+    bindClaim(s, 1, claim).exec();
+    t.commit();
 }
 
 void TaskQueue::setStatus(const TaskClaim &claim, std::int32_t status, HRESULT result,

@@ -87,7 +87,7 @@ public:
     QString refusal(const InstanceRow &row) const;
 
     // Renews the leases of every instance that the holder's process holds
-    // (worker is ignored); the number renewed.
+    // (worker is ignored) and has not released; the number renewed.
     int renewLeases(const QString &host, qint64 pid, qint64 leaseMs);
     // Expired leases: back to waiting while attempts are left, otherwise (or
     // when the run had begun the hand-over to the vault, so that no output
@@ -105,6 +105,11 @@ public:
     void markHandover(const TaskClaim &claim);
     // True while the claim is the instance's and it has not ended.
     bool holds(const TaskClaim &claim);
+    // Gives up a claim whose run could not write its end: its lease ends
+    // now, and the next claim handles the instance as after a lost holder
+    // (recoverExpired). A claim that is no longer the instance's changes
+    // nothing.
+    void release(const TaskClaim &claim);
 
     // Instances that a --once host still waits for: waiting ones and those
     // held by any claim.

@@ -44,6 +44,9 @@ QString connectFailure(pg_conn *conn)
     const qsizetype failed = why.lastIndexOf(QLatin1String("failed: "));
     if (failed >= 0)
         why = why.mid(failed + 8);
+    // A missing socket or a refused port: nothing listens there.
+    if (why.contains(QLatin1String("No such file or directory")) || why.contains(QLatin1String("Connection refused")))
+        return QStringLiteral("cannot connect (%1): the server is not running or not reachable").arg(why);
     return QStringLiteral("cannot connect (%1)").arg(why);
 }
 
@@ -175,6 +178,10 @@ PgResult checkPg(pg_result *raw, PgDb &db, const char *what, HRESULT failure)
     }
     if (message.isEmpty())
         message = firstLine(PQerrorMessage(db.m_conn));
+    // A unique key that a concurrent writer took first: the vault's own
+    // answer, as the look before the write gives it when nobody races.
+    if (state == "23505")
+        fail(E_DOX_NAME_ALREADY_EXISTS, db.m_server, QStringLiteral("already exists (%1)").arg(message), nullptr);
     QString plain = pgFailureText(state);
     if (plain.isEmpty() && PQstatus(db.m_conn) == CONNECTION_BAD)
         plain = pgFailureText("08000");

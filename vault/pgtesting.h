@@ -9,6 +9,9 @@
 #include "host/hosterror.h"
 #include "vault/pgdb.h"
 
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QUuid>
 
 #include <gtest/gtest.h>
@@ -79,6 +82,66 @@ private:
         QString whyNot_;                                                                                               \
         schema = PgTestSchema::create(&whyNot_);                                                                       \
         if (!schema) {                                                                                                 \
+            if (PgTestSchema::required())                                                                              \
+                FAIL() << qPrintable(whyNot_);                                                                         \
+            GTEST_SKIP() << qPrintable(whyNot_);                                                                       \
+        }                                                                                                              \
+    } while (0)
+
+// A PostgreSQL server of the test's own (tools/privatepg.sh, cluster in a
+// temporary folder), for tests that stop and start their server: the
+// shared one serves other tests meanwhile and must never be stopped. It is
+// stopped when the object goes.
+class PrivatePgServer
+{
+public:
+    // script: the path of tools/privatepg.sh.
+    explicit PrivatePgServer(QString script) : m_script(std::move(script))
+    {
+        // The server's user (not root) must reach the folder.
+        QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) | QFileDevice::ExeOther
+                                                | QFileDevice::ReadOther);
+    }
+    ~PrivatePgServer() { stop(); }
+    PrivatePgServer(const PrivatePgServer &) = delete;
+    PrivatePgServer &operator=(const PrivatePgServer &) = delete;
+
+    // Starts it (the cluster is made the first time); false, with why, when
+    // it does not come up.
+    bool start(QString *why = nullptr)
+    {
+        QProcess process;
+        process.start(QStringLiteral("bash"), {m_script, QStringLiteral("start"), m_dir.path()});
+        if (!process.waitForFinished(120000) || process.exitCode() != 0) {
+            if (why)
+                *why = QStringLiteral("no private PostgreSQL server: %1")
+                           .arg(QString::fromUtf8(process.readAllStandardError()).trimmed());
+            return false;
+        }
+        m_url = QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+        return true;
+    }
+    void stop()
+    {
+        QProcess process;
+        process.start(QStringLiteral("bash"), {m_script, QStringLiteral("stop"), m_dir.path()});
+        process.waitForFinished(120000);
+    }
+    QString url() const { return m_url; }
+
+private:
+    QString m_script;
+    QTemporaryDir m_dir;
+    QString m_url;
+};
+
+// In a test: a private server started in `server` from `script`, or the test
+// skips (fails where a server is required).
+#define MCTASK_PRIVATE_PG_OR_SKIP(server, script)                                                                      \
+    do {                                                                                                               \
+        QString whyNot_;                                                                                               \
+        server = std::make_unique<PrivatePgServer>(script);                                                            \
+        if (!server->start(&whyNot_)) {                                                                                \
             if (PgTestSchema::required())                                                                              \
                 FAIL() << qPrintable(whyNot_);                                                                         \
             GTEST_SKIP() << qPrintable(whyNot_);                                                                       \

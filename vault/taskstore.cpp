@@ -77,11 +77,15 @@ TaskRow TaskStore::createTask(const QString &name, const QString &classId, std::
     Transaction t(db);
     if (findTask(name))
         throw HostError(E_DOX_NAME_ALREADY_EXISTS, QStringLiteral("task '%1' already exists").arg(name));
-    Statement insert = db.prepare("INSERT INTO tasks (name, name_key, class_id, flags) VALUES (?, ?, ?, ?) RETURNING id");
+    // Made by another writer after the look above: the same answer.
+    Statement insert = db.prepare("INSERT INTO tasks (name, name_key, class_id, flags) VALUES (?, ?, ?, ?) "
+                                  "ON CONFLICT (name_key) DO NOTHING RETURNING id");
     insert.bind(1, name).bind(2, name.toLower()).bind(3, classId).bind(4, flags);
-    const int id = static_cast<int>(insert.insertedId());
+    const std::optional<std::int64_t> id = insert.insertedIdIfNew();
+    if (!id)
+        throw HostError(E_DOX_NAME_ALREADY_EXISTS, QStringLiteral("task '%1' already exists").arg(name));
     t.commit();
-    return TaskRow{id, name, classId, flags};
+    return TaskRow{static_cast<int>(*id), name, classId, flags};
 }
 
 std::optional<TaskRow> TaskStore::findTask(const QString &name)

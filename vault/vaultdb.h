@@ -109,8 +109,19 @@ public:
     // that has rows left open, and a commit fails while it is) and gives the id.
     std::int64_t insertedId()
     {
-        if (!step())
+        const std::optional<std::int64_t> id = insertedIdIfNew();
+        if (!id)
             throw HostError(E_DOX_DATABASE_ACCESS, QStringLiteral("an insert returned no id"));
+        return *id;
+    }
+    // The same for an INSERT ... ON CONFLICT DO NOTHING RETURNING id: none
+    // when the row was there already. On a server a concurrent insert of the
+    // same key is waited for, so a writer that loses the race learns it here
+    // instead of from a broken transaction.
+    std::optional<std::int64_t> insertedIdIfNew()
+    {
+        if (!step())
+            return std::nullopt;
         const std::int64_t id = int64(0);
         while (step()) {
         }

@@ -88,6 +88,11 @@ bool VaultStore::isVault(const QString &dir)
     return FileSystem::instance().exists(databasePath(dir)) || FileSystem::instance().exists(serverFilePath(dir));
 }
 
+bool VaultStore::isOnServer(const QString &dir)
+{
+    return FileSystem::instance().exists(serverFilePath(dir));
+}
+
 std::shared_ptr<VaultStore> VaultStore::create(const QString &dir, const QString &name, const VaultOpenOptions &options)
 {
     if (isVault(dir))
@@ -302,12 +307,21 @@ int VaultStore::ensureFolder(const QString &relative)
         throw HostError(E_DOX_INVALID_NAME, relative);
     Transaction t(m_db);
     const int parent = ensureFolder(VaultPaths::parentOf(relative));
-    Statement insert = m_db.prepare("INSERT INTO folders (parent_id, name, path, path_key) VALUES (?, ?, ?, ?) RETURNING id");
+    // Another writer on the server may make the same folder meanwhile: then
+    // its folder serves.
+    Statement insert = m_db.prepare("INSERT INTO folders (parent_id, name, path, path_key) VALUES (?, ?, ?, ?) "
+                                    "ON CONFLICT (path_key) DO NOTHING RETURNING id");
     insert.bind(1, parent).bind(2, name).bind(3, relative).bind(4, VaultPaths::key(relative));
-    const int id = static_cast<int>(insert.insertedId());
+    std::optional<std::int64_t> id = insert.insertedIdIfNew();
+    if (!id) {
+        const auto made = folderByPath(relative);
+        if (!made)
+            throw HostError(E_DOX_DATABASE_ACCESS, QStringLiteral("folder %1 vanished while it was made").arg(relative));
+        id = made->id;
+    }
     m_journal.makeFolder(m_paths.toNative(relative));
     t.commit();
-    return id;
+    return static_cast<int>(*id);
 }
 
 std::vector<VaultFolderRow> VaultStore::subFolders(int folderId)
@@ -568,7 +582,7 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
         const QString relative = VaultPaths::join(file.folder, file.name);
         const QString key = VaultPaths::key(relative);
         // A file that cannot be added is reported in its result before
-        // anything of it is written, so no savepoint is needed per file.
+        // anything of it stays written, so no savepoint is needed per file.
         QByteArray bytes;
         try {
             if (!VaultPaths::isValidName(file.name))
@@ -582,10 +596,32 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
             auto folder = folderIds.find(folderKey);
             if (folder == folderIds.end())
                 folder = folderIds.emplace(folderKey, ensureFolder(file.folder)).first;
-            const QString target = m_paths.toNative(relative);
-            if (QFileInfo(file.source).absoluteFilePath() != QFileInfo(target).absoluteFilePath())
-                writeLocal(target, bytes);
             result.folderId = folder->second;
+            // On a server another writer may add the same path after the look
+            // above: the insert waits for it and then adds nothing.
+            Statement insert = m_db.prepare(
+                "INSERT INTO files (folder_id, name, path_key, kind, latest_version, locked_by, lock_kind, lock_folder) "
+                "VALUES (?, ?, ?, 1, 1, ?, ?, ?) ON CONFLICT (path_key) DO NOTHING RETURNING id");
+            insert.bind(1, result.folderId)
+                .bind(2, file.name)
+                .bind(3, key)
+                .bind(4, lockedBy)
+                .bind(5, lock)
+                .bind(6, options.keepCheckedOut ? result.folderId : 0);
+            const std::optional<std::int64_t> id = insert.insertedIdIfNew();
+            if (!id)
+                throw HostError(E_DOX_NAME_ALREADY_EXISTS, m_paths.toWindows(relative));
+            result.id = static_cast<int>(*id);
+            taken.insert(key);
+            const QString target = m_paths.toNative(relative);
+            try {
+                if (QFileInfo(file.source).absoluteFilePath() != QFileInfo(target).absoluteFilePath())
+                    writeLocal(target, bytes);
+            } catch (const HostError &) {
+                m_db.prepare("DELETE FROM files WHERE id = ?").bind(1, result.id).exec();
+                result.id = 0;
+                throw;
+            }
         } catch (const HostError &e) {
             if (e.code() == E_DOX_DATABASE_ACCESS)
                 throw;
@@ -594,17 +630,6 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
             continue;
         }
         const QString hash = storeBlob(bytes);
-        Statement insert = m_db.prepare(
-            "INSERT INTO files (folder_id, name, path_key, kind, latest_version, locked_by, lock_kind, lock_folder) "
-            "VALUES (?, ?, ?, 1, 1, ?, ?, ?) RETURNING id");
-        insert.bind(1, result.folderId)
-            .bind(2, file.name)
-            .bind(3, key)
-            .bind(4, lockedBy)
-            .bind(5, lock)
-            .bind(6, options.keepCheckedOut ? result.folderId : 0);
-        result.id = static_cast<int>(insert.insertedId());
-        taken.insert(key);
         m_db.prepare("INSERT INTO versions (file_id, version, revision, state, hash, comment, \"user\", created) "
                      "VALUES (?, 1, ?, ?, ?, ?, ?, ?)")
             .bind(1, result.id)
@@ -853,11 +878,16 @@ int VaultStore::defineCardVariable(const QString &name)
     if (name.trimmed().isEmpty())
         throw HostError(E_DOX_INVALID_NAME, QStringLiteral("empty card variable name"));
     Transaction t(m_db);
-    Statement insert = m_db.prepare("INSERT INTO card_variables (name, name_key) VALUES (?, ?) RETURNING id");
+    Statement insert = m_db.prepare(
+        "INSERT INTO card_variables (name, name_key) VALUES (?, ?) ON CONFLICT (name_key) DO NOTHING RETURNING id");
     insert.bind(1, name).bind(2, name.toLower());
-    const int id = static_cast<int>(insert.insertedId());
+    std::optional<std::int64_t> id = insert.insertedIdIfNew();
+    if (!id)
+        id = cardVariableId(name); // defined by another writer meanwhile
+    if (!id)
+        throw HostError(E_DOX_DATABASE_ACCESS, QStringLiteral("card variable %1 vanished while it was made").arg(name));
     t.commit();
-    return id;
+    return static_cast<int>(*id);
 }
 
 std::optional<int> VaultStore::cardVariableId(const QString &name)

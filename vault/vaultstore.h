@@ -94,6 +94,8 @@ public:
     // dir/.mctask/server (owner-only: the URL may carry a password).
     static QString serverFilePath(const QString &dir);
     static bool isVault(const QString &dir);
+    // True when dir is a local view of a vault on a server.
+    static bool isOnServer(const QString &dir);
 
     // Makes dir a new vault (the folder is created when missing). Throws
     // HostError E_DOX_NAME_ALREADY_EXISTS when it already is one.
