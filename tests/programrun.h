@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDir>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
@@ -53,6 +54,14 @@ inline QProcessEnvironment programEnvironment(const ProgramSetting &setting)
         env.insert(QStringLiteral("MCTASK_VAULT"), setting.vault);
     if (setting.offscreenPlatform)
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    // Temporary files (the macro files of runs) go into the home, so that a
+    // run the test kills leaves nothing behind in the machine's /tmp. Not for
+    // a program that runs as another user, who may not reach the home.
+    if (!setting.normalUser) {
+        const QString temp = setting.home + QStringLiteral("/tmp");
+        QDir().mkpath(temp);
+        env.insert(QStringLiteral("TMPDIR"), temp);
+    }
     for (const QString &name : setting.extra.keys())
         env.insert(name, setting.extra.value(name));
     return env;

@@ -61,6 +61,9 @@ TEST_P(HostServeTest, TwoHostsOfTwoWorkersRunFortyInstancesEachExactlyOnce)
     EXPECT_GE(workers.size(), 2u); // they ran side by side
     expectEachOutputOnce(Count);
     EXPECT_TRUE(liveMecadras().empty());
+    // Every run removed the macro files it handed to Mecadra.
+    for (const Machine &at : machines())
+        EXPECT_EQ(QDir(at.home + "/tmp").entryList({"TFR*"}, QDir::Files), QStringList()) << at.home.toStdString();
 
     // Each host fetched the sources of the instances it ran, and no others.
     if (onPostgres()) {

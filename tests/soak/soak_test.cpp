@@ -135,10 +135,7 @@ protected:
     void startHost(const QString &name)
     {
         auto host = std::make_unique<QProcess>();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("MCTASK_HOME"), m_work.filePath(QStringLiteral("home")));
-        env.insert(QStringLiteral("MCTASK_VAULT"), m_vault);
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        QProcessEnvironment env = programEnvironment(setting());
         env.insert(QStringLiteral("MCSIM_RANDOM_FAULTS"), QString::number(kFaultPercent));
         env.insert(QStringLiteral("MCSIM_FAULT_SEED"), m_seed);
         host->setProcessEnvironment(env);
