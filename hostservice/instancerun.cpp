@@ -142,6 +142,17 @@ HRESULT HandoverRecordingVault::CreateUtility(std::int32_t utility, HostObjectPt
     return m_vault->CreateUtility(utility, service);
 }
 
+void HandoverRecordingVault::requireClaim()
+{
+    try {
+        m_queue.requireHeld(m_claim);
+    } catch (const HostError &e) {
+        if (e.code() == E_ACCESSDENIED)
+            ++m_refused;
+        throw;
+    }
+}
+
 HRESULT HandoverRecordingVault::ResolveReferenceVersions(const std::vector<DoxReferenceQuery> &files,
                                                          std::int32_t setting, std::vector<std::int32_t> &versions)
 {
@@ -198,6 +209,10 @@ RunReport runClaimedInstance(AddInSession &session, const TaskClaim &claim, cons
             DoxCmd cmd;
             cmd.commandType = DoxCmd_TaskRun;
             const auto vault = std::make_shared<HandoverRecordingVault>(session.hostVault(), store, claim);
+            // The batch services write the run's outputs through this store;
+            // the queue's writes (such as the end below) check the claim
+            // themselves.
+            const VaultStore::CommitCheck claimCheck(*store, [&vault] { vault->requireClaim(); });
             const auto instance = std::make_shared<ClaimedTaskInstance>(store, claim, progress);
             cmd.vault = vault;
             cmd.extra = instance;

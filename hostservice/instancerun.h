@@ -65,7 +65,8 @@ private:
 // in, reference or fill cards first record the hand-over of the run's
 // outputs with the claim (see TaskQueue::recoverExpired), and are refused
 // when the claim is lost, so that a run never checks in what another run
-// of the instance may also check in. On a vault on a server, the reference
+// of the instance may also check in. A service made while the claim held
+// commits only while it still holds (requireClaim). On a vault on a server, the reference
 // resolution the add-in asks for before the first file also brings the
 // selected files and the files they reference into this home's local view.
 class HandoverRecordingVault final : public IDoxVault
@@ -91,6 +92,11 @@ public:
     HRESULT BrowseForFolder(HostWindow owner, const QString &title, std::shared_ptr<IDoxFolder> &folder) override;
 
     int refusedWrites() const { return m_refused; }
+    // Throws E_ACCESSDENIED, counted as a refused write, unless the claim
+    // still holds. The run's writes to the vault store call it right before
+    // they commit (VaultStore::CommitCheck), which keeps the instance with
+    // the claim until the write ends.
+    void requireClaim();
 
 private:
     std::shared_ptr<IDoxVault> m_vault;

@@ -1,10 +1,12 @@
 #include "hostservice/instancerun.h"
 
+#include "host/hosterror.h"
 #include "hostservice/testing/scriptedsession.h"
 #include "platform/clock.h"
 #include "vault/embeddedvault.h"
 #include "vault/vaulttesting.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -117,6 +119,135 @@ TEST_F(InstanceRunTest, ARunWhoseClaimWasLostChangesNothingAndChecksNothingIn)
     EXPECT_EQ(report.end.attempt, 2);
     EXPECT_TRUE(report.end.handover.isEmpty());
     EXPECT_TRUE(report.end.finished.isEmpty());
+}
+
+// A run hands its outputs over through four services: a new file, a
+// check-in of a file it changed, a reference and a card value.
+class RunOutputTest : public VaultBackendTest
+{
+protected:
+    RunOutputTest() : m_clockGuard(m_clock), m_queue(m_vault.store), m_session(m_vault.store) {}
+
+    void SetUp() override
+    {
+        VaultBackendTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        VaultStore &store = *m_vault.store;
+        store.defineCardVariable(QStringLiteral("Title"));
+        m_part = store.addFile(m_vault.outsideFile("part.mcdprt", "part 1"), "Parts", "part.mcdprt", {}).id;
+        m_drawing = store.addFile(m_vault.outsideFile("part.mcddrw", "drawing 1"), "Parts", "part.mcddrw", {}).id;
+        store.checkOut(m_part, 0);
+        m_vault.localFile("Parts/part.mcdprt", "part 2");
+        const int taskId = m_queue.tasks().createTask(QStringLiteral("Convert"), QStringLiteral("{0}")).id;
+        m_claim = m_queue.claim(m_queue.tasks().createInstance(taskId).id, Worker, m_policy).claim;
+    }
+
+    // Runs the claim: the add-in makes and fills the services, between()
+    // runs, then it commits them and leaves the end to the host. The
+    // commits' results in order; refused: the vault's refused writes.
+    std::vector<HRESULT> handOver(const std::function<void()> &between, int &refused, RunReport &report)
+    {
+        std::vector<HRESULT> results;
+        m_session.script = [&](DoxCmd &, DoxCmdDataArray &, IDoxTaskInstance &, IDoxVault &vault) {
+            HostObjectPtr add, checkIn, references, update;
+            EXPECT_EQ(vault.CreateUtility(DoxUtil_BatchAdd, add), S_OK);
+            EXPECT_EQ(vault.CreateUtility(DoxUtil_BatchCheckIn, checkIn), S_OK);
+            EXPECT_EQ(vault.CreateUtility(DoxUtil_CustomReferences, references), S_OK);
+            EXPECT_EQ(vault.CreateUtility(DoxUtil_BatchUpdate, update), S_OK);
+            const auto batchAdd = queryInterface<IDoxBatchAdd>(add);
+            const auto batchCheckIn = queryInterface<IDoxBatchCheckIn>(checkIn);
+            const auto customReferences = queryInterface<IDoxCustomReferences>(references);
+            const auto batchUpdate = queryInterface<IDoxBatchUpdate>(update);
+            EXPECT_EQ(batchAdd->AddFileFromPath(m_vault.outsideFile("part.pdf", "pdf"), "V:\\Parts"), S_OK);
+            batchCheckIn->AddSelection({{m_part, 0}});
+            customReferences->AddReferences(m_drawing, {{m_part, 0}});
+            batchUpdate->SetVariable(m_part, QStringLiteral("Title"), QString(), Variant::fromBStr("Gear"));
+            between();
+            std::vector<DoxBatchAddResult> added;
+            results = {batchAdd->CommitAdd(added), batchCheckIn->CheckIn(), customReferences->Commit(),
+                       batchUpdate->Commit()};
+            refused = dynamic_cast<HandoverRecordingVault &>(vault).refusedWrites();
+            return S_OK;
+        };
+        report = runClaimedInstance(m_session, m_claim);
+        return results;
+    }
+
+    FakeClock m_clock;
+    ScopedClock m_clockGuard;
+    TempVault m_vault{QStringLiteral("alice"), server()};
+    TaskQueue m_queue;
+    ScriptedSession m_session;
+    QueuePolicy m_policy{2000, 2};
+    TaskClaim m_claim;
+    int m_part = 0;
+    int m_drawing = 0;
+};
+INSTANTIATE_TEST_SUITE_P(Backends, RunOutputTest, VaultBackends);
+
+TEST_P(RunOutputTest, ARunThatHoldsItsClaimCommitsItsOutputsAndTheHostEndsIt)
+{
+    int refused = -1;
+    RunReport report;
+    const auto results = handOver([] {}, refused, report);
+    EXPECT_EQ(results, (std::vector<HRESULT>{S_OK, S_OK, S_OK, S_OK}));
+    EXPECT_EQ(refused, 0);
+    VaultStore &store = *m_vault.store;
+    const auto pdf = store.fileByPath(QStringLiteral("Parts\\part.pdf"));
+    ASSERT_TRUE(pdf);
+    EXPECT_EQ(store.fileById(m_part)->latestVersion, 2);
+    EXPECT_EQ(store.references(m_drawing, 1).size(), 1u);
+    EXPECT_EQ(store.cardValue(m_part, 2, QStringLiteral("Title"), QString()), Variant::fromBStr("Gear"));
+    // The queue's end of the run is written while and after the outputs are.
+    EXPECT_FALSE(report.claimLost);
+    EXPECT_EQ(report.end.status, TaskStatus_Finished);
+    EXPECT_EQ(report.end.message, QStringLiteral("The add-in did not report the end of the run."));
+    // The run's check ended with it: the ended claim no longer stops writes.
+    EXPECT_NO_THROW(store.undoCheckOut(pdf->id));
+}
+
+TEST_P(RunOutputTest, ARunThatLostItsClaimAfterMakingItsServicesCommitsNoneOfItsOutputs)
+{
+    int refused = -1;
+    RunReport report;
+    const auto results = handOver(
+        [&] {
+            // The host hangs past its lease; another host's claim handles
+            // the lost holder.
+            m_clock.advance(m_policy.leaseMs + 1);
+            EXPECT_FALSE(m_queue.claimNext(Other, m_policy));
+        },
+        refused, report);
+    EXPECT_EQ(results, (std::vector<HRESULT>{E_ACCESSDENIED, E_ACCESSDENIED, E_ACCESSDENIED, E_ACCESSDENIED}));
+    EXPECT_EQ(refused, 4);
+    VaultStore &store = *m_vault.store;
+    EXPECT_FALSE(store.fileByPath(QStringLiteral("Parts\\part.pdf")));
+    EXPECT_FALSE(QFile::exists(m_vault.root() + "/Parts/part.pdf"));
+    const VaultFileRow part = *store.fileById(m_part);
+    EXPECT_EQ(part.latestVersion, 1);
+    EXPECT_EQ(part.lock, VaultLock::CheckedOut);
+    EXPECT_TRUE(store.references(m_drawing, 1).empty());
+    EXPECT_TRUE(store.cardValues(m_part, 1).empty());
+    EXPECT_TRUE(report.claimLost);
+    EXPECT_EQ(report.end.status, TaskStatus_FinishedWithError);
+}
+
+TEST_P(RunOutputTest, OnAServerTheClaimAWriteCheckedStaysUntilTheWriteEnds)
+{
+    if (!onPostgres())
+        GTEST_SKIP() << "an SQLite write transaction keeps every other writer out";
+    HandoverRecordingVault vault(m_session.hostVault(), m_vault.store, m_claim);
+    const std::shared_ptr<VaultStore> other = m_vault.reopen();
+    other->db().exec("SET lock_timeout = '200ms'");
+    TaskQueue otherQueue(other);
+    {
+        Transaction write(m_vault.store->db());
+        vault.requireClaim();
+        EXPECT_THROW(otherQueue.release(m_claim), HostError);
+    }
+    otherQueue.release(m_claim); // the row is free once the write ended
+    EXPECT_EQ(m_queue.tasks().instanceById(m_claim.instanceId)->leaseExpiry, 0);
 }
 
 // A host home attached to a vault on a server starts with an empty local

@@ -104,8 +104,7 @@ std::optional<TaskClaim> TaskQueue::claimNext(const TaskHolder &holder, const Qu
         // one holds instead of waiting for it.
         static const QByteArray sql = QByteArray("SELECT id, attempt FROM instances WHERE ") + WaitingCondition +
                                       " ORDER BY id LIMIT 1";
-        Statement pick = db.prepare(
-            (db.kind() == VaultDb::Kind::Postgres ? sql + " FOR UPDATE SKIP LOCKED" : sql).constData());
+        Statement pick = db.prepare(db.lockingRows(sql, true).constData());
         if (pick.step()) {
             id = pick.integer(0);
             attempt = pick.integer(1);
@@ -239,7 +238,10 @@ void TaskQueue::appendErrorLog(const InstanceRow &row, const QString &line)
 
 void TaskQueue::requireHeld(const TaskClaim &claim)
 {
-    if (!holds(claim))
+    VaultDb &db = m_store->db();
+    Statement s = db.prepare(db.lockingRows(QByteArray("SELECT 1 FROM instances WHERE ") + ClaimCondition).constData());
+    bindClaim(s, 1, claim);
+    if (!s.step())
         throw HostError(E_ACCESSDENIED, QStringLiteral("instance %1 is no longer held by this run (attempt %2)")
                                             .arg(claim.instanceId)
                                             .arg(claim.attempt));

@@ -105,6 +105,10 @@ public:
     void markHandover(const TaskClaim &claim);
     // True while the claim is the instance's and it has not ended.
     bool holds(const TaskClaim &claim);
+    // Throws E_ACCESSDENIED unless the claim holds. Inside a write
+    // transaction, which it locks the instance's row for: no other claim or
+    // recovery takes the instance before that transaction ends.
+    void requireHeld(const TaskClaim &claim);
     // Gives up a claim whose run could not write its end: its lease ends
     // now, and the next claim handles the instance as after a lost holder
     // (recoverExpired). A claim that is no longer the instance's changes
@@ -126,8 +130,6 @@ public:
     std::vector<HostRow> hosts();
 
 private:
-    // Throws E_ACCESSDENIED unless the claim holds; inside a transaction.
-    void requireHeld(const TaskClaim &claim);
     TaskClaim take(int instanceId, int attempt, const TaskHolder &holder, const QueuePolicy &policy);
     void appendErrorLog(const InstanceRow &row, const QString &line);
     qint64 nowMs() const;

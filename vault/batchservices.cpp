@@ -128,7 +128,7 @@ HRESULT VaultCustomReferences::Commit()
         Transaction transaction(m_store->db());
         for (const auto &[from, to] : m_pending)
             m_store->addReference(from, to.docId, QString());
-        transaction.commit();
+        m_store->commit(transaction);
         m_pending.clear();
         return S_OK;
     });
@@ -147,7 +147,7 @@ HRESULT VaultBatchUpdate::Commit()
         Transaction transaction(m_store->db());
         for (const Pending &p : m_pending)
             m_store->setCardValue(p.docId, 0, p.variable, p.configuration, p.value);
-        transaction.commit();
+        m_store->commit(transaction);
         m_pending.clear();
         return S_OK;
     });

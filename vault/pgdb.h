@@ -187,6 +187,8 @@ public:
     PgTransaction &operator=(const PgTransaction &) = delete;
 
     void commit();
+    // A savepoint inside a transaction that was open already.
+    bool isNested() const { return m_nested; }
 
 private:
     PgDb &m_db;

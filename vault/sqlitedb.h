@@ -145,6 +145,8 @@ public:
     SqliteTransaction &operator=(const SqliteTransaction &) = delete;
 
     void commit();
+    // A savepoint inside a transaction that was open already.
+    bool isNested() const { return m_nested; }
 
 private:
     SqliteDb &m_db;

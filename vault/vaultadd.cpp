@@ -108,7 +108,7 @@ std::vector<VaultAdd::Result> VaultAdd::commit(const Labels &labels)
         result.path = m_store.paths().toWindows(relative);
         results.push_back(result);
     }
-    transaction.commit();
+    m_store.commit(transaction);
     return results;
 }
 

@@ -197,6 +197,13 @@ void VaultDb::dropContentIfUnused(const QString &hash)
         t->commit();
 }
 
+QByteArray VaultDb::lockingRows(const QByteArray &select, bool skipLocked) const
+{
+    if (m_sqlite)
+        return select;
+    return select + (skipLocked ? " FOR UPDATE SKIP LOCKED" : " FOR UPDATE");
+}
+
 Transaction::Transaction(VaultDb &db)
 {
     if (db.sqlite())

@@ -38,6 +38,11 @@ public:
     int userVersion();
     void setUserVersion(int version);
     void onTransactionEnd(std::function<void(bool committed)> callback);
+    // select, made to lock the rows it reads until the transaction ends: on
+    // PostgreSQL FOR UPDATE (with skipLocked, rows that another transaction
+    // locked are passed over instead of waited for); SQLite's write
+    // transaction already keeps every other writer out.
+    QByteArray lockingRows(const QByteArray &select, bool skipLocked = false) const;
     std::unique_lock<std::recursive_mutex> guard();
 
     // Contents, keyed by their SHA-256 in the table blobs: SQLite keeps the
@@ -162,6 +167,7 @@ public:
     Transaction(const Transaction &) = delete;
     Transaction &operator=(const Transaction &) = delete;
     void commit();
+    bool isNested() const { return m_sqlite ? m_sqlite->isNested() : m_pg->isNested(); }
 
 private:
     std::optional<SqliteTransaction> m_sqlite;

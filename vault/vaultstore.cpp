@@ -272,7 +272,7 @@ void VaultStore::setSetting(const QString &key, const QString &value)
     const auto guard = m_db.guard();
     Transaction t(m_db);
     m_db.prepare("INSERT INTO settings (key, value) VALUES (?, ?) ON CONFLICT (key) DO UPDATE SET value = excluded.value").bind(1, key).bind(2, value).exec();
-    t.commit();
+    commit(t);
 }
 
 std::optional<VaultFolderRow> VaultStore::folderById(int id)
@@ -320,7 +320,7 @@ int VaultStore::ensureFolder(const QString &relative)
         id = made->id;
     }
     m_journal.makeFolder(m_paths.toNative(relative));
-    t.commit();
+    commit(t);
     return static_cast<int>(*id);
 }
 
@@ -537,6 +537,24 @@ QString VaultStore::storeBlob(const QByteArray &bytes)
     return hash;
 }
 
+VaultStore::CommitCheck::CommitCheck(VaultStore &store, std::function<void()> check) : m_store(store)
+{
+    m_store.m_commitCheck = std::move(check);
+}
+
+VaultStore::CommitCheck::~CommitCheck()
+{
+    m_store.m_commitCheck = nullptr;
+}
+
+void VaultStore::commit(Transaction &transaction)
+{
+    // A savepoint is checked by the transaction it ends in.
+    if (m_commitCheck && !transaction.isNested())
+        m_commitCheck();
+    transaction.commit();
+}
+
 QString VaultStore::timestamp() const
 {
     const QDateTime time = m_now ? m_now() : Clock::instance().now();
@@ -641,7 +659,7 @@ std::vector<VaultStore::NewFileResult> VaultStore::addFiles(const std::vector<Ne
             .bind(7, now)
             .exec();
     }
-    t.commit();
+    commit(t);
     return results;
 }
 
@@ -662,7 +680,7 @@ VaultStore::Update VaultStore::updateFrom(int fileId, const QString &source)
     if (QFileInfo(source).absoluteFilePath() != QFileInfo(local).absoluteFilePath())
         writeLocal(local, *bytes);
     const Update update{checkIn(fileId, QString()), true};
-    t.commit();
+    commit(t);
     return update;
 }
 
@@ -747,7 +765,7 @@ std::vector<int> VaultStore::checkInFiles(const std::vector<int> &fileIds, const
         prepareWithList(m_db, "UPDATE files SET locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id IN (?*)", list)
             .exec();
     }
-    t.commit();
+    commit(t);
     return results;
 }
 
@@ -760,7 +778,7 @@ void VaultStore::checkOut(int fileId, int folderId)
         if (file.lockedBy != m_user)
             throw HostError(E_DOX_FILE_IS_LOCKED, QStringLiteral("%1 is checked out by %2")
                                                       .arg(m_paths.toWindows(file.path), file.lockedBy));
-        t.commit();
+        commit(t);
         return;
     }
     m_db.prepare("UPDATE files SET locked_by = ?, lock_kind = ?, lock_folder = ? WHERE id = ?")
@@ -772,7 +790,7 @@ void VaultStore::checkOut(int fileId, int folderId)
     // The local copy is brought up to the latest version before editing.
     if (!FileSystem::instance().exists(m_paths.toNative(file.path)))
         restoreLocalCopy(fileId);
-    t.commit();
+    commit(t);
 }
 
 void VaultStore::undoCheckOut(int fileId)
@@ -784,7 +802,7 @@ void VaultStore::undoCheckOut(int fileId)
         throw HostError(E_DOX_FILE_NOT_LOCKED_BY_YOU, m_paths.toWindows(file.path));
     m_db.prepare("UPDATE files SET locked_by = NULL, lock_kind = 0, lock_folder = 0 WHERE id = ?").bind(1, fileId).exec();
     restoreLocalCopy(fileId);
-    t.commit();
+    commit(t);
 }
 
 void VaultStore::restoreLocalCopy(int fileId)
@@ -853,7 +871,7 @@ void VaultStore::deleteFile(int fileId)
         if (committed)
             FileSystem::instance().remove(local);
     });
-    t.commit();
+    commit(t);
 }
 
 void VaultStore::setVersionLabels(int fileId, int version, const QString &revision, const QString &state)
@@ -867,7 +885,7 @@ void VaultStore::setVersionLabels(int fileId, int version, const QString &revisi
         .bind(3, fileId)
         .bind(4, resolveVersion(file, version))
         .exec();
-    t.commit();
+    commit(t);
 }
 
 int VaultStore::defineCardVariable(const QString &name)
@@ -886,7 +904,7 @@ int VaultStore::defineCardVariable(const QString &name)
         id = cardVariableId(name); // defined by another writer meanwhile
     if (!id)
         throw HostError(E_DOX_DATABASE_ACCESS, QStringLiteral("card variable %1 vanished while it was made").arg(name));
-    t.commit();
+    commit(t);
     return static_cast<int>(*id);
 }
 
@@ -929,7 +947,7 @@ void VaultStore::setCardValue(int fileId, int version, const QString &variable, 
     s.bind(1, fileId).bind(2, resolveVersion(file, version)).bind(3, *variableId).bind(4, configuration);
     bindVariant(s, 5, value);
     s.exec();
-    t.commit();
+    commit(t);
 }
 
 std::optional<Variant> VaultStore::cardValue(int fileId, int version, const QString &variable,
@@ -978,7 +996,7 @@ void VaultStore::addReference(int parentId, int childId, const QString &configur
         .bind(4, child.latestVersion)
         .bind(5, configuration)
         .exec();
-    t.commit();
+    commit(t);
 }
 
 std::vector<VaultReferenceRow> VaultStore::referencedBy(int childId)

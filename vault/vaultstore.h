@@ -253,6 +253,27 @@ public:
     // The references to a file: from every version of every parent.
     std::vector<VaultReferenceRow> referencedBy(int childId);
 
+    // While it lives, each write transaction of the store's data runs check
+    // inside it right before it commits; a check that throws rolls the
+    // write back. It serves the one user of the store that installs it
+    // (the run of a claimed instance), so a store with a check installed is
+    // not shared with writers of other runs.
+    class CommitCheck final
+    {
+    public:
+        CommitCheck(VaultStore &store, std::function<void()> check);
+        ~CommitCheck();
+        CommitCheck(const CommitCheck &) = delete;
+        CommitCheck &operator=(const CommitCheck &) = delete;
+
+    private:
+        VaultStore &m_store;
+    };
+    // Commits a write transaction on db(), after the installed check when it
+    // is not nested in another; for callers that group several writes of
+    // the store in one transaction of their own.
+    void commit(Transaction &transaction);
+
     // "Now" in UTC, ISO 8601 with milliseconds, for the records' times.
     QString timestamp() const;
 
@@ -275,4 +296,5 @@ private:
     LocalJournal m_journal;
     QString m_user;
     std::function<QDateTime()> m_now;
+    std::function<void()> m_commitCheck;
 };
