@@ -188,7 +188,17 @@ int TaskQueue::recoverExpired(const QueuePolicy &policy)
         return 0;
     Transaction t(db);
     bool requeued = false;
+    int handled = 0;
     for (const int id : expired) {
+        // Looked at again under a row lock: its holder may have renewed the
+        // lease, or another host handled it, since the look outside.
+        Statement still = db.prepare(db.lockingRows("SELECT 1 FROM instances WHERE id = ? AND lease_expiry IS NOT NULL "
+                                                    "AND lease_expiry < ?")
+                                         .constData());
+        still.bind(1, id).bind(2, static_cast<std::int64_t>(nowMs()));
+        if (!still.step())
+            continue;
+        ++handled;
         const InstanceRow row = *m_tasks.instanceById(id);
         const QString lost = QStringLiteral("The task host %1 was lost while it ran this instance (attempt %2 of %3).")
                                  .arg(holderText(row))
@@ -214,7 +224,7 @@ int TaskQueue::recoverExpired(const QueuePolicy &policy)
     if (requeued)
         db.announceWaiting();
     t.commit();
-    return static_cast<int>(expired.size());
+    return handled;
 }
 
 void TaskQueue::appendErrorLog(const InstanceRow &row, const QString &line)

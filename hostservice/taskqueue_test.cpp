@@ -2,6 +2,7 @@
 
 #include "host/hosterror.h"
 #include "platform/clock.h"
+#include "vault/pgdb.h"
 #include "vault/sqlitedb.h"
 #include "vault/vaultschema.h"
 #include "vault/vaulttesting.h"
@@ -10,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <set>
 #include <thread>
 
@@ -188,6 +190,43 @@ TEST_P(TaskQueueTest, AStaleClaimCanWriteNothing)
     // The instance's own end also ends the claim's right to write.
     m_queue.setStatus(current, TaskStatus_FinishedOk, S_OK, std::nullopt, {}, std::nullopt);
     EXPECT_EQ(failureOf([&] { m_queue.setProgress(current, 9, 9, QString()); }), E_ACCESSDENIED);
+}
+
+TEST_P(TaskQueueTest, ALeaseRenewedWhileAnotherHostRecoversItKeepsItsClaim)
+{
+    if (!onPostgres())
+        GTEST_SKIP() << "only a server lets a renewal and a recovery meet on one row";
+    const int id = launch();
+    const TaskClaim first = *m_queue.claimNext(HostA, m_policy);
+    m_clock.advance(2001);
+
+    // The holder renews its lease in a transaction that is still open when
+    // another host finds the lease run out and goes for the row.
+    VaultDb holder(std::make_unique<PgDb>(server()));
+    PgDb watcher(server());
+    Transaction renewal(holder);
+    holder.prepare("UPDATE instances SET lease_expiry = ? WHERE id = ?")
+        .bind(1, static_cast<std::int64_t>(m_clock.now().toMSecsSinceEpoch() + 60000))
+        .bind(2, id)
+        .exec();
+    int handled = -1;
+    std::thread other([&] { handled = TaskQueue(m_vault.reopen()).recoverExpired(m_policy); });
+    bool waiting = false;
+    for (int i = 0; i < 1000 && !waiting; ++i) {
+        PgStatement s = watcher.prepare("SELECT count(*) FROM pg_stat_activity WHERE wait_event_type = 'Lock' "
+                                        "AND query LIKE '%instances%'");
+        waiting = s.step() && s.integer(0) > 0;
+        if (!waiting)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    renewal.commit();
+    other.join();
+    EXPECT_TRUE(waiting);
+
+    EXPECT_EQ(handled, 0);
+    EXPECT_TRUE(m_queue.holds(first));
+    EXPECT_EQ(row(id).attempt, 1);
+    EXPECT_EQ(row(id).status, TaskStatus_Running);
 }
 
 TEST_P(TaskQueueTest, ARunThatReachedTheHandOverIsNotRunAgain)
