@@ -33,10 +33,14 @@ struct ProgramSetting {
     // program runs as "nobody", for whom permissions hold.
     ProgramSetting &asNormalUser() { normalUser = true; return *this; }
     ProgramSetting &set(const QString &name, const QString &value) { extra.insert(name, value); return *this; }
+    // Temporary files (the macro files of runs) in a folder of the test's, so
+    // that runs the test kills leave nothing in the machine's /tmp.
+    ProgramSetting &withTemp(const QString &folder) { tempFolder = folder; return *this; }
 
     QString home;
     QString workingDirectory; // empty: the test's own
     QString vault;            // MCTASK_VAULT; empty: unset
+    QString tempFolder;       // TMPDIR; empty: the caller's
     bool offscreenPlatform = false;
     bool normalUser = false;
     int timeoutMs = 120000;
@@ -54,13 +58,9 @@ inline QProcessEnvironment programEnvironment(const ProgramSetting &setting)
         env.insert(QStringLiteral("MCTASK_VAULT"), setting.vault);
     if (setting.offscreenPlatform)
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    // Temporary files (the macro files of runs) go into the home, so that a
-    // run the test kills leaves nothing behind in the machine's /tmp. Not for
-    // a program that runs as another user, who may not reach the home.
-    if (!setting.normalUser) {
-        const QString temp = setting.home + QStringLiteral("/tmp");
-        QDir().mkpath(temp);
-        env.insert(QStringLiteral("TMPDIR"), temp);
+    if (!setting.tempFolder.isEmpty()) {
+        QDir().mkpath(setting.tempFolder);
+        env.insert(QStringLiteral("TMPDIR"), setting.tempFolder);
     }
     for (const QString &name : setting.extra.keys())
         env.insert(name, setting.extra.value(name));

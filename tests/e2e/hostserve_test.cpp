@@ -62,8 +62,7 @@ TEST_P(HostServeTest, TwoHostsOfTwoWorkersRunFortyInstancesEachExactlyOnce)
     expectEachOutputOnce(Count);
     EXPECT_TRUE(liveMecadras().empty());
     // Every run removed the macro files it handed to Mecadra.
-    for (const Machine &at : machines())
-        EXPECT_EQ(QDir(at.home + "/tmp").entryList({"TFR*"}, QDir::Files), QStringList()) << at.home.toStdString();
+    EXPECT_EQ(QDir(tempFolder()).entryList({"TFR*"}, QDir::Files), QStringList());
 
     // Each host fetched the sources of the instances it ran, and no others.
     if (onPostgres()) {

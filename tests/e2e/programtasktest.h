@@ -72,12 +72,14 @@ protected:
 
     ProgramSetting setting(const Machine &at) const
     {
-        ProgramSetting s = ProgramSetting(at.home).offscreen().withVault(at.vault);
+        ProgramSetting s = ProgramSetting(at.home).offscreen().withVault(at.vault).withTemp(tempFolder());
         for (const QString &name : m_env.keys())
             s.set(name, m_env.value(name));
         return s;
     }
     ProgramSetting setting() const { return setting(client()); }
+    // Where the programs of every machine put their temporary files.
+    QString tempFolder() const { return m_work.filePath("tmp"); }
     ProgramRun run(const Machine &at, const QStringList &args)
     {
         return runProgram(QStringLiteral(MCTASK_PROGRAM), args, setting(at));

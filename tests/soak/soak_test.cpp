@@ -124,7 +124,11 @@ protected:
 
     ProgramSetting setting() const
     {
-        return ProgramSetting(m_work.filePath(QStringLiteral("home"))).offscreen().withVault(m_vault).timeout(600000);
+        return ProgramSetting(m_work.filePath(QStringLiteral("home")))
+            .offscreen()
+            .withVault(m_vault)
+            .withTemp(m_work.filePath(QStringLiteral("tmp")))
+            .timeout(600000);
     }
     void ok(const QStringList &args)
     {
