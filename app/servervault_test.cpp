@@ -9,13 +9,14 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/foldertest.h"
 #include "tests/programrun.h"
 
 namespace {
 
 // Machines are homes of their own (registry, drive map, local view) that
 // share one vault on a private PostgreSQL server.
-class ServerVaultTest : public ::testing::Test
+class ServerVaultTest : public FolderTest
 {
 protected:
     void SetUp() override { MCTASK_PG_SCHEMA_OR_SKIP(m_schema); }
@@ -24,22 +25,7 @@ protected:
     {
         return runProgram(MCTASK_PROGRAM, args, ProgramSetting(path(home + "/home")).in(m_dir.path()));
     }
-    QString path(const QString &relative) const { return m_dir.path() + '/' + relative; }
-    void write(const QString &relative, const QByteArray &bytes) const
-    {
-        QDir().mkpath(QFileInfo(path(relative)).absolutePath());
-        QFile file(path(relative));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    }
-    QByteArray read(const QString &relative) const
-    {
-        QFile file(path(relative));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(missing)");
-    }
-
     std::unique_ptr<PgTestSchema> m_schema;
-    QTemporaryDir m_dir;
 };
 
 TEST_F(ServerVaultTest, AFileAddedInOneHomeIsFetchedIntoAnothersLocalView)

@@ -11,11 +11,12 @@
 
 #include <sys/stat.h>
 
+#include "tests/foldertest.h"
 #include "tests/programrun.h"
 
 namespace {
 
-class VaultCommandsTest : public ::testing::Test
+class VaultCommandsTest : public FolderTest
 {
 protected:
     // Runs the built program from folder cwd, with its own home and no
@@ -28,14 +29,6 @@ protected:
                               .withVault(vaultVariable));
     }
 
-    QString path(const QString &relative) const { return m_dir.path() + '/' + relative; }
-    void write(const QString &relative, const QByteArray &bytes) const
-    {
-        QDir().mkpath(QFileInfo(path(relative)).absolutePath());
-        QFile file(path(relative));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    }
     QJsonArray lsJson(const QStringList &extra = {})
     {
         const ProgramRun ls = run(QStringList{"vault", "ls", "--vault", path("v"), "--json"} + extra);
@@ -47,9 +40,6 @@ protected:
         const ProgramRun created = run({"vault", "init", path("v"), "--name", "Demo"});
         ASSERT_EQ(created.status, 0) << created.err.toStdString();
     }
-
-private:
-    QTemporaryDir m_dir;
 };
 
 TEST_F(VaultCommandsTest, AThousandFilesSurviveAReopenWithEveryVersion)
